@@ -1,0 +1,23 @@
+# torvane_library(NAME SOURCES... [LINK libraries...]) and torvane_warnings(TARGET): every target
+# of ours is compiled with the same warnings, and each warning is an error.
+
+function(torvane_warnings target)
+  target_compile_options(${target} PRIVATE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor
+    -Woverloaded-virtual -Wnull-dereference -Wformat=2 -Werror)
+endfunction()
+
+function(torvane_library name)
+  cmake_parse_arguments(ARG "" "" "LINK" ${ARGN})
+  add_library(${name} STATIC ${ARG_UNPARSED_ARGUMENTS})
+  target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
+  target_link_libraries(${name} PUBLIC ${ARG_LINK})
+  torvane_warnings(${name})
+endfunction()
+
+function(torvane_executable name)
+  cmake_parse_arguments(ARG "" "" "LINK" ${ARGN})
+  add_executable(${name} ${ARG_UNPARSED_ARGUMENTS})
+  target_link_libraries(${name} PRIVATE ${ARG_LINK})
+  torvane_warnings(${name})
+endfunction()

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+
+namespace torvane {
+
+// This process and the computer it runs on. Any thread; the answers do not change.
+class ProcessInfo {
+ public:
+  virtual ~ProcessInfo() = default;
+
+  // The computer's name as its user knows it; none when it has no name.
+  [[nodiscard]] virtual std::optional<std::string> hostName() const = 0;
+
+  // Absolute path of the user's home folder, without a trailing slash.
+  [[nodiscard]] virtual std::string homeDirectory() const = 0;
+
+  [[nodiscard]] virtual std::map<std::string, std::string> environment() const = 0;
+  [[nodiscard]] virtual int processIdentifier() const = 0;
+};
+
+}  // namespace torvane

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "protocol/bytes.h"
+
+namespace torvane {
+
+// Where a request may connect to, whatever its URL says.
+struct HttpEndpoint {
+  std::string address;  // numeric address
+  std::uint16_t port = 0;
+
+  bool operator==(const HttpEndpoint&) const = default;
+};
+
+struct HttpRequest {
+  std::string url;
+  std::string method = "GET";
+  std::optional<std::string> contentType;  // sent as the Content-Type header when present
+  Bytes body;                              // empty: no body at all
+
+  double idleTimeout = 60;             // seconds without any progress, connecting included
+  double totalTimeout = 0;             // seconds from start to end; 0: no such limit
+  std::uint64_t maxResponseBytes = 0;  // a longer response body is an error; 0: no limit
+
+  // When set, the request connects to this endpoint or fails like an unreachable server, even
+  // where the URL names another host or port; no redirect is followed and no proxy is asked.
+  std::optional<HttpEndpoint> onlyEndpoint;
+};
+
+struct HttpResponse {
+  int status = 0;
+  std::optional<std::string> contentType;  // UTF-8; absent when the header is
+};
+
+struct HttpResult {
+  std::optional<HttpResponse> response;  // absent when no complete response header came
+  Bytes body;                            // empty when there is none or the transfer failed
+  std::optional<std::string> error;      // UTF-8 description of a transport error
+};
+
+using HttpCompletion = std::function<void(HttpResult)>;
+
+// A client with its own connections: HTTP/1.1, keep-alive, no cookies, no cache.
+class HttpSession {
+ public:
+  virtual ~HttpSession() = default;
+
+  // Starts the request and returns at once. `completion` is called exactly once, on a background
+  // thread of the session's own, never inside this call. Main thread only.
+  virtual void dataTask(HttpRequest request, HttpCompletion completion) = 0;
+};
+
+class HttpSessions {
+ public:
+  virtual ~HttpSessions() = default;
+
+  // The session for the program's own small requests.
+  virtual HttpSession& shared() = 0;
+
+  // A session that keeps nothing on disk and gives up a request after `idleTimeout` seconds
+  // without progress where the request does not say less.
+  [[nodiscard]] virtual std::unique_ptr<HttpSession> makeEphemeral(double idleTimeout) = 0;
+};
+
+}  // namespace torvane

@@ -1,0 +1,89 @@
+#pragma once
+
+#include <compare>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "protocol/bytes.h"
+
+namespace torvane {
+
+// One end of the peer link. Two identifiers are the same peer when their tokens are equal; a
+// reconnecting device is a new peer. Display names are not unique.
+struct PeerID {
+  std::uint64_t token = 0;
+  std::string displayName;
+
+  bool operator==(const PeerID& other) const { return token == other.token; }
+  std::strong_ordering operator<=>(const PeerID& other) const { return token <=> other.token; }
+};
+
+enum class PeerState { notConnected = 0, connecting = 1, connected = 2 };
+
+// Connections to the peers whose invitations were accepted into this session.
+class PeerSession {
+ public:
+  virtual ~PeerSession() = default;
+
+  // The peers connected now, in the session's own order. Any thread.
+  [[nodiscard]] virtual std::vector<PeerID> connectedPeers() const = 0;
+
+  // Sends one message, whole and in order with the others to this peer. Any thread; returns at
+  // once. A peer that has gone is ignored.
+  virtual void sendReliably(Bytes message, const PeerID& peer) = 0;
+
+  // Closes every connection. Main thread only.
+  virtual void disconnect() = 0;
+};
+
+// Calls may come on any thread; the session passed is the one that reports.
+class PeerSessionDelegate {
+ public:
+  virtual ~PeerSessionDelegate() = default;
+  virtual void sessionPeerDidChange(std::shared_ptr<PeerSession> session, PeerID peer,
+                                    PeerState state) = 0;
+  virtual void sessionDidReceive(std::shared_ptr<PeerSession> session, Bytes data, PeerID peer) = 0;
+};
+
+// Answers one invitation: called exactly once, on the main thread; with a session to accept,
+// with none to refuse.
+using InvitationHandler = std::function<void(bool accept, std::shared_ptr<PeerSession> session)>;
+
+// Calls may come on any thread.
+class AdvertiserDelegate {
+ public:
+  virtual ~AdvertiserDelegate() = default;
+
+  // `error` is a sentence for the user.
+  virtual void advertiserDidNotStart(std::string error) = 0;
+
+  // `context` is what the inviter sent along, absent when it sent nothing.
+  virtual void advertiserDidReceiveInvitation(PeerID peer, std::optional<Bytes> context,
+                                              InvitationHandler handler) = 0;
+};
+
+// Makes this computer visible to nearby devices and receives their invitations.
+class Advertiser {
+ public:
+  virtual ~Advertiser() = default;
+  virtual void start() = 0;  // main thread only
+  virtual void stop() = 0;   // main thread only
+};
+
+// The transport. Delegates outlive every object made here. Main thread only.
+class PeerLink {
+ public:
+  virtual ~PeerLink() = default;
+
+  [[nodiscard]] virtual PeerID makePeerID(const std::string& displayName) = 0;
+  [[nodiscard]] virtual std::shared_ptr<PeerSession> makeSession(const PeerID& self,
+                                                                 PeerSessionDelegate& delegate) = 0;
+  [[nodiscard]] virtual std::unique_ptr<Advertiser> makeAdvertiser(
+      const PeerID& self, const std::string& serviceType, AdvertiserDelegate& delegate) = 0;
+};
+
+}  // namespace torvane

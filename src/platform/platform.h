@@ -1,0 +1,42 @@
+#pragma once
+
+#include "app/alert.h"
+#include "app/application.h"
+#include "app/bundle.h"
+#include "app/clock.h"
+#include "app/main_queue.h"
+#include "app/permissions.h"
+#include "app/process_info.h"
+#include "app/status_item.h"
+#include "app/user_defaults.h"
+#include "bridge/http_session.h"
+#include "engine/background_queue.h"
+#include "engine/child_process.h"
+#include "engine/file_system.h"
+#include "engine/python_diagnosis.h"
+#include "peer/peer_session.h"
+
+namespace torvane {
+
+// Everything the core needs of a desktop. Each platform's entry point fills it in once; all of it
+// outlives the delegate.
+struct Platform {
+  Application& application;
+  StatusBar& statusBar;
+  Alerts& alerts;
+  MainQueue& mainQueue;
+  BackgroundQueue& backgroundQueue;
+  Clock& clock;
+  UserDefaults& defaults;
+  Bundle& bundle;
+  ProcessInfo& processInfo;
+  Accessibility& accessibility;
+  PrivacyDatabase& privacyDatabase;
+  HttpSessions& http;
+  PeerLink& peerLink;
+  FileSystem& files;
+  ProcessLauncher& processes;
+  const PythonSystem& python;
+};
+
+}  // namespace torvane

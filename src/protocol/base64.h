@@ -1,0 +1,17 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "protocol/bytes.h"
+
+namespace torvane {
+
+// Standard alphabet with padding (RFC 4648, section 4).
+[[nodiscard]] std::string base64Encode(ByteView bytes);
+
+// Strict: no white space, no missing or surplus padding, no other alphabet, no unused bits set.
+[[nodiscard]] std::optional<Bytes> base64Decode(std::string_view text);
+
+}  // namespace torvane
