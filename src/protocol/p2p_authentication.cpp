@@ -1,0 +1,29 @@
+#include "protocol/p2p_authentication.h"
+
+#include "protocol/base64.h"
+
+namespace torvane::P2PAuthentication {
+
+std::optional<P2PFrame::Frame> verify(ByteView envelope, const SigningPublicKey& key,
+                                      std::string_view challenge, ReceivedIDs& receivedIDs) {
+  const auto outer = P2PFrame::decodeView(envelope);
+  if (!outer) return std::nullopt;
+  const auto signatureText = stringMember(outer->header, "signature");
+  if (!signatureText) return std::nullopt;
+  const auto signature = base64Decode(*signatureText);
+  if (!signature) return std::nullopt;
+
+  Bytes message;
+  message.reserve(challenge.size() + outer->body.size());
+  message.insert(message.end(), challenge.begin(), challenge.end());
+  message.insert(message.end(), outer->body.begin(), outer->body.end());
+  if (!key.isValidSignature(*signature, message)) return std::nullopt;
+
+  auto inner = P2PFrame::decode(outer->body);
+  if (!inner) return std::nullopt;
+  const auto id = integerMember(inner->header, "id");
+  if (!id || !receivedIDs.insert(*id)) return std::nullopt;
+  return inner;
+}
+
+}  // namespace torvane::P2PAuthentication
