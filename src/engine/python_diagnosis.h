@@ -12,10 +12,10 @@ namespace torvane {
 
 // What a working Python looks like on a desktop, and what to tell the user when it does not work.
 struct PythonSystem {
-  std::vector<std::string> evidence;  // Python can only run where one of these files exists
-  std::string missing;                // none of them does
-  std::string licence;                // the probe's output speaks of a licence
-  std::string refused;                // any other failure; the probe's output is put behind it
+  std::vector<std::string> evidence;   // Python can only run where one of these files exists
+  std::string missing;                 // none of them does
+  std::optional<std::string> licence;  // the probe's output speaks of a license
+  std::string refused;                 // any other failure; the probe's output is put behind it
 };
 
 extern const PythonSystem kMacPython;

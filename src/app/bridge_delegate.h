@@ -1,0 +1,164 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "app/main_hop.h"
+#include "bridge/engine_request.h"
+#include "engine/engine_log.h"
+#include "ink/overlay_view.h"
+#include "peer/peer_session.h"
+#include "platform/platform.h"
+#include "protocol/device_key.h"
+#include "protocol/received_ids.h"
+#include "protocol/token_bucket.h"
+
+namespace torvane {
+
+// The program: all of its state for the life of the process, and what happens on each event.
+//
+// Every field is touched on the main thread only. The calls of PeerSessionDelegate and
+// AdvertiserDelegate come from other threads and hop to the main queue first; completions of
+// requests and exits of processes do the same. This header is the table of contents: each group
+// below names the file that defines its methods.
+class BridgeDelegate final : public MenuDelegate,
+                             public PeerSessionDelegate,
+                             public AdvertiserDelegate {
+ public:
+  // app/bridge_delegate.cpp
+  // `platform` outlives the delegate.
+  explicit BridgeDelegate(Platform& platform);
+  ~BridgeDelegate() override;
+  BridgeDelegate(const BridgeDelegate&) = delete;
+  BridgeDelegate& operator=(const BridgeDelegate&) = delete;
+
+  // app/lifecycle.cpp
+  void applicationDidFinishLaunching();
+  void applicationWillTerminate();
+  void quit();
+  [[nodiscard]] bool welcomeOnce();  // whether an earlier launch had shown the welcome
+  void startTimers();
+  void offerFullDiskAccessOnce();
+
+  // app/status_icon.cpp
+  std::unique_ptr<StatusItem> statusItem;
+  void updateIcon();
+
+  // app/status_menu.cpp
+  std::vector<MenuItem> menuNeedsUpdate() override;
+
+  // app/dialogs.cpp
+  // An alert under the program's name with one button; does not bring the program to the front.
+  void alert(const std::string& text);
+  void offerFullDiskAccess();
+
+  // app/install_hygiene.cpp
+  void retireOldNamedApp();
+  void tccSelfHealIfReplaced();
+  [[nodiscard]] bool hasFullDiskAccess() const;
+
+  // protocol/pairing_registry.cpp
+  static constexpr const char* pairedKey = "pairedDeviceKeys";  // of the user defaults
+  std::map<std::string, std::string> pairedDevices;             // device key → device name
+  std::map<PeerID, std::string> peerKeys;                       // → device key
+  std::map<PeerID, std::string> challenges;                     // → challenge issued
+  std::map<PeerID, ReceivedIDs> receivedIDs;                    // → ids of accepted requests
+  std::map<PeerID, TokenBucket> failedVerifications;            // → what it may still try
+  [[nodiscard]] bool isPaired(const std::string& deviceKey) const;
+  void pair(const std::string& deviceKey, const std::string& name);
+  void forgetAllPairings();
+  void admitPeer(const PeerID& peer, const std::string& deviceKey);
+  void dropPeer(const PeerID& peer);
+
+  // peer/session.cpp
+  PeerID peerID;
+  std::shared_ptr<PeerSession> session;
+  std::unique_ptr<Advertiser> advertiser;
+  std::vector<std::string> connectedPeers;  // display names, in the session's order
+  std::optional<std::string> advertiseError;
+  void openSession();
+  void startAdvertising();
+  void sessionPeerDidChange(std::shared_ptr<PeerSession> reporting, PeerID peer,
+                            PeerState state) override;
+  void advertiserDidNotStart(std::string error) override;
+  void peerDidChange(PeerSession& reporting, const PeerID& peer, PeerState state);
+
+  // peer/invitations.cpp
+  using InvitationReply = std::function<void(bool accept, std::shared_ptr<PeerSession> session)>;
+  std::map<std::string, std::string> inviteNames;  // device key → display name
+  std::set<std::string> ignoredDevices;            // device keys
+  std::set<std::string> warnedLegacyClients;       // display names
+  std::map<std::string, std::vector<InvitationReply>> pendingInvites;  // by device key
+  bool pairingAlertUp = false;
+  void advertiserDidReceiveInvitation(PeerID peer, std::optional<Bytes> context,
+                                      InvitationHandler handler) override;
+  void handleInvitation(const PeerID& peer, const std::optional<Bytes>& context,
+                        const InvitationHandler& handler);
+  void presentNextPairingAlert();
+  void answerInvitations(const std::string& deviceKey, const std::string& name, bool accept);
+  void warnLegacyClient(const std::string& name);
+  void forgetPairedDevices();
+
+  // bridge/request_dispatch.cpp
+  void sessionDidReceive(std::shared_ptr<PeerSession> reporting, Bytes data, PeerID peer) override;
+  void handleRequest(ByteView data, const PeerID& peer);
+  void handleSignedRequest(ByteView data, const PeerID& peer, const SigningPublicKey& key);
+
+  // bridge/handshake_routes.cpp
+  void answerChallenge(std::int64_t id, const PeerID& peer);
+  void answerBridgeInfo(std::int64_t id, const PeerID& peer);
+
+  // bridge/engine_proxy.cpp
+  std::unique_ptr<HttpSession> http;  // made at the first forwarded request
+  void forwardToEngine(PeerRequest request, const PeerID& peer);
+
+  // engine/engine_process.cpp
+  std::shared_ptr<ChildProcess> child;  // the engine this helper started, while it is alive
+  bool stoppingServer = false;
+  [[nodiscard]] std::optional<std::string> serverScriptPath() const;
+  void startServer();
+  void launchEngine(const std::string& script);
+  void engineDidExit(const std::shared_ptr<ChildProcess>& process, int status, double launchedAt,
+                     std::uint64_t logOffset);
+  void stopServer();
+  void postShutdown();
+
+  // engine/status_polling.cpp
+  bool serverRunning = false;
+  void checkStatus();
+  void pollTick();
+
+  // ink/ink_polling.cpp
+  OverlayView overlayView;
+  std::int64_t inkSeq = 0;
+  bool inkBusy = false;
+  std::int64_t frameTick = 0;
+  std::int64_t lastOverlayV = -1;
+  void inkTick();
+
+  // update/update_check.cpp
+  std::optional<std::string> availableUpdate;
+  bool updateInProgress = false;
+  [[nodiscard]] std::string myVersion() const;
+  void checkForUpdate(bool manual);
+  void checkForUpdateTick();
+
+ private:
+  // app/bridge_delegate.cpp
+  // In debug builds, ends the process when called on another thread.
+  void assertMainThread() const;
+  [[nodiscard]] bool defaultsFlag(const char* key) const;
+
+  Platform& platform_;
+  EngineLog engineLog_;
+  std::shared_ptr<const int> lifetime_ = std::make_shared<const int>(0);
+  MainHop main_;
+};
+
+}  // namespace torvane

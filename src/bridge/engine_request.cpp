@@ -1,0 +1,84 @@
+#include "bridge/engine_request.h"
+
+#include <algorithm>
+#include <boost/url/parse.hpp>
+
+#include "protocol/constants.h"
+
+namespace torvane {
+namespace {
+
+constexpr const char* kLoopback = "127.0.0.1";
+constexpr std::uint64_t kMiB = 1024UL * 1024UL;
+
+constexpr double kOwnTotalTimeout = 10;
+constexpr std::uint64_t kOwnResponseLimit = 32 * kMiB;
+
+constexpr double kForwardIdleTimeout = 60;
+constexpr double kForwardTotalTimeout = 300;
+constexpr std::uint64_t kForwardResponseLimit = 256 * kMiB;
+
+bool isTokenCharacter(char c) {
+  constexpr std::string_view kMarks = "!#$%&'*+-.^_`|~";
+  const bool alphanumeric =
+      (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+  return alphanumeric || kMarks.find(c) != std::string_view::npos;
+}
+
+bool isControlCharacter(char c) {
+  return static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
+}
+
+}  // namespace
+
+std::optional<PeerRequest> readPeerRequest(P2PFrame::Frame frame) {
+  const auto id = integerMember(frame.header, "id");
+  auto path = stringMember(frame.header, "path");
+  if (!id || !path) return std::nullopt;
+  return PeerRequest{*id, std::move(*path), stringMember(frame.header, "method").value_or("GET"),
+                     stringMember(frame.header, "contentType"), std::move(frame.body)};
+}
+
+std::string engineURL(std::string_view path) {
+  return "http://" + std::string(kLoopback) + ":" + std::to_string(PORT) + std::string(path);
+}
+
+bool isValidURL(std::string_view text) {
+  return boost::urls::parse_uri({text.data(), text.size()}).has_value();
+}
+
+std::optional<std::string> wireProblem(const PeerRequest& request) {
+  const auto& method = request.method;
+  if (method.empty() || !std::all_of(method.begin(), method.end(), isTokenCharacter)) {
+    return "The request's method is not an HTTP method.";
+  }
+  const auto& type = request.contentType;
+  if (type && std::any_of(type->begin(), type->end(), isControlCharacter)) {
+    return "The request's content type holds control characters.";
+  }
+  return std::nullopt;
+}
+
+HttpRequest engineRequest(std::string_view path, double idleTimeout) {
+  HttpRequest request;
+  request.url = engineURL(path);
+  request.idleTimeout = idleTimeout;
+  request.totalTimeout = kOwnTotalTimeout;
+  request.maxResponseBytes = kOwnResponseLimit;
+  request.onlyEndpoint = HttpEndpoint{kLoopback, PORT};
+  return request;
+}
+
+HttpRequest forwardedRequest(PeerRequest request) {
+  HttpRequest forwarded = engineRequest(request.path, kForwardIdleTimeout);
+  forwarded.method = std::move(request.method);
+  forwarded.totalTimeout = kForwardTotalTimeout;
+  forwarded.maxResponseBytes = kForwardResponseLimit;
+  if (!request.body.empty()) {
+    forwarded.body = std::move(request.body);
+    forwarded.contentType = std::move(request.contentType);
+  }
+  return forwarded;
+}
+
+}  // namespace torvane

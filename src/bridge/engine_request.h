@@ -1,0 +1,40 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "bridge/http_session.h"
+#include "protocol/p2p_frame.h"
+
+namespace torvane {
+
+// What a verified request of an iPad asks of the engine.
+struct PeerRequest {
+  std::int64_t id = 0;
+  std::string path;  // as sent, with any query
+  std::string method;
+  std::optional<std::string> contentType;
+  Bytes body;
+};
+
+// None unless the header holds an integer "id" and a text "path".
+[[nodiscard]] std::optional<PeerRequest> readPeerRequest(P2PFrame::Frame frame);
+
+// The engine's base address with `path` put behind it verbatim.
+[[nodiscard]] std::string engineURL(std::string_view path);
+
+// Whether a text is a URI by the grammar of RFC 3986.
+[[nodiscard]] bool isValidURL(std::string_view text);
+
+// Why a request must not be put on the wire, for the "error" of a reply: its method is not a token
+// (RFC 9110, section 5.6.2) or its content type holds control characters. None when it may.
+[[nodiscard]] std::optional<std::string> wireProblem(const PeerRequest& request);
+
+// A request of the helper's own to the engine: nothing but the engine's port is ever reached.
+[[nodiscard]] HttpRequest engineRequest(std::string_view path, double idleTimeout);
+
+// The iPad's request as it goes to the engine.
+[[nodiscard]] HttpRequest forwardedRequest(PeerRequest request);
+
+}  // namespace torvane

@@ -1,0 +1,116 @@
+// Who may connect: paired devices at once, new ones when the user says so.
+// Events: an invitation arrives, "Forget Paired Devices…". Fields: inviteNames, ignoredDevices,
+// warnedLegacyClients, pendingInvites, pairingAlertUp. Ports: Application, Alerts.
+
+#include "app/bridge_delegate.h"
+#include "protocol/device_key.h"
+
+namespace torvane {
+namespace {
+
+AlertContent pairingAlert(const std::string& name) {
+  return {.message = "Pair with “" + name + "”?",
+          .informativeText = "A device named “" + name +
+                             "” wants to control PowerPoint on this Mac. Pair it if it's yours — "
+                             "it will connect automatically from then on. You can forget paired "
+                             "devices from the menu bar icon.",
+          .buttons = {"Pair", "Ignore"}};
+}
+
+AlertContent legacyClientAlert(const std::string& name) {
+  return {.message = "“" + name + "” needs the new Torvane app",
+          .informativeText =
+              "That iPad is running an older Torvane that can no longer pair with "
+              "this helper. Update the app on the iPad, then approve it here when "
+              "it asks to pair again.",
+          .style = AlertContent::Style::warning};
+}
+
+const AlertContent kForgetAlert = {
+    .message = "Forget all paired devices?",
+    .informativeText =
+        "Each device will need to be approved again the next time it connects. "
+        "Devices connected right now stay connected until they drop.",
+    .buttons = {"Forget All", "Cancel"}};
+
+}  // namespace
+
+void BridgeDelegate::advertiserDidReceiveInvitation(PeerID peer, std::optional<Bytes> context,
+                                                    InvitationHandler handler) {
+  main_.async([this, peer = std::move(peer), context = std::move(context),
+               handler = std::move(handler)] { handleInvitation(peer, context, handler); });
+}
+
+void BridgeDelegate::handleInvitation(const PeerID& peer, const std::optional<Bytes>& context,
+                                      const InvitationHandler& handler) {
+  assertMainThread();
+  const auto key = context ? SigningPublicKey::fromRaw(*context) : std::nullopt;
+  if (!key) {
+    handler(false, nullptr);
+    warnLegacyClient(peer.displayName);
+    return;
+  }
+  const std::string deviceKey = key->deviceKey();
+  if (isPaired(deviceKey)) {
+    admitPeer(peer, deviceKey);
+    handler(true, session);
+    return;
+  }
+  if (ignoredDevices.count(deviceKey) != 0) {
+    handler(false, nullptr);
+    return;
+  }
+  inviteNames[deviceKey] = peer.displayName;
+  pendingInvites[deviceKey].push_back(
+      [this, peer, deviceKey, handler](bool accept, std::shared_ptr<PeerSession> into) {
+        if (accept) admitPeer(peer, deviceKey);
+        handler(accept, std::move(into));
+      });
+  presentNextPairingAlert();
+}
+
+void BridgeDelegate::presentNextPairingAlert() {
+  assertMainThread();
+  if (pairingAlertUp || pendingInvites.empty()) return;
+  const std::string deviceKey = pendingInvites.begin()->first;  // the smallest key
+  const auto known = inviteNames.find(deviceKey);
+  const std::string name = known != inviteNames.end() ? known->second : "iPad";
+
+  pairingAlertUp = true;
+  platform_.application.activateIgnoringOtherApps();
+  const bool accept = platform_.alerts.runModal(pairingAlert(name)) == kAlertFirstButton;
+  pairingAlertUp = false;
+
+  answerInvitations(deviceKey, name, accept);
+  presentNextPairingAlert();
+}
+
+void BridgeDelegate::answerInvitations(const std::string& deviceKey, const std::string& name,
+                                       bool accept) {
+  const auto waiting = pendingInvites.extract(deviceKey);
+  if (accept) {
+    pair(deviceKey, name);
+  } else {
+    ignoredDevices.insert(deviceKey);
+  }
+  inviteNames.erase(deviceKey);
+  if (waiting.empty()) return;
+  for (const auto& reply : waiting.mapped()) reply(accept, accept ? session : nullptr);
+}
+
+void BridgeDelegate::warnLegacyClient(const std::string& name) {
+  if (pairingAlertUp || !warnedLegacyClients.insert(name).second) return;
+  pairingAlertUp = true;
+  platform_.application.activateIgnoringOtherApps();
+  platform_.alerts.runModal(legacyClientAlert(name));
+  pairingAlertUp = false;
+  presentNextPairingAlert();
+}
+
+void BridgeDelegate::forgetPairedDevices() {
+  assertMainThread();
+  platform_.application.activateIgnoringOtherApps();
+  if (platform_.alerts.runModal(kForgetAlert) == kAlertFirstButton) forgetAllPairings();
+}
+
+}  // namespace torvane
