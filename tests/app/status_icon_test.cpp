@@ -1,0 +1,57 @@
+#include "app/status_icon.h"
+
+#include "fakes/helper_test.h"
+
+namespace torvane {
+namespace {
+
+TEST(StatusIconValue, WaitsForTheFirstDevice) {
+  const auto icon = statusIcon({}, true);
+  EXPECT_EQ(icon.symbolName, "dot.radiowaves.right");
+  EXPECT_EQ(icon.toolTip, "Torvane P2P Helper: waiting for the iPad app");
+  EXPECT_EQ(icon.accessibilityDescription, "Torvane P2P Helper");
+}
+
+TEST(StatusIconValue, NamesTheConnectedDevicesInTheirOrder) {
+  const auto icon = statusIcon({"Zoe's iPad", "A & B_1"}, true);
+  EXPECT_EQ(icon.symbolName, "dot.radiowaves.left.and.right");
+  EXPECT_EQ(icon.toolTip, "Torvane P2P Helper: iPad connected (Zoe's iPad, A & B_1)");
+}
+
+TEST(StatusIconValue, IsDimmedWheneverTheEngineIsNotRunning) {
+  EXPECT_TRUE(statusIcon({}, false).appearsDisabled);
+  EXPECT_TRUE(statusIcon({"iPad"}, false).appearsDisabled);
+  EXPECT_FALSE(statusIcon({}, true).appearsDisabled);
+  EXPECT_FALSE(statusIcon({"iPad"}, true).appearsDisabled);
+}
+
+class ShownIcon : public HelperTest {
+ protected:
+  const StatusIcon& shown() { return platform.statusBar.shown.icons.back(); }
+};
+
+TEST_F(ShownIcon, StartsWaitingAndDimmed) {
+  construct().applicationDidFinishLaunching();
+  EXPECT_EQ(shown(), statusIcon({}, false));
+}
+
+TEST_F(ShownIcon, IsRefreshedAfterEveryProbeWhetherOrNotItChanged) {
+  platform.runEngine();
+  launch();
+  const auto before = platform.statusBar.shown.icons.size();
+  platform.time.advance(6);
+  EXPECT_EQ(platform.statusBar.shown.icons.size(), before + 2);
+  EXPECT_EQ(shown(), statusIcon({}, true));
+}
+
+TEST_F(ShownIcon, DoesNotReflectAnAdvertisingError) {
+  launch();
+  const auto before = shown();
+  platform.peerLink.failAdvertising("no network");
+  platform.time.runDue();
+  EXPECT_EQ(helper->advertiseError, "no network");
+  EXPECT_EQ(shown(), before);
+}
+
+}  // namespace
+}  // namespace torvane

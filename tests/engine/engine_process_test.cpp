@@ -1,0 +1,232 @@
+#include "fakes/helper_test.h"
+
+namespace torvane {
+namespace {
+
+constexpr const char* kBundled = "/opt/torvane/Torvane P2P Helper.app/Resources/torvane.py";
+constexpr const char* kBeside = "/opt/torvane/torvane.py";
+constexpr const char* kLog = "/home/presenter/Library/Logs/Torvane P2P Helper/engine.log";
+
+class EngineProcess : public HelperTest {
+ protected:
+  void SetUp() override { construct(); }
+
+  // The engines launched so far, without the probes for Python.
+  std::vector<FakeProcessLauncher::Launched> engines() {
+    std::vector<FakeProcessLauncher::Launched> found;
+    for (const auto& entry : platform.processes.launched) {
+      if (entry.launch.arguments.size() == 2) found.push_back(entry);
+    }
+    return found;
+  }
+  void engineDoes(FakeProgram program) {
+    platform.processes.program = [program](const ProcessLaunch& launch) {
+      return launch.arguments.size() == 2 ? program : FakeProgram{"", 0, ""};
+    };
+  }
+  std::string lastAlert() { return platform.alerts.shown.back().informativeText; }
+};
+
+TEST_F(EngineProcess, ScriptNextToTheApplicationWins) {
+  EXPECT_EQ(helper->serverScriptPath(), kBundled);
+  platform.files.put(kBeside, "");
+  EXPECT_EQ(helper->serverScriptPath(), kBeside);
+}
+
+TEST_F(EngineProcess, MissingScriptIsToldAndNothingStarts) {
+  platform.bundle.resources.clear();
+  helper->startServer();
+  EXPECT_EQ(platform.alerts.shown.back(),
+            (AlertContent{
+                .message = "Torvane P2P Helper",
+                .informativeText = "Cannot find torvane.py next to the app or in the bundle."}));
+  EXPECT_TRUE(platform.processes.launched.empty());
+}
+
+TEST_F(EngineProcess, PythonsProblemIsToldAndNothingStarts) {
+  platform.files.contents.clear();
+  helper->startServer();
+  EXPECT_EQ(lastAlert(), kMacPython.missing);
+  EXPECT_TRUE(engines().empty());
+}
+
+TEST_F(EngineProcess, StartsPythonWithScriptAndPort) {
+  helper->startServer();
+  ASSERT_EQ(engines().size(), 1U);
+  const auto launch = engines()[0].launch;
+  EXPECT_EQ(launch.executable, "/usr/bin/python3");
+  EXPECT_EQ(launch.arguments, (std::vector<std::string>{kBundled, "8484"}));
+  EXPECT_EQ(helper->child, engines()[0].process);
+  EXPECT_TRUE(platform.alerts.shown.empty());
+}
+
+TEST_F(EngineProcess, AddsItsProcessIdToItsOwnEnvironment) {
+  platform.processInfo.variables["TORVANE_PARENT_PID"] = "1";
+  helper->startServer();
+  EXPECT_EQ(
+      engines()[0].launch.environment,
+      (std::map<std::string, std::string>{{"LANG", "C.UTF-8"}, {"TORVANE_PARENT_PID", "4711"}}));
+}
+
+TEST_F(EngineProcess, WritesTheBannerAndSendsTheOutputToTheLog) {
+  engineDoes({"hello\n", std::nullopt, ""});
+  helper->startServer();
+  EXPECT_EQ(engines()[0].launch.output, ProcessOutput::file);
+  EXPECT_EQ(platform.files.text(kLog),
+            "\n===== engine start 2026-11-20 08:03:11 +0000 =====\nhello\n");
+}
+
+TEST_F(EngineProcess, StartsWithoutALogWhenThereIsNone) {
+  platform.files.unwritable.insert(kLog);
+  helper->startServer();
+  ASSERT_EQ(engines().size(), 1U);
+  EXPECT_EQ(engines()[0].launch.output, ProcessOutput::nullDevice);
+}
+
+TEST_F(EngineProcess, DoesNothingWhileTheEngineIsRunning) {
+  helper->serverRunning = true;
+  platform.bundle.resources.clear();
+  helper->startServer();
+  EXPECT_TRUE(platform.processes.launched.empty());
+  EXPECT_TRUE(platform.alerts.shown.empty());
+}
+
+TEST_F(EngineProcess, DoesNothingWhileItsChildStillRuns) {
+  helper->startServer();
+  helper->startServer();
+  EXPECT_EQ(engines().size(), 1U);
+}
+
+TEST_F(EngineProcess, FailedLaunchIsToldAndKeepsNoChild) {
+  engineDoes({"", std::nullopt, "Permission denied"});
+  helper->startServer();
+  EXPECT_EQ(lastAlert(), "Could not start the server: Permission denied");
+  EXPECT_EQ(helper->child, nullptr);
+}
+
+TEST_F(EngineProcess, IsProbedOneSecondAfterItsStart) {
+  helper->startServer();
+  platform.time.advance(0.9);
+  EXPECT_TRUE(platform.http.requests.empty());
+  platform.time.advance(0.2);
+  EXPECT_EQ(platform.http.requestsTo("/api/state").size(), 1U);
+}
+
+TEST_F(EngineProcess, EarlyExitShowsTheCodeTheTailAndTheLog) {
+  engineDoes({"Traceback\n\nOSError: port in use\n", 98, ""});
+  helper->startServer();
+  platform.time.runDue();
+  EXPECT_EQ(lastAlert(),
+            "The PowerPoint server stopped straight after starting (exit code "
+            "98).\n\nTraceback\nOSError: port in use\n\nFull log: " +
+                std::string(kLog));
+  EXPECT_EQ(helper->child, nullptr);
+  EXPECT_EQ(platform.http.requestsTo("/api/state").size(), 1U);
+}
+
+TEST_F(EngineProcess, EarlyExitShowsOnlyThisRunsOutput) {
+  platform.files.put(kLog, "older run\n");
+  engineDoes({"newer run\n", 1, ""});
+  helper->startServer();
+  platform.time.runDue();
+  EXPECT_EQ(lastAlert().find("older run"), std::string::npos);
+  EXPECT_NE(lastAlert().find("newer run"), std::string::npos);
+}
+
+TEST_F(EngineProcess, SilentEarlyExitSaysThatItGaveNoExplanation) {
+  engineDoes({"", 1, ""});
+  helper->startServer();
+  platform.time.runDue();
+  EXPECT_NE(lastAlert().find("(exit code 1).\n\nIt gave no explanation.\n\nFull log: "),
+            std::string::npos);
+}
+
+TEST_F(EngineProcess, StatusZeroNeverRaisesTheAlert) {
+  engineDoes({"", 0, ""});
+  helper->startServer();
+  platform.time.runDue();
+  EXPECT_TRUE(platform.alerts.shown.empty());
+  EXPECT_EQ(helper->child, nullptr);
+}
+
+TEST_F(EngineProcess, LaterCrashIsSilent) {
+  helper->startServer();
+  platform.time.advance(5.0);
+  engines()[0].process->exit(1);
+  platform.time.runDue();
+  EXPECT_TRUE(platform.alerts.shown.empty());
+  EXPECT_EQ(helper->child, nullptr);
+}
+
+TEST_F(EngineProcess, CrashJustBeforeFiveSecondsIsStillEarly) {
+  helper->startServer();
+  platform.time.advance(4.9);
+  engines()[0].process->exit(1);
+  platform.time.runDue();
+  EXPECT_EQ(platform.alerts.shown.size(), 1U);
+}
+
+TEST_F(EngineProcess, ExitOfAProcessThatIsNoLongerTheChildIsIgnored) {
+  helper->startServer();
+  const auto old = engines()[0].process;
+  helper->child = nullptr;
+  helper->startServer();
+  old->exit(1);
+  platform.time.runDue();
+  EXPECT_EQ(helper->child, engines()[1].process);
+  EXPECT_TRUE(platform.alerts.shown.empty());
+}
+
+TEST_F(EngineProcess, StopPostsTheShutdownAndProbesTwice) {
+  helper->startServer();
+  platform.time.advance(1);
+  platform.http.requests.clear();
+  helper->stopServer();
+  ASSERT_EQ(platform.http.requestsTo("/api/shutdown").size(), 1U);
+  const auto shutdown = platform.http.requests[0];
+  EXPECT_EQ(shutdown.method, "POST");
+  EXPECT_TRUE(shutdown.body.empty());
+  EXPECT_EQ(shutdown.idleTimeout, 2.0);
+  platform.time.advance(0.5);
+  EXPECT_EQ(platform.http.requestsTo("/api/state").size(), 1U);
+  platform.time.advance(1.5);
+  EXPECT_EQ(platform.http.requestsTo("/api/state").size(), 2U);
+}
+
+TEST_F(EngineProcess, StopTerminatesAnEngineThatDoesNotObey) {
+  helper->startServer();
+  helper->stopServer();
+  platform.time.advance(1.9);
+  EXPECT_EQ(engines()[0].process->terminations, 0);
+  platform.time.advance(0.2);
+  EXPECT_EQ(engines()[0].process->terminations, 1);
+  EXPECT_EQ(helper->child, nullptr);
+}
+
+TEST_F(EngineProcess, StoppedEngineRaisesNoAlertEvenWhenItFailsEarly) {
+  helper->startServer();
+  helper->stopServer();
+  engines()[0].process->exit(3);
+  platform.time.advance(10);
+  EXPECT_TRUE(platform.alerts.shown.empty());
+  EXPECT_EQ(engines()[0].process->terminations, 0);
+}
+
+TEST_F(EngineProcess, StopWithoutAChildStillAsksTheEngineToEnd) {
+  helper->stopServer();
+  platform.time.advance(3);
+  EXPECT_EQ(platform.http.requestsTo("/api/shutdown").size(), 1U);
+}
+
+TEST_F(EngineProcess, NextStartClearsTheStop) {
+  helper->startServer();
+  helper->stopServer();
+  platform.time.advance(3);
+  EXPECT_TRUE(helper->stoppingServer);
+  helper->startServer();
+  EXPECT_FALSE(helper->stoppingServer);
+  EXPECT_EQ(engines().size(), 2U);
+}
+
+}  // namespace
+}  // namespace torvane

@@ -1,0 +1,75 @@
+#include "fakes/helper_test.h"
+
+namespace torvane {
+namespace {
+
+class StatusPolling : public HelperTest {
+ protected:
+  void SetUp() override { construct(); }
+
+  bool runningAfter(FakeAnswer answer, double seconds = 0) {
+    platform.http.server = [answer](const HttpRequest&) { return answer; };
+    helper->checkStatus();
+    platform.time.advance(seconds);
+    return helper->serverRunning;
+  }
+};
+
+TEST_F(StatusPolling, AsksTheEnginesStateOnLoopbackOnly) {
+  helper->checkStatus();
+  ASSERT_EQ(platform.http.requests.size(), 1U);
+  const auto& request = platform.http.requests[0];
+  EXPECT_EQ(request.url, "http://127.0.0.1:8484/api/state");
+  EXPECT_EQ(request.method, "GET");
+  EXPECT_EQ(request.idleTimeout, 2.0);
+  EXPECT_EQ(request.onlyEndpoint, (HttpEndpoint{"127.0.0.1", 8484}));
+}
+
+TEST_F(StatusPolling, Any200MeansRunningWhoeverAnswers) {
+  EXPECT_TRUE(runningAfter({httpResult(200, "I am some other program")}));
+}
+
+TEST_F(StatusPolling, OtherStatusesMeanNotRunning) {
+  for (const int status : {204, 302, 404, 500}) {
+    helper->serverRunning = true;
+    EXPECT_FALSE(runningAfter({httpResult(status)})) << status;
+  }
+}
+
+TEST_F(StatusPolling, TransportErrorMeansNotRunning) {
+  helper->serverRunning = true;
+  EXPECT_FALSE(runningAfter({httpError("refused")}));
+}
+
+TEST_F(StatusPolling, EngineSlowerThanTwoSecondsCountsAsNotRunning) {
+  EXPECT_TRUE(runningAfter({httpResult(200), 1.9}, 3));
+  EXPECT_FALSE(runningAfter({httpResult(200), 2.1}, 3));
+}
+
+TEST_F(StatusPolling, OneFailedProbeIsEnough) {
+  EXPECT_TRUE(runningAfter({httpResult(200)}));
+  EXPECT_FALSE(runningAfter({httpError("refused")}));
+}
+
+TEST_F(StatusPolling, OverlappingProbesCountInTheOrderTheyComplete) {
+  platform.http.server = [](const HttpRequest&) { return FakeAnswer{httpResult(200), 1.0}; };
+  helper->checkStatus();
+  platform.http.server = [](const HttpRequest&) { return FakeAnswer{httpResult(500), 0.5}; };
+  helper->checkStatus();
+  platform.time.advance(0.6);
+  EXPECT_FALSE(helper->serverRunning);
+  platform.time.advance(0.5);
+  EXPECT_TRUE(helper->serverRunning);
+}
+
+TEST_F(StatusPolling, NeverRestartsADeadEngine) {
+  launch();
+  platform.time.advance(2);
+  const auto started = platform.processes.launched.size();
+  platform.processes.launched.back().process->exit(0);
+  platform.time.advance(600);
+  EXPECT_EQ(platform.processes.launched.size(), started);
+}
+
+}  // namespace
+}  // namespace torvane

@@ -1,0 +1,248 @@
+#pragma once
+
+#include <algorithm>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "app/alert.h"
+#include "app/application.h"
+#include "app/bundle.h"
+#include "app/clock.h"
+#include "app/main_queue.h"
+#include "app/permissions.h"
+#include "app/process_info.h"
+#include "app/status_item.h"
+#include "app/user_defaults.h"
+#include "engine/background_queue.h"
+#include "fakes/simulated_time.h"
+
+// The doubles of the desktop's own services. Each has inputs to set and a log to read; the order
+// of calls over all of them is in one shared log.
+
+namespace torvane {
+
+using CallLog = std::vector<std::string>;
+
+class FakeMainQueue final : public MainQueue {
+ public:
+  FakeMainQueue(SimulatedTime& time, CallLog& log) : time_(time), log_(log) {}
+
+  std::vector<double> repeating;  // intervals, in the order they were scheduled
+  std::vector<double> once;       // delays, likewise
+  double blockedFor = 0;          // seconds
+
+  void async(std::function<void()> work) override { time_.scheduleMain(0, std::move(work)); }
+  void after(double seconds, std::function<void()> work) override {
+    once.push_back(seconds);
+    time_.scheduleMain(seconds, std::move(work));
+  }
+  void every(double seconds, std::function<void()> work) override {
+    repeating.push_back(seconds);
+    repeat(seconds, std::make_shared<std::function<void()>>(std::move(work)));
+  }
+  void block(double seconds) override {
+    log_.push_back("block " + std::to_string(seconds).substr(0, 3));
+    blockedFor += seconds;
+    time_.advanceWhileMainIsHeld(seconds);
+  }
+  [[nodiscard]] bool isCurrent() const override { return time_.isMainThread(); }
+
+ private:
+  void repeat(double seconds, const std::shared_ptr<std::function<void()>>& work) {
+    time_.scheduleMain(seconds, [this, seconds, work] {
+      repeat(seconds, work);
+      (*work)();
+    });
+  }
+
+  SimulatedTime& time_;
+  CallLog& log_;
+};
+
+class FakeBackgroundQueue final : public BackgroundQueue {
+ public:
+  explicit FakeBackgroundQueue(SimulatedTime& time) : time_(time) {}
+  void after(double seconds, std::function<void()> work) override {
+    time_.scheduleBackground(seconds, std::move(work));
+  }
+
+ private:
+  SimulatedTime& time_;
+};
+
+class FakeClock final : public Clock {
+ public:
+  explicit FakeClock(SimulatedTime& time) : time_(time) {}
+  double startedAt = 1'795'161'791;  // 2026-11-20 08:03:11 UTC
+  [[nodiscard]] double unixTime() const override { return startedAt + time_.now(); }
+  [[nodiscard]] double mediaTime() const override { return time_.now(); }
+
+ private:
+  SimulatedTime& time_;
+};
+
+class FakeApplication final : public Application {
+ public:
+  explicit FakeApplication(CallLog& log) : log_(log) {}
+  std::function<void()> onTerminate;  // the platform's way out, once per call
+  void activateIgnoringOtherApps() override { log_.push_back("activate"); }
+  void terminate() override {
+    log_.push_back("terminate");
+    if (onTerminate) onTerminate();
+  }
+
+ private:
+  CallLog& log_;
+};
+
+// What the status item shows now, read after it has been given away.
+struct ShownStatusItem {
+  std::vector<StatusIcon> icons;  // every icon set, oldest first
+  MenuDelegate* menu = nullptr;
+};
+
+class FakeStatusBar final : public StatusBar {
+ public:
+  explicit FakeStatusBar(CallLog& log) : log_(log) {}
+  ShownStatusItem shown;
+  bool hasPlace = true;
+
+  [[nodiscard]] std::unique_ptr<StatusItem> makeStatusItem() override {
+    log_.push_back("make status item");
+    if (!hasPlace) return nullptr;
+    return std::make_unique<FakeStatusItem>(shown, log_);
+  }
+
+ private:
+  class FakeStatusItem final : public StatusItem {
+   public:
+    FakeStatusItem(ShownStatusItem& shown, CallLog& log) : shown_(shown), log_(log) {}
+    void setIcon(const StatusIcon& icon) override {
+      log_.push_back("set icon");
+      shown_.icons.push_back(icon);
+    }
+    void setMenu(MenuDelegate& delegate) override {
+      log_.push_back("set menu");
+      shown_.menu = &delegate;
+    }
+
+   private:
+    ShownStatusItem& shown_;
+    CallLog& log_;
+  };
+
+  CallLog& log_;
+};
+
+// Alerts are answered by the queued answers in order; what a test wants to happen while one is up
+// goes into whileUp, which runs inside the nested loop.
+class FakeAlerts final : public Alerts {
+ public:
+  explicit FakeAlerts(SimulatedTime& time, CallLog& log) : time_(time), log_(log) {}
+
+  std::vector<AlertContent> shown;
+  std::deque<int> answers;  // none left: the first button
+  std::function<void(const AlertContent&)> whileUp;
+  int up = 0;
+  int mostUpAtOnce = 0;
+
+  int runModal(const AlertContent& content) override {
+    log_.push_back("alert " + content.message);
+    shown.push_back(content);
+    mostUpAtOnce = std::max(mostUpAtOnce, ++up);
+    if (whileUp) whileUp(content);
+    time_.runDue();
+    --up;
+    if (answers.empty()) return kAlertFirstButton;
+    const int answer = answers.front();
+    answers.pop_front();
+    return answer;
+  }
+
+ private:
+  SimulatedTime& time_;
+  CallLog& log_;
+};
+
+class FakeUserDefaults final : public UserDefaults {
+ public:
+  explicit FakeUserDefaults(CallLog& log) : log_(log) {}
+  std::map<std::string, JsonValue> stored;
+
+  [[nodiscard]] std::optional<JsonValue> object(const std::string& key) const override {
+    const auto found = stored.find(key);
+    if (found == stored.end()) return std::nullopt;
+    return found->second;
+  }
+  void setObject(const std::string& key, JsonValue value) override {
+    log_.push_back("store " + key);
+    stored[key] = std::move(value);
+  }
+  void removeObject(const std::string& key) override {
+    log_.push_back("remove " + key);
+    stored.erase(key);
+  }
+
+ private:
+  CallLog& log_;
+};
+
+class FakeBundle final : public Bundle {
+ public:
+  std::string bundlePath = "/opt/torvane/Torvane P2P Helper.app";
+  std::map<std::string, std::string> resources = {
+      {"torvane.py", "/opt/torvane/Torvane P2P Helper.app/Resources/torvane.py"}};
+  std::map<std::string, JsonValue> info = {{"CFBundleVersion", "412"}};
+
+  [[nodiscard]] std::string path() const override { return bundlePath; }
+  [[nodiscard]] std::optional<std::string> pathForResource(const std::string& name,
+                                                           const std::string& type) const override {
+    const auto found = resources.find(name + "." + type);
+    if (found == resources.end()) return std::nullopt;
+    return found->second;
+  }
+  [[nodiscard]] std::optional<JsonValue> infoValue(const std::string& key) const override {
+    const auto found = info.find(key);
+    if (found == info.end()) return std::nullopt;
+    return found->second;
+  }
+};
+
+class FakeProcessInfo final : public ProcessInfo {
+ public:
+  std::optional<std::string> name = "Lectern";
+  std::map<std::string, std::string> variables = {{"LANG", "C.UTF-8"}};
+
+  [[nodiscard]] std::optional<std::string> hostName() const override { return name; }
+  [[nodiscard]] std::string homeDirectory() const override { return "/home/presenter"; }
+  [[nodiscard]] std::map<std::string, std::string> environment() const override {
+    return variables;
+  }
+  [[nodiscard]] int processIdentifier() const override { return 4711; }
+};
+
+class FakeAccessibility final : public Accessibility {
+ public:
+  explicit FakeAccessibility(CallLog& log) : log_(log) {}
+  void promptForTrust() override { log_.push_back("prompt for accessibility"); }
+
+ private:
+  CallLog& log_;
+};
+
+class FakePrivacyDatabase final : public PrivacyDatabase {
+ public:
+  bool isReadable = true;
+  mutable std::vector<std::string> asked;
+  [[nodiscard]] bool canRead(const std::string& path) const override {
+    asked.push_back(path);
+    return isReadable;
+  }
+};
+
+}  // namespace torvane

@@ -1,0 +1,80 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "bridge/http_session.h"
+#include "fakes/simulated_time.h"
+
+namespace torvane {
+
+// How a scripted server treats one request.
+struct FakeAnswer {
+  HttpResult result;
+  double delay = 0;  // seconds until the completion is called
+};
+
+[[nodiscard]] inline HttpResult httpResult(int status, std::string_view body = "",
+                                           std::optional<std::string> contentType = {}) {
+  return {HttpResponse{status, std::move(contentType)}, toBytes(body), std::nullopt};
+}
+
+[[nodiscard]] inline HttpResult httpError(std::string text) {
+  return {std::nullopt, {}, std::move(text)};
+}
+
+// Every session talks to one scripted server. Completions come off the main thread.
+class FakeHttpSessions final : public HttpSessions {
+ public:
+  explicit FakeHttpSessions(SimulatedTime& time) : shared_(time, *this), time_(time) {}
+
+  // Chooses the answer; the default is an engine that is not there. A request that takes longer
+  // than its idle time-out fails as a real one would.
+  std::function<FakeAnswer(const HttpRequest&)> server;
+  std::vector<HttpRequest> requests;
+  std::vector<double> ephemeralTimeouts;  // of each session made
+
+  [[nodiscard]] std::vector<HttpRequest> requestsTo(const std::string& path) const {
+    std::vector<HttpRequest> found;
+    for (const auto& request : requests) {
+      if (request.url == "http://127.0.0.1:8484" + path) found.push_back(request);
+    }
+    return found;
+  }
+
+  HttpSession& shared() override { return shared_; }
+  [[nodiscard]] std::unique_ptr<HttpSession> makeEphemeral(double idleTimeout) override {
+    ephemeralTimeouts.push_back(idleTimeout);
+    return std::make_unique<FakeHttpSession>(time_, *this);
+  }
+
+ private:
+  class FakeHttpSession final : public HttpSession {
+   public:
+    FakeHttpSession(SimulatedTime& time, FakeHttpSessions& owner) : time_(time), owner_(owner) {}
+    void dataTask(HttpRequest request, HttpCompletion completion) override {
+      owner_.requests.push_back(request);
+      FakeAnswer answer = owner_.server ? owner_.server(request)
+                                        : FakeAnswer{httpError("Could not connect to the server.")};
+      if (answer.delay > request.idleTimeout) {
+        answer = {httpError("The request timed out."), request.idleTimeout};
+      }
+      time_.scheduleBackground(
+          answer.delay, [completion = std::move(completion), result = std::move(answer.result)] {
+            completion(result);
+          });
+    }
+
+   private:
+    SimulatedTime& time_;
+    FakeHttpSessions& owner_;
+  };
+
+  FakeHttpSession shared_;
+  SimulatedTime& time_;
+};
+
+}  // namespace torvane

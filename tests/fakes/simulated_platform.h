@@ -1,0 +1,62 @@
+#pragma once
+
+#include "fakes/fake_desktop.h"
+#include "fakes/fake_files.h"
+#include "fakes/fake_http.h"
+#include "fakes/fake_peer_link.h"
+#include "fakes/fake_processes.h"
+#include "fakes/simulated_time.h"
+#include "platform/platform.h"
+
+namespace torvane {
+
+// A whole desktop in memory, on a virtual clock. As it comes: the welcome was shown before,
+// Python works, nothing listens on the engine's port.
+struct SimulatedPlatform {
+  SimulatedTime time;
+  CallLog log;
+  FakeApplication application{log};
+  FakeStatusBar statusBar{log};
+  FakeAlerts alerts{time, log};
+  FakeMainQueue mainQueue{time, log};
+  FakeBackgroundQueue backgroundQueue{time};
+  FakeClock clock{time};
+  FakeUserDefaults defaults{log};
+  FakeBundle bundle;
+  FakeProcessInfo processInfo;
+  FakeAccessibility accessibility{log};
+  FakePrivacyDatabase privacyDatabase;
+  FakeHttpSessions http{time};
+  FakePeerLink peerLink{time, log};
+  FakeFileSystem files;
+  FakeProcessLauncher processes{time};
+
+  Platform ports{application, statusBar, alerts,      mainQueue,     backgroundQueue, clock,
+                 defaults,    bundle,    processInfo, accessibility, privacyDatabase, http,
+                 peerLink,    files,     processes,   kMacPython};
+
+  SimulatedPlatform() {
+    defaults.stored["didShowWelcome"] = true;
+    files.put("/Library/Developer/CommandLineTools/usr/bin/python3", "");
+    processes.program = [](const ProcessLaunch& launch) {
+      const bool isProbe = !launch.arguments.empty() && launch.arguments.front() == "--version";
+      return isProbe ? FakeProgram{"Python 3.11.2\n", 0, ""} : FakeProgram{};
+    };
+  }
+
+  // An engine that answers 200 to everything, from now on.
+  void runEngine() {
+    http.server = [](const HttpRequest&) { return FakeAnswer{httpResult(200, "{}")}; };
+  }
+
+  // Which calls of the log are these, in this order? For tests of an order among others.
+  [[nodiscard]] CallLog logged(const std::vector<std::string>& names) const {
+    CallLog found;
+    for (const auto& call : log) {
+      if (std::find(names.begin(), names.end(), call) != names.end()) found.push_back(call);
+    }
+    return found;
+  }
+};
+
+}  // namespace torvane

@@ -1,0 +1,112 @@
+#include "app/status_icon.h"
+#include "fakes/helper_test.h"
+
+namespace torvane {
+namespace {
+
+// Two paired iPads with state of their own.
+class Session : public HelperTest {
+ protected:
+  PeerID first;
+  PeerID second;
+
+  void SetUp() override {
+    launch();
+    first = platform.peerLink.newPeer("First");
+    second = platform.peerLink.newPeer("Second");
+  }
+  void admit(const PeerID& peer, std::uint8_t seed) {
+    helper->admitPeer(peer, deviceKey(seed));
+    helper->challenges[peer] = "challenge";
+    helper->receivedIDs[peer].insert(1);
+    connect(peer);
+  }
+};
+
+TEST_F(Session, ListsConnectedPeersInTheSessionsOrder) {
+  connect(second);
+  connect(first);
+  EXPECT_EQ(helper->connectedPeers, (std::vector<std::string>{"Second", "First"}));
+  EXPECT_EQ(platform.statusBar.shown.icons.back(), statusIcon({"Second", "First"}, false));
+}
+
+TEST_F(Session, ConnectingRefreshesTheListAndTheIcon) {
+  connect(first);
+  const auto icons = platform.statusBar.shown.icons.size();
+  platform.peerLink.current().changeState(second, PeerState::connecting);
+  platform.time.runDue();
+  EXPECT_EQ(helper->connectedPeers, std::vector<std::string>{"First"});
+  EXPECT_EQ(platform.statusBar.shown.icons.size(), icons + 1);
+}
+
+TEST_F(Session, DisconnectingOneOfTwoClearsOnlyItsState) {
+  admit(first, 1);
+  admit(second, 2);
+  disconnect(first);
+  EXPECT_EQ(helper->peerKeys.count(first) + helper->challenges.count(first) +
+                helper->receivedIDs.count(first),
+            0U);
+  EXPECT_EQ(helper->peerKeys.at(second), deviceKey(2));
+  EXPECT_EQ(helper->challenges.at(second), "challenge");
+  EXPECT_TRUE(helper->receivedIDs.at(second).contains(1));
+  EXPECT_EQ(platform.peerLink.sessions.size(), 1U);
+}
+
+TEST_F(Session, DisconnectingAPeerWithoutAChallengeTouchesNoOther) {
+  admit(first, 1);
+  connect(second);
+  disconnect(second);
+  EXPECT_EQ(helper->challenges.size(), 1U);
+  EXPECT_EQ(helper->receivedIDs.size(), 1U);
+}
+
+TEST_F(Session, IsReplacedWhenTheLastPeerHasGone) {
+  admit(first, 1);
+  disconnect(first);
+  ASSERT_EQ(platform.peerLink.sessions.size(), 2U);
+  EXPECT_EQ(helper->session, platform.peerLink.sessions.back());
+  EXPECT_TRUE(helper->connectedPeers.empty());
+}
+
+TEST_F(Session, IsKeptWhileAKeyIsHeldEvenWithNobodyConnected) {
+  helper->admitPeer(second, deviceKey(2));  // accepted, still connecting
+  admit(first, 1);
+  disconnect(first);
+  EXPECT_EQ(platform.peerLink.sessions.size(), 1U);
+}
+
+TEST_F(Session, IsKeptWhileAnyoneIsConnectedEvenWithoutKeys) {
+  connect(first);
+  connect(second);
+  disconnect(first);
+  EXPECT_EQ(platform.peerLink.sessions.size(), 1U);
+}
+
+TEST_F(Session, ReplacedSessionsEventsChangeNothing) {
+  admit(first, 1);
+  disconnect(first);
+  const auto icons = platform.statusBar.shown.icons.size();
+  platform.peerLink.sessions.front()->changeState(second, PeerState::connected);
+  platform.time.runDue();
+  EXPECT_TRUE(helper->connectedPeers.empty());
+  EXPECT_EQ(platform.statusBar.shown.icons.size(), icons);
+}
+
+TEST_F(Session, ReplacedSessionsDisconnectLeavesTheRegistryAlone) {
+  admit(first, 1);
+  disconnect(first);
+  admit(second, 2);
+  platform.peerLink.sessions.front()->changeState(second, PeerState::notConnected);
+  platform.time.runDue();
+  EXPECT_EQ(helper->peerKeys.count(second), 1U);
+}
+
+TEST_F(Session, AdvertisingErrorStaysThroughALaterConnection) {
+  platform.peerLink.failAdvertising("Bonjour is off");
+  platform.time.runDue();
+  connect(first);
+  EXPECT_EQ(helper->advertiseError, "Bonjour is off");
+}
+
+}  // namespace
+}  // namespace torvane
