@@ -44,7 +44,10 @@ std::string engineURL(std::string_view path) {
 }
 
 bool isValidURL(std::string_view text) {
-  return boost::urls::parse_uri({text.data(), text.size()}).has_value();
+  const auto url = boost::urls::parse_uri({text.data(), text.size()});
+  // The library lets a path follow an authority without a slash between them; RFC 3986,
+  // section 3.3, does not.
+  return url && (url->encoded_path().empty() || url->encoded_path().front() == '/');
 }
 
 std::optional<std::string> wireProblem(const PeerRequest& request) {

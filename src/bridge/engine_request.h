@@ -12,10 +12,10 @@ namespace torvane {
 // What a verified request of an iPad asks of the engine.
 struct PeerRequest {
   std::int64_t id = 0;
-  std::string path;  // as sent, with any query
-  std::string method;
-  std::optional<std::string> contentType;
-  Bytes body;
+  std::string path = {};  // as sent, with any query
+  std::string method = "GET";
+  std::optional<std::string> contentType = {};
+  Bytes body = {};
 };
 
 // None unless the header holds an integer "id" and a text "path".
@@ -24,7 +24,7 @@ struct PeerRequest {
 // The engine's base address with `path` put behind it verbatim.
 [[nodiscard]] std::string engineURL(std::string_view path);
 
-// Whether a text is a URI by the grammar of RFC 3986.
+// Whether a text is a URI with an authority by the grammar of RFC 3986.
 [[nodiscard]] bool isValidURL(std::string_view text);
 
 // Why a request must not be put on the wire, for the "error" of a reply: its method is not a token

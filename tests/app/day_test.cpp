@@ -1,0 +1,103 @@
+// A whole day of the helper's life, from launch to quitting.
+
+#include "fakes/bridge_test.h"
+
+namespace torvane {
+namespace {
+
+class Day : public HelperTest {
+ protected:
+  test::SigningDevice ann{1};
+  test::SigningDevice ben{2};
+
+  std::shared_ptr<std::vector<InvitationAnswer>> knock(const test::SigningDevice& device,
+                                                       const PeerID& peer) {
+    auto answers = platform.peerLink.invite(peer, device.rawKey());
+    platform.time.runDue();
+    return answers;
+  }
+  // What a device gets for one signed request over a fresh challenge.
+  std::optional<std::int64_t> statusOf(const test::SigningDevice& device, const PeerID& peer,
+                                       std::int64_t id) {
+    auto& session = platform.peerLink.current();
+    session.receive(peer, test::challengeRequest(id));
+    platform.time.runDue();
+    const auto challenged = P2PFrame::decode(session.sentTo(peer).back()).value();
+    const auto body = parseJsonObject(asText(challenged.body)).value();
+    session.receive(peer, device.envelope(stringMember(body, "challenge").value(),
+                                          {{"id", id}, {"path", "/api/next"}}));
+    platform.time.runDue();
+    return integerMember(P2PFrame::decode(session.sentTo(peer).back())->header, "status");
+  }
+};
+
+TEST_F(Day, PassesFromTheFirstLaunchToQuitting) {
+  // Morning: the first launch welcomes, then starts an engine that comes up.
+  platform.defaults.stored.clear();
+  launch();
+  EXPECT_EQ(platform.alerts.shown.size(), 1U);
+  platform.time.advance(1.6);
+  ASSERT_NE(helper->child, nullptr);
+  platform.runEngine();
+  platform.time.advance(3);
+  EXPECT_TRUE(helper->serverRunning);
+
+  // Two iPads invite; the second one while the first one's alert is up.
+  const auto annsPeer = platform.peerLink.newPeer("Ann");
+  const auto bensPeer = platform.peerLink.newPeer("Ben");
+  std::shared_ptr<std::vector<InvitationAnswer>> bens;
+  platform.alerts.whileUp = [&](const AlertContent& alert) {
+    if (alert.message != "Pair with “Ann”?") return;
+    bens = knock(ben, bensPeer);
+    platform.time.advance(60);  // the presenter is slow; the timers go on
+    EXPECT_TRUE(bens->empty());
+  };
+  const auto anns = knock(ann, annsPeer);
+  EXPECT_TRUE(anns->at(0).accept && bens->at(0).accept);
+  EXPECT_EQ(platform.alerts.mostUpAtOnce, 1);
+  platform.alerts.whileUp = nullptr;
+  connect(annsPeer);
+  connect(bensPeer);
+  EXPECT_EQ(platform.statusBar.shown.icons.back().toolTip,
+            "Torvane P2P Helper: iPad connected (Ann, Ben)");
+
+  // The talk: both are served, for hours.
+  for (int hour = 0; hour < 8; ++hour) {
+    EXPECT_EQ(statusOf(ann, annsPeer, hour), 200);
+    EXPECT_EQ(statusOf(ben, bensPeer, hour), 200);
+    platform.time.advance(3600);
+  }
+
+  // The engine dies; a tap is told so. The presenter starts it again.
+  platform.processes.launched.back().process->exit(1);
+  platform.http.server = nullptr;
+  platform.time.advance(10);
+  EXPECT_EQ(helper->child, nullptr);
+  EXPECT_FALSE(helper->serverRunning);
+  EXPECT_EQ(statusOf(ann, annsPeer, 100), 502);
+  helper->startServer();
+  platform.runEngine();
+  platform.time.advance(3);
+  EXPECT_EQ(statusOf(ann, annsPeer, 101), 200);
+
+  // Evening: forgotten devices stay until they drop, then have to ask again.
+  helper->forgetPairedDevices();
+  EXPECT_EQ(statusOf(ben, bensPeer, 100), 200);
+  disconnect(annsPeer);
+  disconnect(bensPeer);
+  EXPECT_EQ(platform.peerLink.sessions.size(), 2U);
+  platform.alerts.answers = {kAlertFirstButton + 1};
+  EXPECT_FALSE(knock(ann, platform.peerLink.newPeer("Ann"))->at(0).accept);
+
+  // Night, and the way out.
+  platform.time.advance(15 * 3600.0);
+  EXPECT_GE(platform.time.now(), 23 * 3600.0);
+  platform.application.onTerminate = [&] { helper->applicationWillTerminate(); };
+  platform.statusBar.shown.menu->menuNeedsUpdate().back().action();
+  EXPECT_EQ(platform.processes.launched.back().process->terminations, 1);
+  EXPECT_TRUE(helper->peerKeys.empty() && helper->challenges.empty());
+  EXPECT_TRUE(helper->receivedIDs.empty() && helper->failedVerifications.empty());
+}
+
+}  // namespace
+}  // namespace torvane

@@ -1,0 +1,228 @@
+#include "fakes/bridge_test.h"
+
+namespace torvane {
+namespace {
+
+class RequestDispatch : public BridgeTest {};
+
+TEST_F(RequestDispatch, PeerWithoutAKeyIsNeverServed) {
+  const auto stranger = platform.peerLink.newPeer("stranger");
+  connect(stranger);
+  receive(stranger, test::challengeRequest(1));
+  receive(stranger, device.envelope("", {{"id", 1}, {"path", "/"}}));
+  receive(stranger, toBytes("rubbish"));
+  EXPECT_EQ(replyCount(), 0U);
+}
+
+TEST_F(RequestDispatch, PeerWhoseKeyIsNotAKeyIsNotServed) {
+  helper->admitPeer(peer, "not base64");
+  receive(peer, test::challengeRequest(1));
+  helper->admitPeer(peer, base64Encode(Bytes(31, 1)));
+  receive(peer, test::challengeRequest(1));
+  EXPECT_EQ(replyCount(), 0U);
+}
+
+TEST_F(RequestDispatch, MessageThatIsNotAFrameIsDropped) {
+  receive(peer, toBytes("\xFF\xFF\xFF\xFF{}"));
+  receive(peer, {});
+  EXPECT_EQ(replyCount(), 0U);
+}
+
+TEST_F(RequestDispatch, SignedRequestBeforeAnyChallengeIsDropped) {
+  receive(peer, device.envelope("", {{"id", 1}, {"path", "/api/state"}}));
+  EXPECT_EQ(replyCount(), 0U);
+  EXPECT_TRUE(forwarded().empty());
+}
+
+TEST_F(RequestDispatch, VerifiedRequestIsForwardedAndAnsweredToItsPeerAlone) {
+  const test::SigningDevice other(2);
+  const auto otherPeer = admit(other, "Other");
+  platform.http.server = [](const HttpRequest&) {
+    return FakeAnswer{httpResult(201, "made", "text/plain")};
+  };
+  request({{"id", 5}, {"path", "/api/goto?slide=2"}});
+  ASSERT_EQ(forwarded().size(), 1U);
+  EXPECT_EQ(forwarded()[0].url, "http://127.0.0.1:8484/api/goto?slide=2");
+  const auto reply = repliesTo(peer).back();
+  const JsonObject expected = {{"id", 5}, {"status", 201}, {"contentType", "text/plain"}};
+  EXPECT_EQ(reply.header, expected);
+  EXPECT_EQ(asText(reply.body), "made");
+  EXPECT_TRUE(repliesTo(otherPeer).empty());
+}
+
+TEST_F(RequestDispatch, PostCarriesItsBodyAndContentType) {
+  request({{"id", 1}, {"path", "/x"}, {"method", "POST"}, {"contentType", "application/json"}},
+          "{}");
+  EXPECT_EQ(forwarded().at(0).method, "POST");
+  EXPECT_EQ(asText(forwarded().at(0).body), "{}");
+  EXPECT_EQ(forwarded().at(0).contentType, "application/json");
+}
+
+TEST_F(RequestDispatch, PostWithoutABodyCarriesNeither) {
+  request({{"id", 1}, {"path", "/x"}, {"method", "POST"}, {"contentType", "application/json"}});
+  EXPECT_EQ(forwarded().at(0).method, "POST");
+  EXPECT_TRUE(forwarded().at(0).body.empty());
+  EXPECT_EQ(forwarded().at(0).contentType, std::nullopt);
+}
+
+TEST_F(RequestDispatch, MethodThatIsANumberIsSentAsGet) {
+  request({{"id", 1}, {"path", "/x"}, {"method", 1}});
+  EXPECT_EQ(forwarded().at(0).method, "GET");
+}
+
+TEST_F(RequestDispatch, QueryReachesTheEngineIntact) {
+  request({{"id", 1}, {"path", "/api/ink/events?since=42"}});
+  EXPECT_EQ(forwarded().at(0).url, "http://127.0.0.1:8484/api/ink/events?since=42");
+}
+
+TEST_F(RequestDispatch, StoppedEngineGives502WithTheReason) {
+  platform.http.server = nullptr;
+  request({{"id", 8}, {"path", "/api/state"}});
+  const JsonObject expected = {{"id", 8},
+                               {"status", 502},
+                               {"contentType", "application/octet-stream"},
+                               {"error", "Could not connect to the server."}};
+  EXPECT_EQ(repliesTo(peer).back().header, expected);
+  EXPECT_TRUE(repliesTo(peer).back().body.empty());
+}
+
+TEST_F(RequestDispatch, PathThatMakesNoURLIsDroppedAndUsesUpItsId) {
+  const auto replies = [&] { return repliesTo(peer).size(); };
+  request({{"id", 1}, {"path", "/a b"}});
+  const auto before = replies();
+  request({{"id", 1}, {"path", "/ab"}});
+  EXPECT_EQ(replies(), before + 1);  // one more challenge, no answer
+  EXPECT_TRUE(forwarded().empty());
+}
+
+TEST_F(RequestDispatch, RequestWithoutAPathUsesUpItsId) {
+  request({{"id", 1}});
+  request({{"id", 1}, {"path", "/x"}});
+  EXPECT_TRUE(forwarded().empty());
+}
+
+TEST_F(RequestDispatch, RetargetingPathIsForwardedPinnedToTheEngine) {
+  for (const char* path : {"@evil/x", "1/x", "@[::1]:22/"}) {
+    request({{"id", static_cast<std::int64_t>(forwarded().size())}, {"path", path}});
+  }
+  ASSERT_EQ(forwarded().size(), 3U);
+  for (const auto& entry : forwarded()) {
+    EXPECT_EQ(entry.onlyEndpoint, (HttpEndpoint{"127.0.0.1", 8484}));
+  }
+}
+
+TEST_F(RequestDispatch, MethodThatWouldSmuggleGets502AndNeverLeaves) {
+  request({{"id", 4}, {"path", "/x"}, {"method", "GET /y HTTP/1.1\r\nX:"}});
+  EXPECT_TRUE(forwarded().empty());
+  const auto reply = repliesTo(peer).back();
+  EXPECT_EQ(integerMember(reply.header, "status"), 502);
+  EXPECT_TRUE(stringMember(reply.header, "error").has_value());
+}
+
+TEST_F(RequestDispatch, ReplayOnOneConnectionIsAnsweredOnce) {
+  const auto envelope = device.envelope(challengeOf(peer), {{"id", 1}, {"path", "/x"}});
+  receive(peer, envelope);
+  receive(peer, envelope);
+  EXPECT_EQ(forwarded().size(), 1U);
+}
+
+TEST_F(RequestDispatch, EnvelopeOfAnEarlierConnectionIsRefused) {
+  const auto envelope = device.envelope(challengeOf(peer), {{"id", 1}, {"path", "/x"}});
+  disconnect(peer);
+  const auto again = admit(device, "iPad");
+  challengeOf(again);
+  receive(again, envelope);
+  EXPECT_TRUE(forwarded().empty());
+}
+
+TEST_F(RequestDispatch, IdsCountAgainOnANewConnection) {
+  request({{"id", 1}, {"path", "/x"}});
+  disconnect(peer);
+  peer = admit(device, "iPad");
+  request({{"id", 1}, {"path", "/x"}});
+  EXPECT_EQ(forwarded().size(), 2U);
+}
+
+TEST_F(RequestDispatch, OneDevicesSignatureIsWorthlessOnAnothersConnection) {
+  const test::SigningDevice other(2);
+  const auto otherPeer = admit(other, "Other");
+  receive(otherPeer, device.envelope(challengeOf(otherPeer), {{"id", 1}, {"path", "/x"}}));
+  EXPECT_TRUE(forwarded().empty());
+}
+
+TEST_F(RequestDispatch, DataOfAReplacedSessionIsIgnored) {
+  const auto challenge = challengeOf(peer);
+  const auto old = platform.peerLink.sessions.back();
+  helper->openSession();
+  old->receive(peer, device.envelope(challenge, {{"id", 1}, {"path", "/x"}}));
+  platform.time.runDue();
+  EXPECT_TRUE(forwarded().empty());
+}
+
+TEST_F(RequestDispatch, ForgettingAllDevicesServesTheConnectedUntilTheyDrop) {
+  helper->forgetAllPairings();
+  request({{"id", 1}, {"path", "/x"}});
+  EXPECT_EQ(forwarded().size(), 1U);
+}
+
+TEST_F(RequestDispatch, AnswersMayOvertakeEachOther) {
+  platform.http.server = [](const HttpRequest& asked) {
+    return FakeAnswer{httpResult(200), asked.url.back() == '1' ? 2.0 : 1.0};
+  };
+  request({{"id", 1}, {"path", "/1"}});
+  request({{"id", 2}, {"path", "/2"}});
+  platform.time.advance(2.0);
+  const auto replies = repliesTo(peer);
+  EXPECT_EQ(integerMember(replies.end()[-2].header, "id"), 2);
+  EXPECT_EQ(integerMember(replies.end()[-1].header, "id"), 1);
+}
+
+TEST_F(RequestDispatch, AnswerGoesToTheSessionThatAsked) {
+  platform.http.server = [](const HttpRequest&) { return FakeAnswer{httpResult(200), 1.0}; };
+  request({{"id", 1}, {"path", "/x"}});
+  const auto asked = platform.peerLink.sessions.back();
+  disconnect(peer);
+  platform.time.advance(2.0);
+  EXPECT_EQ(platform.peerLink.sessions.size(), 2U);
+  EXPECT_EQ(asked->sent.size(), 2U);  // the challenge, then the late answer
+  EXPECT_TRUE(platform.peerLink.current().sent.empty());
+}
+
+TEST_F(RequestDispatch, HttpSessionIsMadeOnceAtTheFirstForwardedRequest) {
+  EXPECT_TRUE(platform.http.ephemeralTimeouts.empty());
+  request({{"id", 1}, {"path", "/x"}});
+  request({{"id", 2}, {"path", "/x"}});
+  EXPECT_EQ(platform.http.ephemeralTimeouts, std::vector<double>{120});
+}
+
+TEST_F(RequestDispatch, FloodOfBadSignaturesIsHeldBackAndTheRealDeviceGoesOn) {
+  const auto challenge = challengeOf(peer);
+  const test::SigningDevice impostor(9);
+  const auto forged = impostor.envelope(challenge, {{"id", 1}, {"path", "/x"}});
+  for (int i = 0; i < 1000; ++i) receive(peer, forged);
+  receive(peer, device.envelope(challenge, {{"id", 1}, {"path", "/x"}}));
+  EXPECT_TRUE(forwarded().empty());
+  platform.time.advance(0.1);
+  receive(peer, device.envelope(challenge, {{"id", 1}, {"path", "/x"}}));
+  EXPECT_EQ(forwarded().size(), 1U);
+}
+
+TEST_F(RequestDispatch, OneConnectionsBadSignaturesDoNotSlowAnother) {
+  const test::SigningDevice other(2);
+  const auto otherPeer = admit(other, "Other");
+  challengeOf(otherPeer);
+  for (int i = 0; i < 1000; ++i) receive(otherPeer, test::frameOf({{"signature", "AAAA"}}));
+  request({{"id", 1}, {"path", "/x"}});
+  EXPECT_EQ(forwarded().size(), 1U);
+}
+
+TEST_F(RequestDispatch, ValidRequestsAreNeverHeldBack) {
+  const auto challenge = challengeOf(peer);
+  for (int i = 0; i < 1000; ++i) {
+    receive(peer, device.envelope(challenge, {{"id", i}, {"path", "/x"}}));
+  }
+  EXPECT_EQ(forwarded().size(), 1000U);
+}
+
+}  // namespace
+}  // namespace torvane
