@@ -183,8 +183,8 @@ TEST_F(PosixChildProcessTest, TerminatesPolitely) {
   TemporaryFolder folder;
   const std::string fifo = folder / "fifo";
   ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
-  const auto process =
-      start(shell("trap 'kill -9 $!; echo bye; exit 5' TERM; sleep 600 & echo >" + fifo + "; wait"));
+  const auto process = start(
+      shell("trap 'kill -9 $!; echo bye; exit 5' TERM; sleep 600 & echo >" + fifo + "; wait"));
   const UniqueFd ready(::open(fifo.c_str(), O_RDONLY));  // waits until the child opens it
   EXPECT_TRUE(process->isRunning());
   process->terminate();
