@@ -1,0 +1,127 @@
+#include "platform/linux/peer_link_invitation.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "protocol/base64.h"
+#include "protocol/device_key.h"
+#include "protocol/json.h"
+#include "protocol/utf8.h"
+
+namespace torvane {
+namespace {
+
+constexpr std::string_view kProofPrefix = "torvane-peer-link-1";
+constexpr std::int64_t kLinkVersion = 1;
+
+// What no name may have: controls, and what breaks lines or changes the direction of writing.
+constexpr std::array<std::pair<char32_t, char32_t>, 7> kForbidden{{{0x00, 0x1F},
+                                                                   {0x7F, 0x9F},
+                                                                   {0x061C, 0x061C},
+                                                                   {0x200E, 0x200F},
+                                                                   {0x2028, 0x2029},
+                                                                   {0x202A, 0x202E},
+                                                                   {0x2066, 0x2069}}};
+
+// Takes the first character off a well-formed text that is not empty.
+char32_t takeCharacter(std::string_view& text) {
+  const auto byte = [&text](std::size_t i) { return static_cast<std::uint8_t>(text[i]); };
+  const std::size_t length = byte(0) < 0x80 ? 1 : byte(0) < 0xE0 ? 2 : byte(0) < 0xF0 ? 3 : 4;
+  char32_t character = length == 1 ? byte(0) : byte(0) & (0x7FU >> length);
+  for (std::size_t i = 1; i < length; ++i) character = (character << 6U) | (byte(i) & 0x3FU);
+  text.remove_prefix(length);
+  return character;
+}
+
+bool isForbidden(char32_t character) {
+  return std::any_of(kForbidden.begin(), kForbidden.end(), [character](const auto& range) {
+    return character >= range.first && character <= range.second;
+  });
+}
+
+// A base64 member: false when it is there but is not base64 text.
+bool readBase64(const JsonObject& object, std::string_view key, std::optional<Bytes>& into) {
+  if (!object.contains({key.data(), key.size()})) return true;
+  const auto text = stringMember(object, key);
+  if (text) into = base64Decode(*text);
+  return into.has_value();
+}
+
+std::string written(const JsonObject& message) {
+  return serializeJson(message).value_or("{}");
+}
+
+std::string_view refusalText(LinkRefusal reason) {
+  switch (reason) {
+    case LinkRefusal::declined:
+      return "declined";
+    case LinkRefusal::proof:
+      return "proof";
+    case LinkRefusal::name:
+      return "name";
+    case LinkRefusal::busy:
+      return "busy";
+    case LinkRefusal::protocol:
+      break;
+  }
+  return "protocol";
+}
+
+}  // namespace
+
+std::variant<PeerInvitation, LinkRefusal> readInvitation(std::string_view message) {
+  const auto object = parseJsonObject(message);
+  if (!object || stringMember(*object, "type") != "invite") return LinkRefusal::protocol;
+  const auto name = stringMember(*object, "name");
+  if (!name) return LinkRefusal::protocol;
+  if (!isAcceptablePeerName(*name)) return LinkRefusal::name;
+  PeerInvitation invitation{*name, {}, {}};
+  if (!readBase64(*object, "context", invitation.context)) return LinkRefusal::protocol;
+  if (!readBase64(*object, "signature", invitation.signature)) return LinkRefusal::protocol;
+  if (invitation.signature && !invitation.context) return LinkRefusal::protocol;
+  return invitation;
+}
+
+bool isAcceptablePeerName(std::string_view name) {
+  if (name.empty() || name.size() > kMaxPeerName || !isValidUtf8(name)) return false;
+  while (!name.empty()) {
+    if (isForbidden(takeCharacter(name))) return false;
+  }
+  return true;
+}
+
+Bytes proofMessage(const LinkNonce& nonce, const CertificateHash& certificate) {
+  Bytes message = toBytes(kProofPrefix);
+  message.insert(message.end(), nonce.begin(), nonce.end());
+  message.insert(message.end(), certificate.begin(), certificate.end());
+  return message;
+}
+
+bool isProven(const PeerInvitation& invitation, const LinkNonce& nonce,
+              const CertificateHash& certificate) {
+  if (!invitation.context) return true;
+  const auto key = SigningPublicKey::fromRaw(*invitation.context);
+  return key && invitation.signature &&
+         key->isValidSignature(*invitation.signature, proofMessage(nonce, certificate));
+}
+
+std::string helloMessage(const std::string& name, const LinkNonce& nonce) {
+  return written({{"type", "hello"},
+                  {"version", kLinkVersion},
+                  {"name", isValidUtf8(name) ? name : std::string("Computer")},
+                  {"nonce", base64Encode(nonce)}});
+}
+
+std::string waitingMessage() {
+  return written({{"type", "waiting"}});
+}
+
+std::string acceptedMessage() {
+  return written({{"type", "accepted"}});
+}
+
+std::string refusedMessage(LinkRefusal reason) {
+  return written({{"type", "refused"}, {"reason", std::string(refusalText(reason))}});
+}
+
+}  // namespace torvane

@@ -1,0 +1,139 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <deque>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+
+#include "protocol/bytes.h"
+
+namespace torvane {
+
+using LinkClock = std::chrono::steady_clock;
+using LinkTime = LinkClock::time_point;
+
+struct PeerLinkTimes {
+  std::chrono::milliseconds handshake{10'000};  // from the TCP connection to the invitation
+  std::chrono::milliseconds ping{3'000};        // of silence before a ping
+  std::chrono::milliseconds dead{9'000};        // of silence before the connection is dropped
+  std::chrono::milliseconds close{3'000};       // for the closing handshake
+};
+
+struct PeerLinkCaps {
+  std::size_t strangers = 16;  // connections that have not sent their invitation
+  std::size_t strangersPerAddress = 4;
+  std::size_t waiting = 64;  // invitations waiting for an answer
+  std::size_t connected = 256;
+  std::size_t invitationsPerMinute = 30;   // of devices not accepted before in this run
+  std::size_t failedProofsPerMinute = 30;  // of one address
+  std::size_t messageBytes = std::size_t{16} << 20;
+  std::size_t receivedBytes = std::size_t{64} << 20;  // over all peers, not handled yet
+  std::size_t unsentBytes = std::size_t{64} << 20;    // for one peer
+};
+
+// Lets `most` events through in any span of one minute. Time is passed in.
+class MinuteValve {
+ public:
+  explicit MinuteValve(std::size_t most) : most_(most) {}
+
+  [[nodiscard]] bool isOpen(LinkTime now);
+  [[nodiscard]] bool isUnused(LinkTime now);
+  void spend(LinkTime now);
+
+ private:
+  void forget(LinkTime now);
+
+  std::size_t most_;
+  std::deque<LinkTime> spent_;
+};
+
+// Who may come in, counted by what they have shown of themselves so far.
+class PeerLinkLimits {
+ public:
+  explicit PeerLinkLimits(const PeerLinkCaps& caps);
+
+  // A connection from its TCP accept until its invitation has come or it has gone.
+  [[nodiscard]] bool admitStranger(const std::string& address);
+  void strangerLeft(const std::string& address);
+
+  // An invitation from its arrival until its answer or the end of its connection.
+  [[nodiscard]] bool beginWaiting();
+  void endWaiting() { --waiting_; }
+  void beginConnected() { ++connected_; }
+  void endConnected() { --connected_; }
+
+  // Whether signatures from this address are looked at still.
+  [[nodiscard]] bool mayProve(const std::string& address, LinkTime now);
+  void proofFailed(const std::string& address, LinkTime now);
+
+  // Spends one of the minute's invitations, unless the key was accepted before in this run.
+  [[nodiscard]] bool letInvitationThrough(const std::optional<Bytes>& key, LinkTime now);
+  void wasAccepted(const Bytes& key);
+
+ private:
+  void makeRoomForAddress(LinkTime now);
+
+  PeerLinkCaps caps_;
+  std::map<std::string, std::size_t> strangers_;  // by address
+  std::size_t strangerCount_ = 0;
+  std::size_t waiting_ = 0;
+  std::size_t connected_ = 0;
+  MinuteValve invitations_;
+  std::map<std::string, MinuteValve> failedProofs_;  // by address
+  std::set<Bytes> acceptedKeys_;
+};
+
+// The memory that received messages take until the program has handled them, over all peers.
+// Complete messages are handled by and by, so reading waits for them; messages still coming in
+// would never be, so too much of those costs a connection.
+class ReceiveBudget {
+ public:
+  explicit ReceiveBudget(std::size_t limit) : limit_(limit) {}
+
+  void partialChanged(std::size_t before, std::size_t after) { partial_ += after - before; }
+  void delivered(std::size_t bytes) { delivered_ += bytes, unmarked_ += bytes; }
+  void handled(std::size_t bytes) { delivered_ -= bytes; }
+
+  [[nodiscard]] bool isFull() const { return delivered_ > 0 && partial_ + delivered_ > limit_; }
+  [[nodiscard]] bool isExceededByPartials() const { return partial_ > limit_; }
+
+  // Bytes delivered since the last mark; worth a mark when they are a fair part of the limit, or
+  // when somebody waits.
+  [[nodiscard]] bool isMarkDue() const {
+    return unmarked_ > limit_ / 16 || (isFull() && unmarked_ > 0);
+  }
+  [[nodiscard]] std::size_t takeUnmarked();
+
+ private:
+  std::size_t limit_;
+  std::size_t partial_ = 0;
+  std::size_t delivered_ = 0;
+  std::size_t unmarked_ = 0;
+};
+
+// When to ping a silent peer and when to give it up.
+class PeerLiveness {
+ public:
+  enum class Action { none, ping, drop };
+
+  PeerLiveness(const PeerLinkTimes& times, LinkTime now)
+      : times_(times), heard_(now), pinged_(now), deadline_(now + times.handshake) {}
+
+  void heard(LinkTime now) { heard_ = now; }
+  void invited(LinkTime now) { deadline_.reset(), heard_ = now; }
+  void closing(LinkTime now) { deadline_ = now + times_.close; }
+
+  // While nothing is read from the peer on purpose, its silence means nothing.
+  [[nodiscard]] Action tick(LinkTime now, bool isReading);
+
+ private:
+  PeerLinkTimes times_;
+  LinkTime heard_;
+  LinkTime pinged_;
+  std::optional<LinkTime> deadline_;  // for the handshake, later for closing
+};
+
+}  // namespace torvane

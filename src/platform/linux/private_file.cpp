@@ -1,0 +1,77 @@
+#include "platform/linux/private_file.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+
+namespace torvane {
+namespace {
+
+constexpr mode_t kPrivateFolder = 0700;
+constexpr mode_t kPrivateFile = 0600;
+
+bool writeAll(int descriptor, std::string_view content) {
+  while (!content.empty()) {
+    const ssize_t written = ::write(descriptor, content.data(), content.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written <= 0) return false;
+    content.remove_prefix(static_cast<std::size_t>(written));
+  }
+  return true;
+}
+
+}  // namespace
+
+bool makePrivateFolder(const std::string& path) {
+  std::error_code error;
+  if (std::filesystem::is_directory(path, error)) return true;
+  const std::string parent = std::filesystem::path(path).parent_path();
+  if (!parent.empty() && parent != path && !makePrivateFolder(parent)) return false;
+  return ::mkdir(path.c_str(), kPrivateFolder) == 0 || errno == EEXIST;
+}
+
+bool writePrivateFile(const std::string& path, std::string_view content) {
+  std::string aside = path + ".XXXXXX";
+  const int descriptor = ::mkostemp(aside.data(), O_CLOEXEC);  // makes it with mode 0600
+  if (descriptor < 0) return false;
+  const bool isWritten = writeAll(descriptor, content) && ::fsync(descriptor) == 0;
+  ::close(descriptor);
+  if (isWritten && std::rename(aside.c_str(), path.c_str()) == 0) return true;
+  ::unlink(aside.c_str());
+  return false;
+}
+
+std::optional<std::string> readSmallFile(const std::string& path, std::size_t most) {
+  const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (descriptor < 0) return std::nullopt;
+  std::string content(most + 1, '\0');
+  std::size_t size = 0;
+  ssize_t got = 0;
+  struct stat status {};
+  const bool isFile = ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+  do {
+    got = isFile ? ::read(descriptor, content.data() + size, content.size() - size) : -1;
+    if (got > 0) size += static_cast<std::size_t>(got);
+  } while (got > 0 || (got < 0 && isFile && errno == EINTR));
+  ::close(descriptor);
+  if (got < 0 || size > most) return std::nullopt;
+  content.resize(size);
+  return content;
+}
+
+FileLock::FileLock(const std::string& path)
+    : descriptor_(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kPrivateFile)) {
+  while (descriptor_ >= 0 && ::flock(descriptor_, LOCK_EX) != 0 && errno == EINTR) {
+  }
+}
+
+FileLock::~FileLock() {
+  if (descriptor_ >= 0) ::close(descriptor_);
+}
+
+}  // namespace torvane
