@@ -1,0 +1,301 @@
+#include "platform/linux/peer_link_connection.h"
+
+#include <unistd.h>
+
+#include <boost/asio/buffer.hpp>
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/ssl/context.hpp>
+#include <boost/beast/core.hpp>
+#include <boost/beast/http.hpp>
+#include <boost/beast/ssl.hpp>
+#include <boost/beast/websocket.hpp>
+#include <boost/beast/websocket/ssl.hpp>
+
+#include "platform/linux/peer_link_http.h"
+#include "platform/linux/peer_link_invitation.h"
+
+namespace torvane {
+
+namespace net = boost::asio;
+namespace beast = boost::beast;
+namespace http = beast::http;
+namespace websocket = beast::websocket;
+
+struct LinkTls {
+  net::ssl::context context{net::ssl::context::tls_server};
+};
+
+std::shared_ptr<LinkTls> makeLinkTls(const std::string& pem) {
+  auto tls = std::make_shared<LinkTls>();
+  SSL_CTX* native = tls->context.native_handle();
+  SSL_CTX_set_min_proto_version(native, TLS1_3_VERSION);
+  SSL_CTX_set_session_cache_mode(native, SSL_SESS_CACHE_OFF);
+  SSL_CTX_set_num_tickets(native, 0);
+  beast::error_code keyError;
+  beast::error_code chainError;
+  tls->context.use_private_key(net::buffer(pem), net::ssl::context::pem, keyError);
+  tls->context.use_certificate_chain(net::buffer(pem), chainError);
+  return keyError || chainError ? nullptr : tls;
+}
+
+namespace {
+
+using Error = beast::error_code;
+using Socket = net::basic_stream_socket<net::ip::tcp, net::io_context::executor_type>;
+using TlsStream = beast::ssl_stream<Socket>;
+using Stream = websocket::stream<TlsStream, false>;  // no compression
+using Incoming = net::dynamic_vector_buffer<std::uint8_t, std::allocator<std::uint8_t>>;
+using RequestParser = http::request_parser<http::empty_body>;
+using Request = http::request<http::empty_body>;
+using Response = http::response<http::span_body<const char>>;
+
+constexpr std::uint32_t kMaxRequestHeader = 8192;
+constexpr std::size_t kReadStep = 65536;
+// What a message takes beside its bytes until it is handled.
+constexpr std::size_t kMessageOverhead = 256;
+
+std::string_view viewOf(beast::string_view text) {
+  return {text.data(), text.size()};
+}
+
+LinkRequest read(const Request& request) {
+  LinkRequest result;
+  result.method = viewOf(request.method_string());
+  result.target = viewOf(request.target());
+  result.host = viewOf(request[http::field::host]);
+  result.origin = viewOf(request[http::field::origin]);
+  result.originCount = request.count(http::field::origin);
+  result.isUpgrade = websocket::is_upgrade(request);
+  const auto offered = request.equal_range(http::field::sec_websocket_protocol);
+  for (auto field = offered.first; field != offered.second; ++field) {
+    http::token_list tokens(field->value());
+    if (tokens.exists({kLinkSubprotocol.data(), kLinkSubprotocol.size()})) {
+      result.offersSubprotocol = true;
+    }
+  }
+  return result;
+}
+
+class BeastConnection final : public PeerConnection,
+                              public std::enable_shared_from_this<BeastConnection> {
+ public:
+  BeastConnection(const PeerConnectionSetup& setup, std::uint64_t token, Socket&& socket)
+      : token_(token),
+        tls_(setup.tls),
+        owner_(setup.owner),
+        budget_(setup.budget),
+        messageBytes_(setup.caps.messageBytes),
+        stream_(std::move(socket), setup.tls->context),
+        liveness_(setup.times, LinkClock::now()),
+        outbox_(std::make_shared<PeerOutbox>(setup.caps.unsentBytes)) {}
+
+  // A completion that keeps the connection alive.
+  template <typename... Arguments>
+  auto on(void (BeastConnection::*method)(Arguments...)) {
+    return beast::bind_front_handler(method, shared_from_this());
+  }
+
+  void start() override {
+    stream_.next_layer().async_handshake(net::ssl::stream_base::server,
+                                         on(&BeastConnection::didShakeHands));
+  }
+
+  void setPhase(LinkPhase phase) override {
+    phase_ = phase;
+    liveness_.invited(LinkClock::now());
+    if (phase == LinkPhase::frames) stream_.read_message_max(messageBytes_);
+  }
+
+  const std::shared_ptr<PeerOutbox>& outbox() const override { return outbox_; }
+
+  void flush() override {
+    if (!isOpen_ || isWriting_) return;
+    if (sending_.empty()) sending_ = outbox_->takeAll();
+    if (sending_.empty()) return closeWhenAsked();
+    isWriting_ = true;
+    stream_.text(sending_.front().isText);
+    stream_.async_write(net::buffer(sending_.front().data), on(&BeastConnection::didWrite));
+  }
+
+  void resume() override {
+    if (isOpen_ && !isReading_ && !closeCode_) readOn();
+  }
+
+  void tick(LinkTime now) override {
+    const auto action = liveness_.tick(now, isReading_);
+    if (action == PeerLiveness::Action::drop) end();
+    if (action != PeerLiveness::Action::ping || isPinging_) return;
+    isPinging_ = true;
+    stream_.async_ping({}, [self = shared_from_this()](Error) { self->isPinging_ = false; });
+  }
+
+  void close(LinkCloseCode code) override {
+    if (!isOpen_) return end();
+    if (closeCode_) return;
+    closeCode_ = code;
+    liveness_.closing(LinkClock::now());
+    flush();
+  }
+
+  void drop() override { end(); }
+
+ private:
+  void didShakeHands(Error error) {
+    if (error) return end();
+    parser_.emplace().header_limit(kMaxRequestHeader);
+    http::async_read_header(stream_.next_layer(), requestBuffer_, *parser_,
+                            on(&BeastConnection::didReadRequest));
+  }
+
+  void didReadRequest(Error error, std::size_t) {
+    if (error) return end();
+    const LinkAnswer answer = answerTo(read(parser_->get()));
+    if (answer.status != 101) return respond(answer);
+    if (requestBuffer_.size() != 0) return end();  // nobody may speak before the answer
+    stream_.set_option(websocket::stream_base::timeout{websocket::stream_base::none(),
+                                                       websocket::stream_base::none(), false});
+    stream_.set_option(websocket::stream_base::decorator([](websocket::response_type& response) {
+      response.set(http::field::sec_websocket_protocol,
+                   beast::string_view(kLinkSubprotocol.data(), kLinkSubprotocol.size()));
+    }));
+    stream_.async_accept(parser_->get(), on(&BeastConnection::didAccept));
+  }
+
+  void respond(const LinkAnswer& answer) {
+    response_.emplace(http::status(answer.status), 11);
+    response_->set(http::field::content_type,
+                   answer.status == 200 ? "text/html; charset=utf-8" : "text/plain; charset=utf-8");
+    response_->set("X-Content-Type-Options", "nosniff");
+    if (answer.status == 405) response_->set(http::field::allow, "GET");
+    response_->keep_alive(false);
+    response_->body() = {answer.body.data(), answer.body.size()};
+    response_->prepare_payload();
+    http::async_write(stream_.next_layer(), *response_, on(&BeastConnection::didRespond));
+  }
+
+  void didRespond(Error error, std::size_t) {
+    if (error) return end();
+    stream_.next_layer().async_shutdown([self = shared_from_this()](Error) { self->end(); });
+  }
+
+  void didAccept(Error error) {
+    if (error || isEnded_) return end();
+    parser_.reset();
+    requestBuffer_ = {};
+    isOpen_ = true;
+    stream_.read_message_max(kMaxControlMessage);
+    stream_.control_callback(
+        [this](websocket::frame_type, beast::string_view) { liveness_.heard(LinkClock::now()); });
+    owner_.connectionDidOpen(token_);
+    readOn();
+  }
+
+  void readOn() {
+    if (isEnded_) return;
+    isReading_ = !budget_.isFull();
+    if (!isReading_) return owner_.connectionWaitsForBudget();
+    if (!incoming_) incoming_.emplace(message_);
+    stream_.async_read_some(*incoming_, kReadStep, on(&BeastConnection::didRead));
+  }
+
+  void didRead(Error error, std::size_t) {
+    isReading_ = false;
+    // After close() the closing handshake reads what is still to come.
+    if (isEnded_ || (closeCode_ && !error)) return;
+    if (error) return closeCode_ ? void() : end();
+    liveness_.heard(LinkClock::now());
+    if (stream_.got_text() != (phase_ == LinkPhase::invitation) || phase_ == LinkPhase::nothing) {
+      return owner_.connectionDidBreakRules(token_);
+    }
+    if (!stream_.is_message_done()) return keepPart();
+    deliver();
+    if (!closeCode_) readOn();
+  }
+
+  void keepPart() {
+    budget_.partialChanged(std::exchange(partial_, message_.capacity()), message_.capacity());
+    if (budget_.isExceededByPartials()) return end();
+    readOn();
+  }
+
+  void deliver() {
+    budget_.partialChanged(std::exchange(partial_, 0), 0);
+    incoming_.reset();
+    Bytes message = std::exchange(message_, {});
+    if (phase_ == LinkPhase::invitation) {
+      return owner_.connectionDidSendText(token_, asText(message));
+    }
+    budget_.delivered(message.capacity() + kMessageOverhead);
+    owner_.connectionDidSendFrame(token_, std::move(message));
+  }
+
+  void didWrite(Error error, std::size_t) {
+    isWriting_ = false;
+    outbox_->wasSent(sending_.front());
+    sending_.pop_front();
+    if (error) return end();
+    flush();
+  }
+
+  void closeWhenAsked() {
+    if (!closeCode_ || isClosing_) return;
+    isClosing_ = true;
+    stream_.async_close(websocket::close_code(static_cast<std::uint16_t>(*closeCode_)),
+                        [self = shared_from_this()](Error) { self->end(); });
+  }
+
+  void end() {
+    if (std::exchange(isEnded_, true)) return;
+    isOpen_ = false;
+    budget_.partialChanged(std::exchange(partial_, 0), 0);
+    outbox_->close();
+    Error ignored;
+    beast::get_lowest_layer(stream_).close(ignored);
+    owner_.connectionDidEnd(token_);
+  }
+
+  const std::uint64_t token_;
+  const std::shared_ptr<LinkTls> tls_;
+  PeerConnectionOwner& owner_;
+  ReceiveBudget& budget_;
+  const std::size_t messageBytes_;
+
+  Stream stream_;
+  beast::flat_buffer requestBuffer_;
+  std::optional<RequestParser> parser_;
+  std::optional<Response> response_;
+
+  LinkPhase phase_ = LinkPhase::invitation;
+  PeerLiveness liveness_;
+  bool isOpen_ = false;  // as a WebSocket
+  bool isReading_ = false;
+  bool isWriting_ = false;
+  bool isPinging_ = false;
+  bool isClosing_ = false;
+  bool isEnded_ = false;
+  std::optional<LinkCloseCode> closeCode_;
+
+  Bytes message_;  // as far as it has come
+  std::optional<Incoming> incoming_;
+  std::size_t partial_ = 0;  // what the budget was told of it
+  std::deque<OutgoingMessage> sending_;
+  const std::shared_ptr<PeerOutbox> outbox_;
+};
+
+}  // namespace
+
+std::shared_ptr<PeerConnection> makePeerConnection(const PeerConnectionSetup& setup,
+                                                   std::uint64_t token, int socket, bool isIpv6) {
+  Socket taken(setup.loop);
+  Error error;
+  taken.assign(isIpv6 ? net::ip::tcp::v6() : net::ip::tcp::v4(), socket, error);
+  if (error) {
+    ::close(socket);
+    return nullptr;
+  }
+  taken.set_option(net::ip::tcp::no_delay(true), error);
+  return std::make_shared<BeastConnection>(setup, token, std::move(taken));
+}
+
+}  // namespace torvane

@@ -1,0 +1,104 @@
+#pragma once
+
+#include <atomic>
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <map>
+#include <memory>
+#include <optional>
+
+#include "platform/linux/avahi_publisher.h"
+#include "platform/linux/peer_link.h"
+#include "platform/linux/peer_link_certificate.h"
+#include "platform/linux/peer_link_connection.h"
+#include "platform/linux/peer_link_listener.h"
+#include "platform/linux/peer_link_runtime_file.h"
+#include "platform/linux/peer_link_session.h"
+
+namespace torvane {
+
+struct PeerAdvertisement {
+  std::uint64_t token;  // of the peer identifier that is advertised
+  std::string name;
+  std::string serviceType;
+  AdvertiserDelegate* delegate;
+};
+
+// Who is connected, and what becomes of each connection. Lives on the link's thread; only
+// nextToken() may be called from elsewhere.
+class PeerLinkServer final : public PeerConnectionOwner {
+ public:
+  PeerLinkServer(boost::asio::io_context& loop, std::shared_ptr<LinkMailbox> mailbox,
+                 PeerLinkOptions options);
+
+  [[nodiscard]] std::uint64_t nextToken() { return nextToken_++; }
+
+  void startAdvertising(const PeerAdvertisement& advertisement);
+  void stopAdvertising(const PeerAdvertisement& advertisement);
+  void answer(std::uint64_t token, bool accept, const std::shared_ptr<LinkSession>& session);
+  void flush(std::uint64_t token);
+  void drop(std::uint64_t token);
+  void disconnect(const LinkSession& session);
+  void messagesWereHandled(std::size_t bytes);
+
+  // Ends all there is, without a word to any delegate; the loop runs out of work.
+  void shutDown();
+
+  void connectionDidOpen(std::uint64_t token) override;
+  void connectionDidSendText(std::uint64_t token, std::string_view text) override;
+  void connectionDidSendFrame(std::uint64_t token, Bytes frame) override;
+  void connectionWaitsForBudget() override { markDelivery(); }
+  void connectionDidBreakRules(std::uint64_t token) override;
+  void connectionDidEnd(std::uint64_t token) override;
+
+ private:
+  enum class Stage { stranger, waiting, connected, closing };
+
+  struct Guest {
+    std::uint64_t token;
+    std::shared_ptr<PeerConnection> connection;
+    std::string address;
+    Stage stage = Stage::stranger;
+    LinkNonce nonce{};
+    PeerID peer{};
+    std::optional<Bytes> key{};
+    std::shared_ptr<LinkSession> session{};
+  };
+
+  bool listen(std::string& error);
+  void didAccept(const PeerLinkListener::Accepted& accepted);
+  std::optional<LinkRefusal> admit(const Guest& guest, const PeerInvitation& invitation);
+  void wait(Guest& guest, const PeerInvitation& invitation);
+  [[nodiscard]] InvitationHandler handlerFor(std::uint64_t token) const;
+  void refuse(Guest& guest, LinkRefusal reason);
+  void close(Guest& guest, LinkCloseCode code);
+  void leaveStage(Guest& guest);
+  void send(Guest& guest, const std::string& text);
+  void markDelivery();
+  void scheduleTick();
+  void tick();
+  [[nodiscard]] Guest* find(std::uint64_t token);
+  [[nodiscard]] std::vector<std::shared_ptr<PeerConnection>> connections(
+      std::optional<Stage> stage) const;
+
+  boost::asio::io_context& loop_;
+  const std::shared_ptr<LinkMailbox> mailbox_;
+  const PeerLinkOptions options_;
+  std::atomic<std::uint64_t> nextToken_{1};
+  PeerLinkLimits limits_;
+  ReceiveBudget budget_;
+  bool isMarkOnItsWay_ = false;
+  bool isShutDown_ = false;
+
+  std::optional<LinkCertificate> certificate_;
+  std::shared_ptr<LinkTls> tls_;
+  std::optional<PeerAdvertisement> advertisement_;
+  std::unique_ptr<PeerLinkListener> listener_;
+  std::unique_ptr<PeerLinkRuntimeFile> runtimeFile_;
+  std::unique_ptr<AvahiPublisher> publisher_;
+  boost::asio::steady_timer ticker_;
+  bool isTicking_ = false;
+  std::map<std::uint64_t, Guest> guests_;
+};
+
+}  // namespace torvane
