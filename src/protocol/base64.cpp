@@ -3,6 +3,7 @@
 #include <sodium.h>
 
 #include <array>
+#include <utility>
 
 namespace torvane {
 namespace {
@@ -50,7 +51,8 @@ std::optional<Bytes> base64Decode(std::string_view text) {
       bytes.push_back(static_cast<std::uint8_t>(bits >> waiting));
     }
   }
-  return bytes;
+  const std::uint32_t unused = bits & ((1U << waiting) - 1);
+  return unused == 0 ? std::optional(std::move(bytes)) : std::nullopt;
 }
 
 }  // namespace torvane
