@@ -27,6 +27,17 @@ struct ExactDecimalHandler {
 
   json::value_stack stack;
   std::string number;
+  std::size_t valuesLeft = 0;
+
+  // Ends the parsing when there are too many values.
+  bool count(Error& error) {
+    if (valuesLeft == 0) {
+      error = json::error::array_too_large;
+      return false;
+    }
+    --valuesLeft;
+    return true;
+  }
 
   bool on_document_begin(Error&) {
     stack.reset();
@@ -34,14 +45,14 @@ struct ExactDecimalHandler {
   }
   bool on_document_end(Error&) { return true; }
   bool on_object_begin(Error&) { return true; }
-  bool on_object_end(std::size_t n, Error&) {
+  bool on_object_end(std::size_t n, Error& error) {
     stack.push_object(n);
-    return true;
+    return count(error);
   }
   bool on_array_begin(Error&) { return true; }
-  bool on_array_end(std::size_t n, Error&) {
+  bool on_array_end(std::size_t n, Error& error) {
     stack.push_array(n);
-    return true;
+    return count(error);
   }
   bool on_key_part(Text part, std::size_t, Error&) {
     stack.push_chars(part);
@@ -55,25 +66,25 @@ struct ExactDecimalHandler {
     stack.push_chars(part);
     return true;
   }
-  bool on_string(Text part, std::size_t, Error&) {
+  bool on_string(Text part, std::size_t, Error& error) {
     stack.push_string(part);
-    return true;
+    return count(error);
   }
   bool on_number_part(Text part, Error&) {
     number.append(part.data(), part.size());
     return true;
   }
-  bool on_int64(std::int64_t value, Text, Error&) {
+  bool on_int64(std::int64_t value, Text, Error& error) {
     number.clear();
     stack.push_int64(value);
-    return true;
+    return count(error);
   }
-  bool on_uint64(std::uint64_t value, Text, Error&) {
+  bool on_uint64(std::uint64_t value, Text, Error& error) {
     number.clear();
     stack.push_uint64(value);
-    return true;
+    return count(error);
   }
-  bool on_double(double, Text part, Error&) {
+  bool on_double(double, Text part, Error& error) {
     number.append(part.data(), part.size());
     if (const auto value = parseDecimal(number)) {
       stack.push_double(*value);
@@ -81,15 +92,15 @@ struct ExactDecimalHandler {
       stack.push_null();
     }
     number.clear();
-    return true;
+    return count(error);
   }
-  bool on_bool(bool value, Error&) {
+  bool on_bool(bool value, Error& error) {
     stack.push_bool(value);
-    return true;
+    return count(error);
   }
-  bool on_null(Error&) {
+  bool on_null(Error& error) {
     stack.push_null();
-    return true;
+    return count(error);
   }
   bool on_comment_part(Text, Error&) { return true; }
   bool on_comment(Text, Error&) { return true; }
@@ -118,18 +129,19 @@ const JsonValue* memberOf(const JsonObject& object, std::string_view key) {
 
 }  // namespace
 
-std::optional<JsonValue> parseJson(std::string_view text) {
+std::optional<JsonValue> parseJson(std::string_view text, std::size_t maxValues) {
   json::parse_options options;
   options.max_depth = kJsonMaxDepth;
   json::basic_parser<ExactDecimalHandler> parser(options);
+  parser.handler().valuesLeft = maxValues;
   boost::system::error_code error;
   const std::size_t read = parser.write_some(false, text.data(), text.size(), error);
   if (error || read != text.size()) return std::nullopt;
   return parser.handler().stack.release();
 }
 
-std::optional<JsonObject> parseJsonObject(std::string_view text) {
-  auto value = parseJson(text);
+std::optional<JsonObject> parseJsonObject(std::string_view text, std::size_t maxValues) {
+  auto value = parseJson(text, maxValues);
   if (!value || !value->is_object()) return std::nullopt;
   return std::move(value->get_object());
 }

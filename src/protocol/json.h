@@ -16,13 +16,16 @@ using JsonArray = boost::json::array;
 
 inline constexpr std::size_t kJsonMaxDepth = 512;
 
-// Strict RFC 8259 in strict UTF-8, at most kJsonMaxDepth levels deep; none when the text is
-// anything else. Decimal numbers are the nearest double; one too large for a double reads as
-// null, so that it counts as missing wherever a number is asked for.
-[[nodiscard]] std::optional<JsonValue> parseJson(std::string_view text);
+// Strict RFC 8259 in strict UTF-8, at most kJsonMaxDepth levels deep and with at most `maxValues`
+// values in all; none when the text is anything else. Decimal numbers are the nearest double; one
+// too large for a double reads as null, so that it counts as missing wherever a number is asked
+// for. An exponent beyond 32 bits is refused.
+[[nodiscard]] std::optional<JsonValue> parseJson(std::string_view text,
+                                                 std::size_t maxValues = SIZE_MAX);
 
 // The same, for a text whose top level must be an object.
-[[nodiscard]] std::optional<JsonObject> parseJsonObject(std::string_view text);
+[[nodiscard]] std::optional<JsonObject> parseJsonObject(std::string_view text,
+                                                        std::size_t maxValues = SIZE_MAX);
 
 // Compact JSON; none when a string is not UTF-8 or a number is not finite.
 [[nodiscard]] std::optional<std::string> serializeJson(const JsonObject& object);

@@ -40,7 +40,8 @@ std::optional<View> decodeView(ByteView frame) {
   const std::uint64_t headerEnd = kPrefixSize + readBigEndian(frame.first(kPrefixSize));
   if (frame.size() < headerEnd) return std::nullopt;
   const auto end = static_cast<std::size_t>(headerEnd);
-  auto header = parseJsonObject(asText(frame.subspan(kPrefixSize, end - kPrefixSize)));
+  auto header =
+      parseJsonObject(asText(frame.subspan(kPrefixSize, end - kPrefixSize)), kMaxHeaderValues);
   if (!header) return std::nullopt;
   return View{std::move(*header), frame.subspan(end)};
 }

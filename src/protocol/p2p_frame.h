@@ -11,6 +11,9 @@ namespace torvane {
 // object in UTF-8), then the body to the end of the message. Pure functions, any thread.
 namespace P2PFrame {
 
+// More values than any header has; a message full of them would hold up the thread that reads it.
+inline constexpr std::size_t kMaxHeaderValues = 100'000;
+
 struct Frame {
   JsonObject header;
   Bytes body;
@@ -26,8 +29,8 @@ struct View {
 // it can only be a mistake in the program.
 [[nodiscard]] std::optional<Bytes> encode(const JsonObject& header, ByteView body);
 
-// None for anything that is not a frame. The announced length is only compared with the length
-// of the message; nothing is allocated by it.
+// None for anything that is not a frame, or whose header has more than kMaxHeaderValues. The
+// announced length is only compared with the length of the message; nothing is allocated by it.
 [[nodiscard]] std::optional<Frame> decode(ByteView frame);
 [[nodiscard]] std::optional<View> decodeView(ByteView frame);
 

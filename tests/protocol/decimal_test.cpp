@@ -124,6 +124,25 @@ TEST(ParseDecimal, IsNoneWhenTooLarge) {
   EXPECT_EQ(parseDecimal("1.7976931348623158e308"), std::numeric_limits<double>::max());
 }
 
+TEST(ParseDecimal, LooksAtTheWholeNumberToTellTooSmallFromTooLarge) {
+  const std::string zeros(400, '0');
+  for (const auto& [text, value] :
+       std::initializer_list<std::pair<std::string, double>>{{"0." + zeros + "1", 0},
+                                                             {"1" + zeros + "e-400", 1},
+                                                             {"1" + zeros + "e-800", 0},
+                                                             {"0." + zeros + "1e+401", 1},
+                                                             {"1e-99999999999999999999", 0},
+                                                             {"1e-9223372036854775808", 0},
+                                                             {"0e99999999999999999999", 0}}) {
+    EXPECT_EQ(parseDecimal(text), value) << text;
+  }
+  for (const std::string& text :
+       {"1" + zeros, "0." + zeros + "1e+800", "12345" + zeros + ".5e1",
+        std::string("1e+99999999999999999999"), std::string("1e9223372036854775807")}) {
+    EXPECT_EQ(parseDecimal(text), std::nullopt) << text;
+  }
+}
+
 TEST(ParseDecimal, KeepsTheSignOfZero) {
   EXPECT_TRUE(std::signbit(*parseDecimal("-0")));
   EXPECT_TRUE(std::signbit(*parseDecimal("-0.0")));

@@ -83,6 +83,13 @@ TEST(ParseJson, ReadsAMillionElements) {
   EXPECT_EQ(list->get_array().size(), 1'000'000U);
 }
 
+TEST(ParseJson, CountsValuesOfEveryKind) {
+  const std::string text = R"({"a":[1,-1,18446744073709551615,1.5,"x",true,null],"b":{}})";
+  EXPECT_TRUE(parseJson(text, 10));
+  EXPECT_FALSE(parseJson(text, 9));
+  EXPECT_FALSE(parseJson("1", 0));
+}
+
 TEST(ParseJson, KeepsTheLastOfEqualKeys) {
   const auto object = parseJsonObject(R"({"id":1,"id":2})");
   ASSERT_TRUE(object);

@@ -113,6 +113,20 @@ TEST(P2PFrameDecode, RefusesEveryShorterBeginning) {
   }
 }
 
+TEST(P2PFrameDecode, RefusesAHeaderOfTooManyValues) {
+  JsonArray list(P2PFrame::kMaxHeaderValues - 2, nullptr);  // the list and the object count too
+  EXPECT_TRUE(P2PFrame::decode(frameOf({{"list", list}})));
+  list.emplace_back(1);
+  EXPECT_FALSE(P2PFrame::decode(frameOf({{"list", list}})));
+}
+
+TEST(P2PFrameDecode, ReadsALongTextInAHeader) {
+  const JsonObject header{{"path", std::string(4'000'000, ',')}};
+  const auto frame = P2PFrame::decode(frameOf(header));
+  ASSERT_TRUE(frame);
+  EXPECT_EQ(frame->header, header);
+}
+
 TEST(P2PFrameDecode, AgreesWithTheHostileFrames) {
   const auto cases = test::readVectorCases("hostile_frames.txt");
   ASSERT_GE(cases.size(), 36U);
