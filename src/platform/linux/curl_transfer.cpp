@@ -1,0 +1,176 @@
+#include "platform/linux/curl_transfer.h"
+
+#include <algorithm>
+
+#include "platform/linux/http_text.h"
+
+namespace torvane {
+namespace {
+
+constexpr long kMostRedirects = 10;
+
+template <typename Value>
+void set(CURL* handle, CURLoption option, Value value) {
+  curl_easy_setopt(handle, option, value);
+}
+
+// RFC 9110, section 9.2.2: only these may be sent a second time without asking.
+bool isIdempotent(std::string_view method) {
+  constexpr std::array<std::string_view, 6> kMethods{"GET",    "HEAD",    "PUT",
+                                                     "DELETE", "OPTIONS", "TRACE"};
+  return std::find(kMethods.begin(), kMethods.end(), method) != kMethods.end();
+}
+
+// RFC 9110, section 8.6: these say that they have no body.
+bool anticipatesBody(std::string_view method) {
+  return method == "POST" || method == "PUT" || method == "PATCH";
+}
+
+bool isBlank(std::string_view text) {
+  return text.find_first_not_of(' ') == std::string_view::npos;
+}
+
+}  // namespace
+
+CurlTransfer::CurlTransfer() : handle_(curl_easy_init()) {
+  // A header without a value is one that libcurl is not to add by itself.
+  bareHeaders_ = curl_slist_append(nullptr, "Expect:");
+  bareHeaders_ = curl_slist_append(bareHeaders_, "Content-Type:");
+}
+
+CurlTransfer::~CurlTransfer() {
+  curl_easy_cleanup(handle_);
+  curl_slist_free_all(headers_);
+  curl_slist_free_all(bareHeaders_);
+}
+
+std::optional<std::string> CurlTransfer::prepare(HttpJob job) {
+  job_ = std::move(job);
+  const HttpRequest& request = job_.request;
+  if (!isHttpToken(request.method)) return "The request's method is not an HTTP method.";
+  if (request.contentType && !isHeaderValue(*request.contentType)) {
+    return "The request's content type holds control characters.";
+  }
+  ParsedUrl parsed = parseUrl(request.url, request.onlyEndpoint);
+  if (!parsed.url) return std::move(parsed.problem);
+  url_ = std::move(parsed.url);
+  curl_easy_reset(handle_);
+  errorText_.front() = '\0';
+  setTarget(parsed.isSecure);
+  setMessage();
+  setCallbacks();
+  return std::nullopt;
+}
+
+void CurlTransfer::setTarget(bool isSecure) {
+  set(handle_, CURLOPT_CURLU, url_.get());
+  set(handle_, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
+  set(handle_, CURLOPT_TCP_NODELAY, 1L);
+  set(handle_, CURLOPT_NOSIGNAL, 1L);
+  set(handle_, CURLOPT_QUICK_EXIT, 1L);  // a name that is still looked up holds nobody up
+  if (job_.request.onlyEndpoint) {
+    set(handle_, CURLOPT_PROTOCOLS_STR, "http");
+    set(handle_, CURLOPT_PROXY, "");
+    set(handle_, CURLOPT_NOPROXY, "*");
+    return;
+  }
+  set(handle_, CURLOPT_PROTOCOLS_STR, "http,https");
+  set(handle_, CURLOPT_REDIR_PROTOCOLS_STR, isSecure ? "https" : "http,https");
+  set(handle_, CURLOPT_FOLLOWLOCATION, 1L);
+  set(handle_, CURLOPT_MAXREDIRS, kMostRedirects);
+}
+
+void CurlTransfer::setMessage() {
+  const HttpRequest& request = job_.request;
+  if (request.method == "HEAD") {
+    set(handle_, CURLOPT_NOBODY, 1L);  // else libcurl waits for the body that will not come
+    setHeaders(false);
+    return;
+  }
+  const bool hasBody = !request.body.empty() || anticipatesBody(request.method);
+  if (hasBody) {
+    set(handle_, CURLOPT_POST, 1L);
+    set(handle_, CURLOPT_POSTFIELDS, reinterpret_cast<const char*>(request.body.data()));
+    set(handle_, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.body.size()));
+  }
+  if (request.method != (hasBody ? "POST" : "GET")) {
+    set(handle_, CURLOPT_CUSTOMREQUEST, request.method.c_str());
+  }
+  setHeaders(hasBody);
+}
+
+void CurlTransfer::setHeaders(bool hasBody) {
+  const auto& type = job_.request.contentType;
+  if (type) {
+    // libcurl's way to write a header without a value is a semicolon.
+    const std::string line = isBlank(*type) ? "Content-Type;" : "Content-Type: " + *type;
+    headers_ = curl_slist_append(nullptr, line.c_str());
+    headers_ = curl_slist_append(headers_, "Expect:");
+    set(handle_, CURLOPT_HTTPHEADER, headers_);
+  } else if (hasBody) {
+    set(handle_, CURLOPT_HTTPHEADER, bareHeaders_);
+  }
+}
+
+void CurlTransfer::setCallbacks() {
+  set(handle_, CURLOPT_PRIVATE, this);
+  set(handle_, CURLOPT_ERRORBUFFER, errorText_.data());
+  set(handle_, CURLOPT_HEADERFUNCTION, &CurlTransfer::onHeader);
+  set(handle_, CURLOPT_HEADERDATA, this);
+  set(handle_, CURLOPT_WRITEFUNCTION, &CurlTransfer::onBody);
+  set(handle_, CURLOPT_WRITEDATA, this);
+  set(handle_, CURLOPT_OPENSOCKETFUNCTION, &CurlTransfer::onOpenSocket);
+  set(handle_, CURLOPT_OPENSOCKETDATA, this);
+  if (!isIdempotent(job_.request.method)) {
+    set(handle_, CURLOPT_PREREQFUNCTION, &CurlTransfer::onRequest);
+    set(handle_, CURLOPT_PREREQDATA, this);
+  }
+  if (!job_.request.body.empty()) {
+    set(handle_, CURLOPT_NOPROGRESS, 0L);
+    set(handle_, CURLOPT_XFERINFOFUNCTION, &CurlTransfer::onProgress);
+    set(handle_, CURLOPT_XFERINFODATA, this);
+  }
+}
+
+HttpResult CurlTransfer::result(CURLcode code) {
+  if (code != CURLE_OK) {
+    if (!problem_.empty()) return failure(std::move(problem_));
+    const bool hasText = errorText_.front() != '\0';
+    return failure(asSentence(hasText ? errorText_.data() : curl_easy_strerror(code)));
+  }
+  // A connection that closes between two header lines is a success to libcurl.
+  if (!hasHeader_) return failure(kConnectionLost);
+  HttpResult result = failure({});
+  result.error.reset();
+  result.body = std::move(body_);
+  return result;
+}
+
+HttpResult CurlTransfer::failure(std::string error) {
+  HttpResult result;
+  result.error = std::move(error);
+  if (!hasHeader_) return result;
+  long status = 0;
+  const char* contentType = nullptr;
+  curl_easy_getinfo(handle_, CURLINFO_RESPONSE_CODE, &status);
+  curl_easy_getinfo(handle_, CURLINFO_CONTENT_TYPE, &contentType);
+  result.response = HttpResponse{static_cast<int>(status), std::nullopt};
+  if (contentType != nullptr) result.response->contentType = utf8FromHeader(contentType);
+  return result;
+}
+
+HttpCompletion CurlTransfer::release() {
+  HttpCompletion completion = std::move(job_.completion);
+  job_ = {};
+  url_.reset();
+  curl_slist_free_all(headers_);
+  headers_ = nullptr;
+  body_ = {};
+  uploaded_ = 0;
+  requestsSent_ = 0;
+  hasHeader_ = false;
+  problem_.clear();
+  return completion;
+}
+
+}  // namespace torvane
