@@ -1,0 +1,71 @@
+#include "torvane_ipad/command_help.h"
+
+#include <algorithm>
+
+namespace torvane::ipad {
+namespace {
+
+constexpr std::size_t kColumn = 22;
+
+std::string padded(std::string text) {
+  text.resize(std::max(text.size() + 1, kColumn), ' ');
+  return text;
+}
+
+// "  --port PORT         the helper's port", further lines under the first.
+std::string optionHelp(const OptionSpec& option) {
+  std::string head = "  --" + std::string(option.name);
+  if (!option.argument.empty()) head += " " + std::string(option.argument);
+  std::string text = padded(head);
+  for (const char c : option.help) {
+    text += c;
+    if (c == '\n') text.append(kColumn, ' ');
+  }
+  return text + "\n";
+}
+
+std::string commonHelp() {
+  std::string text;
+  for (const OptionSpec& option : commonOptions()) text += optionHelp(option);
+  return text;
+}
+
+constexpr const char* kExitHelp =
+    "Ends with 0 when all went well, 1 when the helper refused or answered with an\n"
+    "error, 2 when the command line or a local file is wrong, 3 when no trusted\n"
+    "helper could be reached or the connection was lost.\n";
+
+}  // namespace
+
+std::string generalHelp() {
+  std::string text =
+      "torvane-ipad: a command-line stand-in for the iPad of Torvane P2P Helper\n\n"
+      "Usage: torvane-ipad COMMAND [OPTIONS]\n\nCommands:\n";
+  for (const CommandSpec& command : allCommands()) {
+    std::string head = "  " + std::string(command.name);
+    if (!command.operands.empty()) head += " " + std::string(command.operands);
+    text += padded(head) + std::string(command.summary) + "\n";
+  }
+  text += "\nOptions of every command:\n" + commonHelp();
+  text +=
+      "\n\"torvane-ipad COMMAND --help\" says more about a command. A first try:\n"
+      "  torvane-ipad find\n"
+      "  torvane-ipad pair\n"
+      "  torvane-ipad state\n\n";
+  return text + kExitHelp;
+}
+
+std::string commandHelp(const CommandSpec& command) {
+  std::string text = "Usage: torvane-ipad " + std::string(command.name);
+  if (!command.operands.empty()) text += " " + std::string(command.operands);
+  text += " [OPTIONS]\n\n" + std::string(command.details) + "\n";
+  if (!command.options.empty()) {
+    text += "\nOptions:\n";
+    for (const std::string_view name : command.options) text += optionHelp(*findOption(name));
+  }
+  text += "\nOptions of every command:\n" + commonHelp();
+  text += "\nExample:\n  " + std::string(command.example) + "\n\n";
+  return text + kExitHelp;
+}
+
+}  // namespace torvane::ipad

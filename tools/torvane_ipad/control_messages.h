@@ -1,0 +1,38 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+
+#include "protocol/bytes.h"
+#include "torvane_ipad/device_identity.h"
+
+namespace torvane::ipad {
+
+// The texts that are exchanged on the peer link before frames are.
+inline constexpr std::size_t kMostControlSize = 4096;
+inline constexpr std::int64_t kLinkVersion = 1;
+
+struct Hello {
+  std::int64_t version = 0;
+  std::string name;
+  Bytes nonce;  // 32 bytes
+};
+struct Waiting {};
+struct Accepted {};
+struct Refused {
+  std::string reason;
+};
+using ControlMessage = std::variant<Hello, Waiting, Accepted, Refused>;
+
+// None for anything that a helper does not say.
+[[nodiscard]] std::optional<ControlMessage> parseControl(std::string_view text);
+
+// The answer to a hello, with the proof that this device holds its key, bound to the helper's
+// certificate by the 32 bytes of its SHA-256. None when the name is not UTF-8.
+[[nodiscard]] std::optional<std::string> makeInvite(const DeviceIdentity& identity,
+                                                    const std::string& name, ByteView nonce,
+                                                    ByteView fingerprint);
+
+}  // namespace torvane::ipad
