@@ -3,6 +3,7 @@
 #include <optional>
 #include <string_view>
 
+#include "protocol/utf8.h"
 #include "torvane_ipad/command_table.h"
 
 namespace torvane::ipad {
@@ -21,6 +22,7 @@ class Parser {
  private:
   void readOne() {
     const std::string_view argument = arguments_[next_];
+    if (!isValidUtf8(argument)) return fail("The arguments must be UTF-8 text.");
     if (!onlyOperands_ && argument == "-h") {
       line_.options.help = true;
     } else if (!onlyOperands_ && argument == "--") {
@@ -56,7 +58,9 @@ class Parser {
   std::optional<std::string_view> optionValue(std::string_view argument, std::size_t equals) {
     if (equals != argument.npos) return argument.substr(equals + 1);
     if (next_ + 1 == arguments_.size()) return std::nullopt;
-    return arguments_[++next_];
+    ++next_;
+    return isValidUtf8(arguments_[next_]) ? std::optional<std::string_view>(arguments_[next_])
+                                          : std::nullopt;
   }
 
   // What can only be judged when everything was read.

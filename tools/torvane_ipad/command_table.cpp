@@ -45,7 +45,7 @@ constexpr std::uint64_t kMostSeconds = 86400;
 constexpr std::uint64_t kMillion = 1000000;
 constexpr std::string_view kSeconds = "a number of seconds above 0, at most 86400";
 
-constexpr std::size_t kCommonCount = 9;
+constexpr std::size_t kCommonCount = 8;
 
 constexpr std::array kOptions = {
     // The common ones first.
@@ -71,10 +71,10 @@ constexpr std::array kOptions = {
                "how long to wait until the helper's user has answered whether\n"
                "to pair this device (default 300)",
                setDecimal<&Options::approval, kMostSeconds>},
-    OptionSpec{"trust-new", "", "", "accept that the helper shows another certificate than before",
-               setSwitch<&Options::trustNew>},
     OptionSpec{"help", "", "", "print this text", setSwitch<&Options::help>},
 
+    OptionSpec{"trust-new", "", "", "accept that the helper shows another certificate than before",
+               setSwitch<&Options::trustNew>},
     OptionSpec{"forget", "", "", "forget the helper's certificate instead of pairing",
                setSwitch<&Options::forget>},
     OptionSpec{"peers", "N", "a number from 1 to 1000",
@@ -136,7 +136,7 @@ const std::vector<CommandSpec>& commandTable() {
        "the helper's certificate: another one shown later is reported as an error.\n"
        "With --peers, pairs the devices that \"load --peers\" acts as.",
        "torvane-ipad pair --host 192.168.1.20 --name \"Stage iPad\"",
-       {"peers", "forget"}},
+       {"peers", "trust-new", "forget"}},
       {"info",
        "",
        0,

@@ -12,6 +12,9 @@ class LatencyStats {
   using Duration = std::chrono::nanoseconds;
 
   void add(Duration latency) { samples_.push_back(latency); }
+  void add(const LatencyStats& other) {
+    samples_.insert(samples_.end(), other.samples_.begin(), other.samples_.end());
+  }
   [[nodiscard]] std::size_t count() const { return samples_.size(); }
 
   // The smallest latency that at least `percent` of the samples do not exceed (nearest rank);

@@ -12,8 +12,8 @@ namespace torvane::ipad {
 struct Request {
   std::string path;
   std::string method = "GET";
-  std::string contentType;  // empty: not sent
-  Bytes body;
+  std::string contentType{};  // empty: not sent
+  Bytes body{};
 };
 
 struct Reply {

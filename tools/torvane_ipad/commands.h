@@ -1,0 +1,19 @@
+#pragma once
+
+#include "torvane_ipad/console.h"
+#include "torvane_ipad/options.h"
+
+namespace torvane::ipad {
+
+// What the program can do; options.command names it.
+[[nodiscard]] Exit findHelpers(const Options& options, const Console& console);
+[[nodiscard]] Exit pairDevices(const Options& options, const Console& console);
+[[nodiscard]] Exit showInfo(const Options& options, const Console& console);
+[[nodiscard]] Exit getPath(const Options& options, const Console& console);
+[[nodiscard]] Exit postFile(const Options& options, const Console& console);
+[[nodiscard]] Exit showState(const Options& options, const Console& console);
+[[nodiscard]] Exit watchState(const Options& options, const Console& console);
+[[nodiscard]] Exit runLoad(const Options& options, const Console& console);
+[[nodiscard]] Exit tryReplay(const Options& options, const Console& console);
+
+}  // namespace torvane::ipad

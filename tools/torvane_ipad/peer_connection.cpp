@@ -1,0 +1,351 @@
+#include "torvane_ipad/peer_connection.h"
+
+#include <openssl/x509.h>
+#include <sodium.h>
+
+#include <array>
+#include <boost/asio/connect.hpp>
+#include <boost/asio/dispatch.hpp>
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/address.hpp>
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/ssl/context.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <boost/beast/core/flat_buffer.hpp>
+#include <boost/beast/core/tcp_stream.hpp>
+#include <boost/beast/ssl/ssl_stream.hpp>
+#include <boost/beast/websocket.hpp>
+#include <boost/beast/websocket/ssl.hpp>
+#include <deque>
+#include <future>
+#include <optional>
+#include <thread>
+
+#include "torvane_ipad/control_messages.h"
+
+namespace torvane::ipad {
+namespace asio = boost::asio;
+namespace beast = boost::beast;
+namespace websocket = boost::beast::websocket;
+using Error = boost::system::error_code;
+using Tcp = asio::ip::tcp;
+
+namespace {
+
+constexpr std::size_t kMostFrameSize = 16 * 1024 * 1024;
+constexpr const char* kTarget = "/link";
+constexpr const char* kSubprotocol = "torvane.link.1";
+// The helper sends a ping after 3 s of silence.
+constexpr auto kMostSilence = std::chrono::seconds(12);
+constexpr auto kCloseTime = std::chrono::seconds(1);
+
+using Fingerprint = std::array<std::uint8_t, crypto_hash_sha256_BYTES>;
+
+std::optional<Fingerprint> peerFingerprint(SSL* tls) {
+  const std::unique_ptr<X509, decltype(&X509_free)> certificate(SSL_get1_peer_certificate(tls),
+                                                                &X509_free);
+  if (!certificate) return std::nullopt;
+  unsigned char* der = nullptr;
+  const int size = i2d_X509(certificate.get(), &der);
+  if (size <= 0) return std::nullopt;
+  Fingerprint digest{};
+  crypto_hash_sha256(digest.data(), der, static_cast<unsigned>(size));
+  OPENSSL_free(der);
+  return digest;
+}
+
+std::string hexText(const Fingerprint& digest) {
+  std::string text(digest.size() * 2 + 1, '\0');
+  sodium_bin2hex(text.data(), text.size(), digest.data(), digest.size());
+  text.pop_back();
+  return text;
+}
+
+class BeastConnection : public PeerConnection,
+                        public std::enable_shared_from_this<BeastConnection> {
+ public:
+  BeastConnection(asio::io_context& context, asio::ssl::context& tls, ConnectionSettings settings,
+                  DeviceIdentity identity, std::weak_ptr<ConnectionHandler> handler)
+      : settings_(std::move(settings)),
+        identity_(std::move(identity)),
+        handler_(std::move(handler)),
+        resolver_(context),
+        deadline_(context),
+        socket_(context, tls) {}
+
+  void start() {
+    deadline_.expires_after(settings_.timeout);
+    deadline_.async_wait([self = shared_from_this()](Error error) {
+      if (!error && self->isStarting_) {
+        self->end(LinkFailure::Kind::unreachable, "it took too long");
+      }
+    });
+    resolver_.async_resolve(
+        settings_.host, std::to_string(settings_.port),
+        [self = shared_from_this()](Error error, const Tcp::resolver::results_type& found) {
+          if (self->goesOn(error, LinkFailure::Kind::unreachable)) self->connect(found);
+        });
+  }
+
+  void send(Bytes frame) override {
+    asio::dispatch(socket_.get_executor(),
+                   [self = shared_from_this(), frame = std::move(frame)]() mutable {
+                     if (self->phase_ == Phase::accepted) self->write(true, std::move(frame));
+                   });
+  }
+
+  void close() override {
+    asio::dispatch(socket_.get_executor(), [self = shared_from_this()] { self->closeNow(); });
+  }
+
+ private:
+  enum class Phase { connecting, expectsHello, expectsAnswer, accepted, ended };
+
+  struct Outgoing {
+    bool isBinary;
+    Bytes data;
+  };
+
+  // ------------------------------------------------------------------ from TCP to WebSocket
+
+  void connect(const Tcp::resolver::results_type& found) {
+    lowest().async_connect(found, [self = shared_from_this()](Error error, const auto&) {
+      if (self->goesOn(error, LinkFailure::Kind::unreachable)) self->secure();
+    });
+  }
+
+  void secure() {
+    Error ignored;
+    lowest().socket().set_option(Tcp::no_delay(true), ignored);
+    Error isNoAddress;
+    asio::ip::make_address(settings_.host, isNoAddress);
+    if (isNoAddress) {  // a server name must not be an address
+      SSL_set_tlsext_host_name(socket_.next_layer().native_handle(), settings_.host.c_str());
+    }
+    socket_.next_layer().async_handshake(
+        asio::ssl::stream_base::client, [self = shared_from_this()](Error error) {
+          if (self->goesOn(error, LinkFailure::Kind::notAHelper) && self->isTrusted()) {
+            self->upgrade();
+          }
+        });
+  }
+
+  bool isTrusted() {
+    const auto digest = peerFingerprint(socket_.next_layer().native_handle());
+    if (!digest) {
+      end(LinkFailure::Kind::notAHelper, "it shows no certificate");
+      return false;
+    }
+    fingerprint_ = *digest;
+    welcome_.fingerprint = hexText(*digest);
+    const auto& expected = settings_.expectedFingerprint;
+    if (expected.empty() || expected == welcome_.fingerprint) return true;
+    end(LinkFailure::Kind::otherHelper, welcome_.fingerprint);
+    return false;
+  }
+
+  void upgrade() {
+    // The timer of the whole start guards the handshake as well.
+    socket_.set_option(
+        websocket::stream_base::timeout{kCloseTime + settings_.timeout, kMostSilence, false});
+    socket_.set_option(websocket::stream_base::decorator([](websocket::request_type& request) {
+      request.set(beast::http::field::sec_websocket_protocol, kSubprotocol);
+    }));
+    socket_.read_message_max(kMostFrameSize);
+    const bool needsBrackets = settings_.host.find(':') != std::string::npos;
+    const std::string host = needsBrackets ? "[" + settings_.host + "]" : settings_.host;
+    socket_.async_handshake(response_, host + ":" + std::to_string(settings_.port), kTarget,
+                            [self = shared_from_this()](Error error) { self->upgraded(error); });
+  }
+
+  void upgraded(Error error) {
+    if (error == websocket::error::upgrade_declined) {
+      return end(LinkFailure::Kind::notAHelper,
+                 "it answered with status " + std::to_string(response_.result_int()));
+    }
+    if (!goesOn(error, LinkFailure::Kind::notAHelper)) return;
+    if (response_[beast::http::field::sec_websocket_protocol] != kSubprotocol) {
+      return end(LinkFailure::Kind::notAHelper, "it does not speak the peer link");
+    }
+    phase_ = Phase::expectsHello;
+    read();
+  }
+
+  // ----------------------------------------------------------------------------- messages
+
+  void read() {
+    socket_.async_read(buffer_, [self = shared_from_this()](Error error, std::size_t) {
+      if (error == websocket::error::message_too_big ||
+          error == websocket::error::buffer_overflow) {
+        return self->end(LinkFailure::Kind::misbehaviour, "it sent a message over 16 MiB");
+      }
+      if (!self->goesOn(error, LinkFailure::Kind::lost)) return;
+      self->received();
+      self->buffer_.consume(self->buffer_.size());
+      if (self->phase_ != Phase::ended) self->read();
+    });
+  }
+
+  void received() {
+    const auto* data = static_cast<const std::uint8_t*>(buffer_.data().data());
+    const ByteView message(data, buffer_.size());
+    if (socket_.got_text() != (phase_ != Phase::accepted)) {
+      end(LinkFailure::Kind::misbehaviour, "it sent a message of the wrong kind");
+    } else if (phase_ == Phase::accepted) {
+      const auto handler = handler_.lock();
+      if (handler) handler->connectionReceived(Bytes(message.begin(), message.end()));
+    } else {
+      receivedControl(asText(message));
+    }
+  }
+
+  void receivedControl(std::string_view text) {
+    const auto message = parseControl(text);
+    const bool isHello = message && std::holds_alternative<Hello>(*message);
+    if (!message || isHello != (phase_ == Phase::expectsHello)) {
+      return end(LinkFailure::Kind::misbehaviour, "it said something unexpected");
+    }
+    if (isHello) return invite(std::get<Hello>(*message));
+    isStarting_ = false;
+    deadline_.cancel();
+    const auto handler = handler_.lock();
+    if (const auto* refused = std::get_if<Refused>(&*message)) {
+      end(LinkFailure::Kind::refused, refused->reason);
+    } else if (std::holds_alternative<Waiting>(*message)) {
+      if (handler) handler->connectionWaits(welcome_);
+    } else {
+      phase_ = Phase::accepted;
+      if (handler) handler->connectionAccepted(welcome_);
+    }
+  }
+
+  void invite(const Hello& hello) {
+    if (hello.version != kLinkVersion) {
+      return end(LinkFailure::Kind::notAHelper,
+                 "it speaks version " + std::to_string(hello.version) + " of the peer link");
+    }
+    welcome_.helperName = hello.name;
+    const auto text = makeInvite(identity_, settings_.displayName, hello.nonce, fingerprint_);
+    if (!text) return end(LinkFailure::Kind::refused, "name");
+    phase_ = Phase::expectsAnswer;
+    write(false, toBytes(*text));
+  }
+
+  void write(bool isBinary, Bytes data) {
+    unsent_.push_back({isBinary, std::move(data)});
+    if (unsent_.size() == 1) writeNext();
+  }
+
+  void writeNext() {
+    socket_.binary(unsent_.front().isBinary);
+    socket_.async_write(asio::buffer(unsent_.front().data),
+                        [self = shared_from_this()](Error error, std::size_t) {
+                          if (!self->goesOn(error, LinkFailure::Kind::lost)) return;
+                          self->unsent_.pop_front();
+                          if (!self->unsent_.empty()) self->writeNext();
+                        });
+  }
+
+  // ----------------------------------------------------------------------------- the end
+
+  // False when the operation failed, after the failure was reported, or the end came before.
+  bool goesOn(Error error, LinkFailure::Kind kind) {
+    if (phase_ == Phase::ended) return false;
+    if (!error) return true;
+    end(kind, endText(error));
+    return false;
+  }
+
+  std::string endText(Error error) const {
+    const auto& reason = socket_.reason().reason;
+    if (error == websocket::error::closed && !reason.empty()) {
+      return {reason.data(), reason.size()};
+    }
+    if (error == websocket::error::closed) return "the helper closed it";
+    if (error == beast::error::timeout) return "the helper fell silent";
+    return error.message();
+  }
+
+  void end(LinkFailure::Kind kind, std::string detail) {
+    if (phase_ == Phase::ended) return;
+    abandon();
+    if (const auto handler = handler_.lock()) handler->connectionEnded({kind, std::move(detail)});
+  }
+
+  void abandon() {
+    phase_ = Phase::ended;
+    deadline_.cancel();
+    resolver_.cancel();
+    lowest().close();
+  }
+
+  void closeNow() {
+    if (phase_ == Phase::ended) return;
+    if (phase_ == Phase::connecting) return abandon();
+    phase_ = Phase::ended;
+    // Should the helper not answer the farewell, the socket is closed all the same.
+    deadline_.expires_after(kCloseTime);
+    deadline_.async_wait([self = shared_from_this()](Error error) {
+      if (!error) self->lowest().close();
+    });
+    socket_.async_close(websocket::close_code::normal, [self = shared_from_this()](Error) {
+      self->deadline_.cancel();
+      self->lowest().close();
+    });
+  }
+
+  beast::tcp_stream& lowest() { return beast::get_lowest_layer(socket_); }
+
+  ConnectionSettings settings_;
+  DeviceIdentity identity_;
+  std::weak_ptr<ConnectionHandler> handler_;
+  Tcp::resolver resolver_;
+  asio::steady_timer deadline_;
+  websocket::stream<beast::ssl_stream<beast::tcp_stream>> socket_;
+  websocket::response_type response_;
+  beast::flat_buffer buffer_;
+  std::deque<Outgoing> unsent_;
+  Phase phase_ = Phase::connecting;
+  bool isStarting_ = true;  // until the invitation was received
+  Fingerprint fingerprint_{};
+  Welcome welcome_;
+};
+
+}  // namespace
+
+struct PeerNetwork::Io {
+  asio::io_context context{1};
+  asio::ssl::context tls{asio::ssl::context::tlsv13_client};
+  asio::executor_work_guard<asio::io_context::executor_type> work{context.get_executor()};
+  std::future<void> finished;
+};
+
+PeerNetwork::PeerNetwork() : io_(std::make_unique<Io>()) {
+  // Trust is decided by the certificate's fingerprint, which isTrusted() compares.
+  io_->tls.set_verify_mode(asio::ssl::verify_none);
+  io_->finished = std::async(std::launch::async, [&context = io_->context] { context.run(); });
+}
+
+PeerNetwork::~PeerNetwork() {
+  io_->work.reset();
+  if (io_->finished.wait_for(2 * kCloseTime) != std::future_status::ready) io_->context.stop();
+  io_->finished.wait();
+}
+
+std::shared_ptr<PeerConnection> PeerNetwork::connect(ConnectionSettings settings,
+                                                     DeviceIdentity identity,
+                                                     std::weak_ptr<ConnectionHandler> handler) {
+  auto connection = std::make_shared<BeastConnection>(io_->context, io_->tls, std::move(settings),
+                                                      std::move(identity), std::move(handler));
+  asio::dispatch(io_->context, [connection] { connection->start(); });
+  return connection;
+}
+
+void PeerNetwork::callAfter(std::chrono::nanoseconds delay, std::function<void()> action) {
+  auto timer = std::make_shared<asio::steady_timer>(io_->context, delay);
+  timer->async_wait([timer, action = std::move(action)](Error error) {
+    if (!error) action();
+  });
+}
+
+}  // namespace torvane::ipad
