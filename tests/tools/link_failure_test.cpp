@@ -1,0 +1,44 @@
+#include "torvane_ipad/link_failure.h"
+
+#include <gtest/gtest.h>
+
+namespace torvane::ipad {
+namespace {
+
+using Kind = LinkFailure::Kind;
+
+TEST(LinkFailure, SaysWhatToDoWhenNobodyAnswers) {
+  EXPECT_EQ(explain({Kind::unreachable, "Connection refused"}, "mini:48484"),
+            "No helper answered at mini:48484 (Connection refused). Is Torvane P2P Helper "
+            "running?");
+}
+
+TEST(LinkFailure, SaysHowToTrustANewCertificate) {
+  const std::string text = explain({Kind::otherHelper, "abcd"}, "mini:48484");
+  EXPECT_NE(text.find("nothing was sent"), text.npos);
+  EXPECT_NE(text.find("pair --trust-new"), text.npos);
+  EXPECT_NE(text.find("abcd"), text.npos);
+}
+
+TEST(LinkFailure, ExplainsEachReasonForARefusal) {
+  const auto refusal = [](const char* reason) {
+    return explain({Kind::refused, reason}, "mini:48484");
+  };
+  EXPECT_NE(refusal("declined").find("chose not to pair"), std::string::npos);
+  EXPECT_NE(refusal("proof").find("proof"), std::string::npos);
+  EXPECT_NE(refusal("name").find("--name"), std::string::npos);
+  EXPECT_NE(refusal("busy").find("in a minute"), std::string::npos);
+  EXPECT_NE(refusal("odd\n").find("(odd?)"), std::string::npos);
+}
+
+TEST(LinkFailure, EndsTheProgramByItsKind) {
+  for (const auto kind : {Kind::unreachable, Kind::notAHelper, Kind::otherHelper, Kind::lost}) {
+    EXPECT_EQ(exitFor({kind, ""}), Exit::noConnection);
+  }
+  for (const auto kind : {Kind::refused, Kind::notApproved, Kind::noAnswer, Kind::misbehaviour}) {
+    EXPECT_EQ(exitFor({kind, ""}), Exit::refused);
+  }
+}
+
+}  // namespace
+}  // namespace torvane::ipad
