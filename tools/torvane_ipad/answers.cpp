@@ -52,7 +52,10 @@ void sayJson(const Reply& reply, const Console& console) {
 std::string problemOf(const Reply& reply) {
   if (reply.error) return "The helper could not reach the engine: " + printable(*reply.error) + ".";
   if (reply.status < 400) return {};
-  return "The engine answered with status " + std::to_string(reply.status) + ".";
+  const auto body = parseJsonObject(asText(reply.body));
+  const auto why = body ? stringMember(*body, "error") : std::nullopt;
+  return "The engine answered with status " + std::to_string(reply.status) +
+         (why ? ": " + printable(*why) + "." : ".");
 }
 
 Exit printReply(const Reply& reply, const std::string& file, const Console& console) {

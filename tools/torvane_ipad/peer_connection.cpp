@@ -33,6 +33,7 @@ using Tcp = asio::ip::tcp;
 namespace {
 
 constexpr std::size_t kMostFrameSize = 16 * 1024 * 1024;
+constexpr std::size_t kReadAhead = 64 * 1024;
 constexpr const char* kTarget = "/link";
 constexpr const char* kSubprotocol = "torvane.link.1";
 // The helper sends a ping after 3 s of silence.
@@ -151,7 +152,7 @@ class BeastConnection : public PeerConnection,
     socket_.set_option(websocket::stream_base::decorator([](websocket::request_type& request) {
       request.set(beast::http::field::sec_websocket_protocol, kSubprotocol);
     }));
-    socket_.read_message_max(kMostFrameSize);
+    socket_.read_message_max(0);  // the buffer is the limit
     const bool needsBrackets = settings_.host.find(':') != std::string::npos;
     const std::string host = needsBrackets ? "[" + settings_.host + "]" : settings_.host;
     socket_.async_handshake(response_, host + ":" + std::to_string(settings_.port), kTarget,
@@ -175,8 +176,7 @@ class BeastConnection : public PeerConnection,
 
   void read() {
     socket_.async_read(buffer_, [self = shared_from_this()](Error error, std::size_t) {
-      if (error == websocket::error::message_too_big ||
-          error == websocket::error::buffer_overflow) {
+      if (error == websocket::error::buffer_overflow || self->buffer_.size() > kMostFrameSize) {
         return self->end(LinkFailure::Kind::misbehaviour, "it sent a message over 16 MiB");
       }
       if (!self->goesOn(error, LinkFailure::Kind::lost)) return;
@@ -303,7 +303,7 @@ class BeastConnection : public PeerConnection,
   asio::steady_timer deadline_;
   websocket::stream<beast::ssl_stream<beast::tcp_stream>> socket_;
   websocket::response_type response_;
-  beast::flat_buffer buffer_;
+  beast::flat_buffer buffer_{kMostFrameSize + kReadAhead};
   std::deque<Outgoing> unsent_;
   Phase phase_ = Phase::connecting;
   bool isStarting_ = true;  // until the invitation was received

@@ -1,0 +1,506 @@
+"""torvane-ipad against scripted helpers. TORVANE_IPAD names the program."""
+import asyncio
+import http
+import json
+import os
+import signal
+import ssl
+import stat
+import subprocess
+import tempfile
+import unittest
+
+from scripted_helper import Certificate, PlainServer, ScriptedHelper, encode, reply
+
+PROGRAM = os.environ.get("TORVANE_IPAD", "torvane-ipad")
+DEADLINE = 60
+
+
+def setUpModule():  # pylint: disable=invalid-name
+    global CERTIFICATES, FOLDER  # pylint: disable=global-variable-undefined
+    FOLDER = tempfile.TemporaryDirectory()
+    CERTIFICATES = [Certificate(FOLDER.name, name) for name in ("first", "second")]
+
+
+def tearDownModule():  # pylint: disable=invalid-name
+    FOLDER.cleanup()
+
+
+class ToolTest(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.home = folder.name
+        self.environment = {**os.environ, "XDG_DATA_HOME": self.home + "/data",
+                            "XDG_RUNTIME_DIR": self.home + "/run", "HOME": self.home}
+
+    def data(self, name):
+        return f"{self.home}/data/torvane-ipad/{name}"
+
+    def command(self, *arguments):
+        return [PROGRAM, *arguments]
+
+    def run_tool(self, helper, *arguments, **more):
+        port = ["--port", str(helper.port)] if helper else []
+        return subprocess.run(self.command(*arguments, *port), env=self.environment,
+                              capture_output=True, timeout=DEADLINE, check=False, **more)
+
+    def check(self, result, status, text=""):
+        said = (result.stdout + result.stderr).decode()
+        self.assertEqual(result.returncode, status, said)
+        self.assertIn(text, said)
+        return said
+
+    def start(self, helper):
+        helper.__enter__()
+        self.addCleanup(helper.__exit__)
+        return helper
+
+
+class Pairing(ToolTest):
+    def test_accepted_device_remembers_the_helper(self):
+        helper = self.start(ScriptedHelper(CERTIFICATES[0]))
+        self.check(self.run_tool(helper, "pair", "--name", "Ada’s iPad"), 0,
+                   "\"Scripted\" accepted \"Ada’s iPad\".")
+        self.assertEqual(helper.invitations[0][0], "Ada’s iPad")
+        self.assertEqual((helper.faults, helper.refused), ([], 0))
+        with open(self.data("known-helpers.json"), encoding="utf-8") as known:
+            self.assertEqual(json.load(known)["helpers"], [{
+                "address": f"127.0.0.1:{helper.port}", "name": "Scripted",
+                "fingerprint": CERTIFICATES[0].fingerprint}])
+
+    def test_key_and_list_are_for_the_user_alone(self):
+        helper = self.start(ScriptedHelper(CERTIFICATES[0]))
+        self.check(self.run_tool(helper, "pair"), 0)
+        for name, mode in (("key", 0o600), ("known-helpers.json", 0o600), ("", 0o700)):
+            self.assertEqual(stat.S_IMODE(os.stat(self.data(name)).st_mode), mode, name)
+
+    def test_device_keeps_its_key(self):
+        helper = self.start(ScriptedHelper(CERTIFICATES[0]))
+        self.check(self.run_tool(helper, "pair"), 0)
+        self.check(self.run_tool(helper, "pair"), 0)
+        self.assertEqual(helper.invitations[0], helper.invitations[1])
+
+    def test_peers_have_keys_of_their_own(self):
+        helper = self.start(ScriptedHelper(CERTIFICATES[0]))
+        self.check(self.run_tool(helper, "pair", "--peers", "3", "--name", "iPad"), 0)
+        self.assertEqual([name for name, _ in helper.invitations],
+                         ["iPad (1)", "iPad (2)", "iPad (3)"])
+        self.assertEqual(len({key for _, key in helper.invitations}), 3)
+
+    def test_refusal_is_explained(self):
+        class Declining(ScriptedHelper):
+            async def answer_invitation(self, ws):
+                await ws.send('{"type":"refused","reason":"declined"}')
+                return False
+
+        helper = self.start(Declining(CERTIFICATES[0]))
+        self.check(self.run_tool(helper, "pair"), 1, "its user chose not to pair it")
+        self.assertFalse(os.path.exists(self.data("known-helpers.json")))
+
+    def test_waits_for_the_user_and_says_so(self):
+        class Asking(ScriptedHelper):
+            async def answer_invitation(self, ws):
+                self.approved = asyncio.Event()
+                await self.approved.wait()
+                return await super().answer_invitation(ws)
+
+        helper = self.start(Asking(CERTIFICATES[0]))
+        command = self.command("pair", "--port", str(helper.port))
+        with subprocess.Popen(command, env=self.environment, stdout=subprocess.PIPE,
+                              stderr=subprocess.PIPE, text=True) as tool:
+            self.assertIn("Waiting for approval at \"Scripted\"", tool.stderr.readline())
+            helper._loop.call_soon_threadsafe(helper.approved.set)
+            self.assertIn("accepted", tool.communicate(timeout=DEADLINE)[0])
+        self.assertEqual(tool.returncode, 0)
+
+    def test_gives_up_waiting_for_the_user(self):
+        class Silent(ScriptedHelper):
+            async def answer_invitation(self, ws):
+                await ws.wait_closed()
+                return False
+
+        helper = self.start(Silent(CERTIFICATES[0]))
+        self.check(self.run_tool(helper, "pair", "--approval", "0.1"), 1,
+                   "Nobody has answered at the helper")
+
+
+class Trust(ToolTest):
+    def setUp(self):
+        super().setUp()
+        with ScriptedHelper(CERTIFICATES[0]) as helper:
+            self.port = helper.port
+            self.check(self.run_tool(helper, "pair"), 0)
+
+    def other_helper(self):
+        return self.start(ScriptedHelper(CERTIFICATES[1], self.port))
+
+    def test_another_certificate_gets_nothing(self):
+        helper = self.other_helper()
+        said = self.check(self.run_tool(helper, "info"), 3, "pair --trust-new")
+        self.assertIn(CERTIFICATES[1].fingerprint, said)
+        self.check(self.run_tool(helper, "pair"), 3, "nothing was sent")
+        self.assertEqual(helper.invitations, [])
+
+    def test_another_certificate_can_be_trusted(self):
+        helper = self.other_helper()
+        self.check(self.run_tool(helper, "pair", "--trust-new"), 0)
+        self.check(self.run_tool(helper, "info"), 0)
+
+    def test_certificate_can_be_forgotten(self):
+        helper = self.other_helper()
+        self.check(self.run_tool(helper, "pair", "--forget"), 0, "is forgotten")
+        self.check(self.run_tool(helper, "pair", "--forget"), 2, "No certificate")
+        self.check(self.run_tool(helper, "pair"), 0)
+
+    def test_damaged_list_is_an_error(self):
+        with open(self.data("known-helpers.json"), "w", encoding="utf-8") as known:
+            known.write("{")
+        self.check(self.run_tool(self.other_helper(), "info"), 2, "is damaged")
+
+    def runtime_file(self, port, fingerprint):
+        os.makedirs(self.home + "/run/torvane", exist_ok=True)
+        with open(self.home + "/run/torvane/peer-link.json", "w", encoding="utf-8") as file:
+            json.dump({"port": port, "fingerprint": fingerprint, "name": "Here",
+                       "pid": os.getpid()}, file)
+
+    def test_helper_of_this_computer_is_found_by_its_file(self):
+        helper = self.start(ScriptedHelper(CERTIFICATES[0]))
+        self.runtime_file(helper.port, CERTIFICATES[0].fingerprint)
+        self.check(self.run_tool(None, "info"), 0, "build 42")
+        self.check(self.run_tool(None, "find"), 0, "Here at 127.0.0.1:")
+
+    def test_helper_of_this_computer_must_show_the_certificate_of_its_file(self):
+        helper = self.start(ScriptedHelper(CERTIFICATES[1]))
+        self.runtime_file(helper.port, CERTIFICATES[0].fingerprint)
+        self.check(self.run_tool(None, "info"), 3, "another certificate")
+
+
+class Requests(ToolTest):
+    def test_info_names_the_build(self):
+        helper = self.start(ScriptedHelper(CERTIFICATES[0]))
+        self.check(self.run_tool(helper, "info"), 0, "The helper is build 42.")
+        line = json.loads(self.run_tool(helper, "info", "--json").stdout)
+        self.assertEqual(line, {"event": "info", "version": "42"})
+        self.assertEqual((helper.faults, helper.refused), ([], 0))
+
+    def test_get_writes_the_body_as_it_is(self):
+        body = bytes(range(256)) * 1000
+        helper = ScriptedHelper(CERTIFICATES[0])
+        helper.engine = lambda *_: (200, "image/png", body)
+        self.start(helper)
+        result = self.run_tool(helper, "get", "/api/slides/1/picture")
+        self.assertEqual((result.returncode, result.stdout), (0, body))
+        self.check(self.run_tool(helper, "get", "/x", "--output", self.home + "/x.png"), 0)
+        with open(self.home + "/x.png", "rb") as file:
+            self.assertEqual(file.read(), body)
+
+    def test_get_reports_errors(self):
+        helper = ScriptedHelper(CERTIFICATES[0])
+        helper.engine = lambda *_: (404, "application/json", b'{"error":"no such path"}')
+        self.start(helper)
+        result = self.run_tool(helper, "get", "/nowhere")
+        self.check(result, 1, "The engine answered with status 404: no such path.")
+        line = json.loads(self.run_tool(helper, "get", "/nowhere", "--json").stdout.split(b"\n")[0])
+        self.assertEqual(line["status"], 404)
+        self.assertEqual(line["body"], {"error": "no such path"})
+
+    def test_unreachable_engine_is_reported(self):
+        class NoEngine(ScriptedHelper):
+            async def serve_request(self, ws, header, body):
+                await ws.send(reply(header["id"], b"", 502, "application/octet-stream",
+                                    error="Could not connect\x1b[31m"))
+
+        helper = self.start(NoEngine(CERTIFICATES[0]))
+        for command in (["get", "/api/state"], ["state"]):
+            self.check(self.run_tool(helper, *command), 1,
+                       "The helper could not reach the engine: Could not connect?[31m.")
+
+    def test_post_sends_file_type_and_method(self):
+        helper = self.start(ScriptedHelper(CERTIFICATES[0]))
+        self.check(self.run_tool(helper, "post", "/api/goto", "-", input=b'{"slide":3}'), 0)
+        self.check(self.run_tool(helper, "post", "/api/next"), 0)
+        self.check(self.run_tool(helper, "post", "/x", self.data("key"), "--method", "PUT",
+                                 "--content-type", "text/plain"), 0)
+        (goto, goto_body), (forward, forward_body), (put, put_body) = helper.requests
+        self.assertEqual((goto["method"], goto["contentType"], goto_body),
+                         ("POST", "application/json", b'{"slide":3}'))
+        self.assertEqual((forward["method"], forward_body), ("POST", b""))
+        self.assertNotIn("contentType", forward)
+        self.assertEqual((put["method"], put["contentType"], len(put_body)),
+                         ("PUT", "text/plain", 45))
+
+    def test_unreadable_file_is_an_error(self):
+        self.check(self.run_tool(None, "post", "/x", self.home + "/none"), 2, "cannot be read")
+
+    def test_request_without_answer_is_reported(self):
+        class Deaf(ScriptedHelper):
+            async def serve_request(self, ws, header, body):
+                pass
+
+        helper = self.start(Deaf(CERTIFICATES[0]))
+        self.check(self.run_tool(helper, "get", "/", "--timeout", "0.3"), 1,
+                   "did not answer in time")
+
+    def test_answers_to_other_requests_are_not_taken(self):
+        class Confused(ScriptedHelper):
+            async def serve_request(self, ws, header, body):
+                await ws.send(reply(header["id"] + 1, b"wrong"))
+                await ws.send(reply(header["id"], b"right"))
+
+        helper = self.start(Confused(CERTIFICATES[0]))
+        self.assertEqual(self.run_tool(helper, "get", "/").stdout, b"right")
+
+
+class State(ToolTest):
+    def test_state_is_told_in_words(self):
+        helper = ScriptedHelper(CERTIFICATES[0])
+        helper.engine = lambda *_: (200, "application/json",
+                                    b'{"slide":2,"count":5,"title":"Pens","presenting":false}')
+        self.start(helper)
+        self.assertEqual(self.run_tool(helper, "state").stdout.decode().splitlines(),
+                         ["Slide 2 of 5: Pens", "The slide show is not running"])
+
+    def test_watch_tells_changes_until_its_time_is_over(self):
+        slides = iter([1, 1, 2, 2])
+        helper = ScriptedHelper(CERTIFICATES[0])
+        helper.engine = lambda *_: (200, "application/json",
+                                    json.dumps({"slide": next(slides, 3)}).encode())
+        self.start(helper)
+        result = self.run_tool(helper, "watch", "--every", "0.02", "--for", "2")
+        self.assertEqual(result.returncode, 0)
+        self.assertEqual(result.stdout.decode().splitlines(), ["Slide 1", "Slide 2", "Slide 3"])
+
+    def test_watch_ends_well_when_interrupted(self):
+        helper = self.start(ScriptedHelper(CERTIFICATES[0]))
+        helper.engine = lambda *_: (200, "application/json", b'{"slide":1}')
+        command = self.command("watch", "--port", str(helper.port))
+        with subprocess.Popen(command, env=self.environment, stdout=subprocess.PIPE) as tool:
+            self.assertEqual(tool.stdout.readline(), b"Slide 1\n")
+            tool.send_signal(signal.SIGINT)
+            self.assertEqual(tool.wait(DEADLINE), 0)
+
+    def test_watch_tells_when_the_helper_goes(self):
+        class Leaving(ScriptedHelper):
+            async def serve_request(self, ws, header, body):
+                await ws.close(1001, "bye")
+
+        helper = self.start(Leaving(CERTIFICATES[0]))
+        self.check(self.run_tool(helper, "watch"), 3, "was lost (bye)")
+
+
+class Replay(ToolTest):
+    def test_honest_helper_refuses_replays(self):
+        helper = self.start(ScriptedHelper(CERTIFICATES[0]))
+        self.check(self.run_tool(helper, "replay"), 0, "Sent twice on one connection: 1 answer. "
+                   "Sent again on a new connection: no answer. Replays are refused.")
+        self.assertEqual(helper.refused, 1)
+
+    def test_replay_on_another_connection_is_noticed(self):
+        helper = ScriptedHelper(CERTIFICATES[0])
+        helper.new_challenge = lambda: "always the same"
+        self.start(helper)
+        result = self.run_tool(helper, "replay", "--json")
+        self.assertEqual(json.loads(result.stdout), {"event": "replay", "sameConnection": 1,
+                                                     "newConnection": 1, "refused": False})
+        self.assertEqual(result.returncode, 1)
+
+    def test_replays_that_are_answered_are_noticed(self):
+        class Forgetful(ScriptedHelper):
+            async def serve_frame(self, ws, state, frame):
+                state["ids"].clear()
+                await super().serve_frame(ws, state, frame)
+
+        helper = self.start(Forgetful(CERTIFICATES[0]))
+        self.check(self.run_tool(helper, "replay"), 1, "Sent twice on one connection: 2 answers.")
+
+
+class Load(ToolTest):
+    def load(self, helper, *arguments):
+        self.start(helper)
+        result = self.run_tool(helper, "load", "--json", *arguments)
+        return result.returncode, json.loads(result.stdout)
+
+    def test_all_requests_are_answered_once(self):
+        helper = ScriptedHelper(CERTIFICATES[0])
+        status, said = self.load(helper, "--peers", "3", "--requests", "100", "--in-flight", "4")
+        self.assertEqual(status, 0)
+        self.assertEqual((said["peers"], said["sent"], said["answered"]), (3, 100, 100))
+        self.assertEqual((helper.faults, helper.refused), ([], 0))
+        self.assertEqual(len({request["path"] for request, _ in helper.requests}), 100)
+        self.assertEqual(len({key for _, key in helper.invitations}), 3)
+
+    def test_rate_and_time_limit_what_is_sent(self):
+        status, said = self.load(ScriptedHelper(CERTIFICATES[0]), "--seconds", "1", "--rate", "50",
+                                 "--in-flight", "10")
+        self.assertEqual(status, 0)
+        self.assertGreater(said["sent"], 5)
+        self.assertLessEqual(said["sent"], 60)
+
+    def test_lost_answers_are_counted(self):
+        class Losing(ScriptedHelper):
+            async def serve_request(self, ws, header, body):
+                if not header["path"].endswith("-7"):
+                    await super().serve_request(ws, header, body)
+
+        status, said = self.load(Losing(CERTIFICATES[0]), "--requests", "20", "--timeout", "0.5")
+        self.assertEqual((status, said["lost"], said["answered"]), (1, 1, 19))
+
+    def test_doubled_answers_are_counted(self):
+        class Stuttering(ScriptedHelper):
+            async def serve_request(self, ws, header, body):
+                await super().serve_request(ws, header, body)
+                if header["path"].endswith("-20"):
+                    await super().serve_request(ws, header, body)
+
+        status, said = self.load(Stuttering(CERTIFICATES[0]), "--requests", "20")
+        self.assertEqual((status, said["doubled"], said["answered"]), (1, 1, 20))
+
+    def test_answers_for_others_are_counted(self):
+        class Mixing(ScriptedHelper):
+            async def serve_request(self, ws, header, body):
+                if "load=1-5" in header["path"]:
+                    await ws.send(reply(header["id"] + (1 << 40)))
+                await super().serve_request(ws, header, body)
+
+        status, said = self.load(Mixing(CERTIFICATES[0]), "--peers", "2", "--requests", "20")
+        self.assertEqual((status, said["misdelivered"], said["answered"]), (1, 1, 20))
+
+    def test_answers_about_another_slide_are_counted(self):
+        helper = ScriptedHelper(CERTIFICATES[0])
+        helper.engine = lambda header, _: (200, "application/json", json.dumps(
+            {"slide": 1 if header["path"].endswith("-3") else
+                      int(header["path"].split("/")[3])}).encode())
+        status, said = self.load(helper, "--requests", "10", "--echo-slides", "5")
+        self.assertEqual((status, said["misdelivered"], said["answered"]), (1, 1, 9))
+
+    def test_failed_and_broken_answers_are_counted(self):
+        class Failing(ScriptedHelper):
+            async def serve_request(self, ws, header, body):
+                if header["path"].endswith("-4"):
+                    await ws.send(b"\0\0\0\1x")
+                await super().serve_request(ws, header, body)
+
+            def engine(self, header, body):
+                return 500 if header["path"].endswith("-6") else 200, "text/plain", b""
+
+        status, said = self.load(Failing(CERTIFICATES[0]), "--requests", "10")
+        self.assertEqual((status, said["broken"], said["failed"], said["answered"]),
+                         (1, 1, 1, 10))
+
+    def test_lost_connection_is_counted(self):
+        class Leaving(ScriptedHelper):
+            async def serve_request(self, ws, header, body):
+                if header["path"].endswith("load=2-3"):
+                    await ws.close()
+                else:
+                    await super().serve_request(ws, header, body)
+
+        status, said = self.load(Leaving(CERTIFICATES[0]), "--peers", "2", "--requests", "20")
+        self.assertEqual((status, said["connectionsLost"], said["lost"]), (1, 1, 1))
+        self.assertEqual(said["answered"], 12)
+
+
+class RudeHelpers(ToolTest):
+    """None of them may crash the program or keep it for ever."""
+
+    def check_rude(self, helper, status, text):
+        self.start(helper)
+        self.check(self.run_tool(helper, "get", "/", "--timeout", "5"), status, text)
+
+    def test_nobody_there(self):
+        with PlainServer(None) as server:
+            port = server.port
+        result = subprocess.run(self.command("info", "--port", str(port)), env=self.environment,
+                                capture_output=True, timeout=DEADLINE, check=False)
+        self.check(result, 3, "Is Torvane P2P Helper running?")
+
+    def test_no_tls(self):
+        for greeting in (b"", b"HTTP/1.1 200 OK\r\n\r\n", b"\x16\x03\x03\xff\xff" + b"x" * 70000):
+            self.check_rude(PlainServer(greeting), 3, "is no Torvane P2P Helper")
+
+    def test_silence(self):
+        with PlainServer(None) as server:
+            result = self.run_tool(server, "info", "--timeout", "0.3")
+        self.check(result, 3, "it took too long")
+
+    def test_old_tls(self):
+        helper = ScriptedHelper(CERTIFICATES[0])
+        helper.newest_tls = ssl.TLSVersion.TLSv1_2
+        self.check_rude(helper, 3, "is no Torvane P2P Helper")
+
+    def test_other_web_socket_server(self):
+        helper = ScriptedHelper(CERTIFICATES[0])
+        helper.subprotocols = None
+        self.check_rude(helper, 3, "is no Torvane P2P Helper")
+
+    def test_upgrade_refused(self):
+        class Refusing(ScriptedHelper):
+            async def _refuse_other_paths(self, path, _headers):
+                return http.HTTPStatus.FORBIDDEN, [], b"x" * 100000
+
+        self.check_rude(Refusing(CERTIFICATES[0]), 3, "it answered with status 403")
+
+    def greeting(self, message, status, text):
+        class Greeting(ScriptedHelper):
+            async def greet(self, ws):
+                await ws.send(message)
+                await ws.wait_closed()
+
+        self.check_rude(Greeting(CERTIFICATES[0]), status, text)
+
+    def test_strange_greetings(self):
+        nonce = "A" * 43 + "="
+        for message in ("", "{}", "[" * 2000, '{"type":"accepted"}', '{"type":"waiting"}',
+                        '{"type":"hello","version":1,"name":"x","nonce":"AAAA"}',
+                        json.dumps({"type": "hello", "version": 1, "name": "x" * 5000,
+                                    "nonce": nonce})):
+            self.greeting(message, 1, "it said something unexpected")
+        self.greeting(b"binary", 1, "a message of the wrong kind")
+        self.greeting(json.dumps({"type": "hello", "version": 2, "name": "x", "nonce": nonce}), 3,
+                      "it speaks version 2")
+
+    def test_huge_message(self):
+        self.greeting(b"x" * (16 * 1024 * 1024 + 1), 1, "over 16 MiB")
+
+    def answering(self, messages, text, status=1):
+        class Answering(ScriptedHelper):
+            async def serve_frame(self, ws, state, frame):
+                for message in messages:
+                    await ws.send(message)
+
+        self.check_rude(Answering(CERTIFICATES[0]), status, text)
+
+    def test_broken_frames(self):
+        for frame in (b"", b"\0\0\0", b"\xff\xff\xff\xff{}", b"\0\0\0\2[]", encode({"id": 1}),
+                      encode({"id": "1", "status": 200, "contentType": "x"}),
+                      b"\0\1\0\0" + b"[" * 65536, reply(2 ** 70)):
+            self.answering([frame], "it sent a malformed answer")
+
+    def test_text_after_acceptance(self):
+        self.answering(['{"type":"accepted"}'], "a message of the wrong kind")
+
+    def test_no_challenge(self):
+        for body in (b"", b"{}", b'{"challenge":7}'):
+            self.answering([reply(1, body)], "it gave no challenge")
+
+    def test_flood_of_answers(self):
+        flood = [reply(99, b"x" * 8 * 1024 * 1024)] * 12
+        self.answering(flood, "far more than was asked for")
+
+    def test_bytes_for_the_terminal_in_names(self):
+        class Colourful(ScriptedHelper):
+            async def greet(self, ws):
+                await ws.send(json.dumps({"type": "hello", "version": 1,
+                                          "name": "\x1b[31mRed\u202e", "nonce": "A" * 43 + "="}))
+                await ws.recv()
+                await ws.send('{"type":"refused","reason":"\\u001b[2J"}')
+                await ws.wait_closed()
+
+        helper = self.start(Colourful(CERTIFICATES[0]))
+        said = self.check(self.run_tool(helper, "pair"), 1, "(?[2J)")
+        self.assertNotIn("\x1b", said)
+
+
+if __name__ == "__main__":
+    unittest.main()
