@@ -5,8 +5,6 @@
 #include <atomic>
 #include <filesystem>
 #include <fstream>
-#include <regex>
-#include <sstream>
 
 #include "platform/curl_http_session_fixture.h"
 
@@ -34,10 +32,8 @@ std::string unescape(std::string text) {
   text = replaceAll(std::move(text), "\\n", "\n");
   text = replaceAll(std::move(text), "\\t", "\t");
   text = replaceAll(std::move(text), "\\f", "\f");
-  const std::regex hexadecimal("\\\\x([0-9a-fA-F]{2})");
-  for (std::smatch match; std::regex_search(text, match, hexadecimal);) {
-    const char byte = static_cast<char>(std::stoi(match[1], nullptr, 16));
-    text = match.prefix().str() + byte + match.suffix().str();
+  for (std::size_t at = 0; (at = text.find("\\x", at)) != std::string::npos; ++at) {
+    text.replace(at, 4, 1, static_cast<char>(std::stoi(text.substr(at + 2, 2), nullptr, 16)));
   }
   return text;
 }
