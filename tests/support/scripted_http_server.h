@@ -35,6 +35,8 @@ class ScriptedHttpServer {
     bool staysQuietFor(std::chrono::milliseconds time);
     void waitForClose();
 
+    [[nodiscard]] int descriptor() const { return socket_; }
+
     const int number;  // from 0
 
    private:
