@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QObject>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <thread>
+
+#include "app/main_queue.h"
+#include "platform/posix/unique_fd.h"
+
+namespace torvane {
+
+// Queued work on Qt's event loop; made on the main thread, before the loop runs.
+//
+// An event counter is readable exactly while work waits, so every loop that listens to it, the
+// nested one of an alert too, takes the work up in order. It is a file descriptor rather than an
+// event posted to an object because Qt handles posted events until none is left: a flood of work
+// would hold up timers and the user's input.
+class QtMainQueue final : public MainQueue {
+ public:
+  QtMainQueue();
+  ~QtMainQueue() override;
+  QtMainQueue(const QtMainQueue&) = delete;
+  QtMainQueue& operator=(const QtMainQueue&) = delete;
+
+  void async(std::function<void()> work) override;
+  void after(double seconds, std::function<void()> work) override;
+  void every(double seconds, std::function<void()> work) override;
+  void block(double seconds) override;
+  [[nodiscard]] bool isCurrent() const override;
+
+ private:
+  void runSome();
+  std::function<void()> takeFirst();  // empty when nothing waits
+
+  const std::thread::id mainThread_ = std::this_thread::get_id();
+  UniqueFd counter_;
+  std::mutex mutex_;
+  std::deque<std::function<void()>> waiting_;  // under mutex_, with the counter's state
+  QObject timers_;                             // last: ends every timer first
+};
+
+}  // namespace torvane
