@@ -1,0 +1,33 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "app/user_defaults.h"
+
+namespace torvane {
+
+// One JSON object in one file, read on construction and written whole at each change: aside,
+// synced, renamed, readable by its user alone. A file that is not such an object, or is larger than
+// kMaxBytes, counts as empty and is kept beside it with ".broken" behind its name.
+class JsonUserDefaults final : public UserDefaults {
+ public:
+  static constexpr std::size_t kMaxBytes = 1 << 20;
+
+  explicit JsonUserDefaults(std::string path);
+
+  [[nodiscard]] std::optional<JsonValue> object(const std::string& key) const override;
+  void setObject(const std::string& key, JsonValue value) override;
+  void removeObject(const std::string& key) override;
+
+ private:
+  void save() const;
+
+  std::string path_;
+  JsonObject values_;
+};
+
+// torvane/defaults.json in the user's folder for settings.
+[[nodiscard]] std::string userDefaultsPath(const std::string& homeDirectory);
+
+}  // namespace torvane
