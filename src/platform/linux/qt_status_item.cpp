@@ -1,0 +1,86 @@
+#include "platform/linux/qt_status_item.h"
+
+#include <QApplication>
+#include <QCursor>
+#include <QEvent>
+#include <chrono>
+#include <functional>
+#include <utility>
+
+#include "platform/linux/qt_text.h"
+#include "platform/linux/symbol_icon.h"
+#include "platform/linux/tray_presence.h"
+
+namespace torvane {
+namespace {
+
+constexpr std::chrono::milliseconds kTrayInterval{500};
+
+}  // namespace
+
+// Tells when the desktop turns from light to dark or back.
+class QtStatusItem::PaletteListener final : public QObject {
+ public:
+  explicit PaletteListener(std::function<void()> onChange) : onChange_(std::move(onChange)) {
+    qApp->installEventFilter(this);
+  }
+
+  bool eventFilter(QObject* watched, QEvent* event) override {
+    if (watched == qApp && event->type() == QEvent::ApplicationPaletteChange) onChange_();
+    return false;
+  }
+
+ private:
+  std::function<void()> onChange_;
+};
+
+QtStatusItem::QtStatusItem()
+    : paletteListener_(std::make_unique<PaletteListener>([this] { showIcon(); })) {
+  QObject::connect(&trayTimer_, &QTimer::timeout, &trayTimer_, [this] { lookForTray(); });
+  trayTimer_.start(kTrayInterval);
+  lookForTray();
+}
+
+QtStatusItem::~QtStatusItem() = default;
+
+void QtStatusItem::lookForTray() {
+  if (!isTrayPresent()) return;
+  trayTimer_.stop();
+  putIntoTray();
+}
+
+void QtStatusItem::putIntoTray() {
+  tray_ = std::make_unique<QSystemTrayIcon>();
+  QObject::connect(tray_.get(), &QSystemTrayIcon::activated, tray_.get(),
+                   [this](auto reason) { openAtPointer(reason); });
+  tray_->setContextMenu(&contextMenu_.menu());
+  contextMenu_.update();
+  showIcon();
+}
+
+void QtStatusItem::setIcon(const StatusIcon& icon) {
+  if (icon_ != icon) {
+    icon_ = icon;
+    showIcon();
+  }
+  contextMenu_.update();
+}
+
+void QtStatusItem::showIcon() {
+  if (!tray_ || !icon_) return;
+  tray_->setToolTip(plainToolTip(icon_->toolTip));
+  tray_->setIcon(symbolIcon(icon_->symbolName, QApplication::palette(), icon_->appearsDisabled));
+  tray_->show();
+}
+
+void QtStatusItem::setMenu(MenuDelegate& delegate) {
+  contextMenu_.setDelegate(delegate);
+  clickMenu_.setDelegate(delegate);
+  contextMenu_.update();
+}
+
+void QtStatusItem::openAtPointer(QSystemTrayIcon::ActivationReason reason) {
+  if (reason == QSystemTrayIcon::Trigger) clickMenu_.menu().popup(QCursor::pos());
+}
+
+}  // namespace torvane

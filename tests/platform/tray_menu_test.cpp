@@ -1,0 +1,176 @@
+#include "platform/linux/tray_menu.h"
+
+#include <gtest/gtest.h>
+
+#include <QAction>
+#include <QTextDocument>
+
+#include "platform/linux/qt_text.h"
+#include "support/qt_event_loop.h"
+
+namespace torvane {
+namespace {
+
+MenuItem line(const std::string& title, int indentation = 0) {
+  return {title, {}, indentation};
+}
+
+MenuItem command(
+    const std::string& title, std::function<void()> action = [] {}) {
+  return {title, std::move(action)};
+}
+
+MenuItem checked(MenuItem item) {
+  item.isChecked = true;
+  return item;
+}
+
+MenuItem separator() {
+  MenuItem item;
+  item.isSeparator = true;
+  return item;
+}
+
+class FakeMenuDelegate final : public MenuDelegate {
+ public:
+  std::vector<MenuItem> items;
+  int asked = 0;
+
+  std::vector<MenuItem> menuNeedsUpdate() override {
+    ++asked;
+    return items;
+  }
+};
+
+class TrayMenuTest : public testing::Test {
+ protected:
+  TrayMenuTest() { menu.setDelegate(delegate); }
+
+  void open() { menu.menu().aboutToShow(); }
+  QAction* action(int index) { return menu.menu().actions().at(index); }
+
+  FakeMenuDelegate delegate;
+  TrayMenu menu;
+};
+
+TEST_F(TrayMenuTest, ShowsTheItemsItIsGiven) {
+  delegate.items = {line("Connected:"), line("Anna's iPad", 1), separator(),
+                    checked(command("Launch at Login")), command("Quit")};
+  open();
+  ASSERT_EQ(menu.menu().actions().size(), 5);
+  EXPECT_EQ(action(0)->text(), "Connected:");
+  EXPECT_FALSE(action(0)->isEnabled());
+  EXPECT_EQ(action(1)->text(), "    Anna's iPad");
+  EXPECT_TRUE(action(2)->isSeparator());
+  EXPECT_TRUE(action(3)->isChecked());
+  EXPECT_FALSE(action(4)->isCheckable());
+  EXPECT_TRUE(action(4)->isEnabled());
+}
+
+TEST_F(TrayMenuTest, AsksAgainEachTimeItOpens) {
+  delegate.items = {command("Start Server")};
+  open();
+  delegate.items = {command("Stop Server"), command("Quit")};
+  open();
+  EXPECT_EQ(delegate.asked, 2);
+  ASSERT_EQ(menu.menu().actions().size(), 2);
+  EXPECT_EQ(action(0)->text(), "Stop Server");
+}
+
+TEST_F(TrayMenuTest, LeavesAMenuAloneThatWouldStayAsItIs) {
+  delegate.items = {command("Quit")};
+  open();
+  const QAction* before = action(0);
+  open();
+  menu.update();
+  EXPECT_EQ(action(0), before);
+}
+
+TEST_F(TrayMenuTest, RunsTheLatestActionFromTheEventLoop) {
+  int first = 0;
+  int second = 0;
+  delegate.items = {command("Quit", [&] { ++first; })};
+  open();
+  delegate.items = {command("Quit", [&] { ++second; })};
+  open();
+  action(0)->trigger();
+  EXPECT_EQ(second, 0);
+  ASSERT_TRUE(runEventsUntil([&] { return second == 1; }));
+  EXPECT_EQ(first, 0);
+}
+
+TEST_F(TrayMenuTest, AnActionMayChangeTheMenu) {
+  bool ran = false;
+  delegate.items = {command("Forget", [&] {
+    delegate.items.clear();
+    menu.update();
+    ran = true;
+  })};
+  open();
+  action(0)->trigger();
+  ASSERT_TRUE(runEventsUntil([&] { return ran; }));
+  EXPECT_TRUE(menu.menu().isEmpty());
+}
+
+TEST_F(TrayMenuTest, AChoiceDoesNotMoveTheCheckMark) {
+  delegate.items = {checked(command("Launch at Login"))};
+  open();
+  action(0)->trigger();
+  EXPECT_TRUE(action(0)->isChecked());
+}
+
+TEST_F(TrayMenuTest, NamesKeepTheirCharacters) {
+  delegate.items = {line("R&D_iPad & Co_"), line("two\tcolumns\nand lines")};
+  open();
+  EXPECT_EQ(action(0)->text(), "R&&D_iPad && Co_");
+  EXPECT_TRUE(action(0)->shortcut().isEmpty());
+  EXPECT_EQ(action(1)->text(), "two columns and lines");
+}
+
+TEST_F(TrayMenuTest, IsEmptyWithoutADelegate) {
+  TrayMenu lonely;
+  lonely.update();
+  EXPECT_TRUE(lonely.menu().isEmpty());
+}
+
+// What a panel shows of a label that came over D-Bus: two '_' are one, a single one marks a key.
+std::string shownByPanel(const std::string& label) {
+  std::string shown;
+  for (std::size_t i = 0; i < label.size(); ++i) {
+    if (label[i] == '_') {
+      if (i + 1 == label.size() || label[i + 1] != '_') continue;
+      ++i;
+    }
+    shown += label[i];
+  }
+  return shown;
+}
+
+// What Qt sends for a label: the first '&' that is not at the end becomes the mark.
+std::string sentByQt(const QString& label) {
+  QString sent = label;
+  const auto mark = sent.indexOf('&');
+  if (mark >= 0 && mark != sent.size() - 1) sent[mark] = '_';
+  return sent.toStdString();
+}
+
+TEST(ExportedLabelTest, NamesKeepTheirCharacters) {
+  for (const std::string name :
+       {"Quit", "a_b", "_", "__", "&", "a&", "&a", "_&", "&_", "R&D", "A & B & C", "_a_&_b_", ""}) {
+    EXPECT_EQ(shownByPanel(sentByQt(exportedLabel(name))), name);
+  }
+}
+
+TEST(PlainToolTipTest, IsNeverTakenForRichText) {
+  EXPECT_EQ(plainToolTip("Torvane P2P Helper: iPad connected (A, B)"),
+            "Torvane P2P Helper: iPad connected (A, B)");
+  for (const std::string hostile : {"(<b>x</b>)", "<img src='x'>", "&lt;b", "(<qt>)"}) {
+    EXPECT_TRUE(Qt::mightBeRichText(qtText(hostile)));
+    const QString shown = plainToolTip(hostile);
+    EXPECT_FALSE(Qt::mightBeRichText(shown));
+    EXPECT_EQ(QString(shown).remove(QChar(0x2060)), qtText(hostile));
+  }
+}
+
+}  // namespace
+}  // namespace torvane
