@@ -1,6 +1,7 @@
 #include "platform/linux/qt_alerts.h"
 
 #include <QAbstractButton>
+#include <QApplication>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
@@ -22,6 +23,15 @@ void showAsPlainText(QMessageBox& box, const AlertContent& content) {
     bold.setBold(true);
     title->setFont(bold);
     title->setWordWrap(true);
+  }
+}
+
+void showIcon(QMessageBox& box, AlertContent::Style style) {
+  constexpr int kSide = 48;
+  if (style == AlertContent::Style::warning) {
+    box.setIcon(QMessageBox::Warning);
+  } else {
+    box.setIconPixmap(QApplication::windowIcon().pixmap(kSide));
   }
 }
 
@@ -51,8 +61,7 @@ int QtAlerts::runModal(const AlertContent& content) {
   box.setWindowTitle("Torvane P2P Helper");
   box.setWindowModality(Qt::ApplicationModal);
   box.setWindowFlag(Qt::WindowStaysOnTopHint);
-  box.setIcon(content.style == AlertContent::Style::warning ? QMessageBox::Warning
-                                                            : QMessageBox::Information);
+  showIcon(box, content.style);
   showAsPlainText(box, content);
   const auto buttons = addButtons(box, content);
 

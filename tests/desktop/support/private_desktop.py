@@ -45,6 +45,7 @@ systray_icon_size = 22
 time1_format = %H:%M
 time1_font = DejaVu Sans 10
 clock_font_color = {text} 100
+clock_padding = 10 0
 """
 
 
