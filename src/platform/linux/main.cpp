@@ -1,0 +1,114 @@
+// The program on a Linux desktop: makes every adapter once and runs until it is told to end.
+
+#include <QApplication>
+#include <functional>
+#include <utility>
+
+#include "app/bridge_delegate.h"
+#include "platform/linux/curl_http_session.h"
+#include "platform/linux/folder_bundle.h"
+#include "platform/linux/granted_permissions.h"
+#include "platform/linux/json_user_defaults.h"
+#include "platform/linux/linux_process_info.h"
+#include "platform/linux/peer_link.h"
+#include "platform/linux/qt_alerts.h"
+#include "platform/linux/qt_application.h"
+#include "platform/linux/qt_main_queue.h"
+#include "platform/linux/qt_status_item.h"
+#include "platform/linux/symbol_icon.h"
+#include "platform/linux/system_clock.h"
+#include "platform/linux/termination_signals.h"
+#include "platform/posix/posix_child_process.h"
+#include "platform/posix/posix_file_system.h"
+#include "platform/posix/thread_background_queue.h"
+
+namespace torvane {
+namespace {
+
+PeerLinkOptions peerLinkOptions(MainQueue& mainQueue) {
+  PeerLinkOptions options = PeerLinkOptions::fromEnvironment();
+  options.afterDelivery = [&mainQueue](std::function<void()> work) {
+    mainQueue.async(std::move(work));
+  };
+  return options;
+}
+
+// One of each adapter; the later ones may use the earlier ones.
+struct LinuxPlatform {
+  explicit LinuxPlatform(LinuxProcessInfo& info)
+      : processInfo(info), defaults(userDefaultsPath(info.homeDirectory())) {}
+
+  LinuxProcessInfo& processInfo;
+  QtMainQueue mainQueue;
+  QtApplication application;
+  QtStatusBar statusBar;
+  QtAlerts alerts;
+  ThreadBackgroundQueue backgroundQueue;
+  SystemClock clock;
+  JsonUserDefaults defaults;
+  FolderBundle bundle{mainBundlePath()};
+  GrantedAccessibility accessibility;
+  GrantedPrivacyDatabase privacyDatabase;
+  CurlHttpSessions http;
+  WebSocketPeerLink peerLink{peerLinkOptions(mainQueue)};
+  PosixFileSystem files;
+  PosixProcessLauncher processes;
+
+  Platform ports{.application = application,
+                 .statusBar = statusBar,
+                 .alerts = alerts,
+                 .mainQueue = mainQueue,
+                 .backgroundQueue = backgroundQueue,
+                 .clock = clock,
+                 .defaults = defaults,
+                 .bundle = bundle,
+                 .processInfo = processInfo,
+                 .accessibility = accessibility,
+                 .privacyDatabase = privacyDatabase,
+                 .http = http,
+                 .peerLink = peerLink,
+                 .files = files,
+                 .processes = processes,
+                 .python = kLinuxPython};
+};
+
+void configureQt() {
+  // A status item has no window whose closing could mean the end.
+  QApplication::setQuitOnLastWindowClosed(false);
+  QApplication::setQuitLockEnabled(false);
+  QApplication::setApplicationName("Torvane P2P Helper");
+  QApplication::setDesktopFileName("torvane-p2p-helper");
+  QApplication::setWindowIcon(
+      symbolIcon("dot.radiowaves.left.and.right", QApplication::palette(), false));
+}
+
+int run(LinuxProcessInfo& processInfo) {
+  LinuxPlatform platform(processInfo);
+  BridgeDelegate delegate(platform.ports);
+  const TerminationSignals endingSignals([&] { platform.application.terminate(); });
+
+  bool hasLaunched = false;
+  platform.mainQueue.async([&] {
+    delegate.applicationDidFinishLaunching();
+    hasLaunched = true;
+  });
+  const int status = QApplication::exec();
+  if (hasLaunched) delegate.applicationWillTerminate();
+  return status;
+}
+
+}  // namespace
+}  // namespace torvane
+
+// There is no command line: whatever is given is ignored, by Qt too.
+int main(int, char** argv) {
+  // As it is for the engine, before anything is added to it.
+  torvane::LinuxProcessInfo processInfo;
+  // Overlay and alerts have to stand above other windows, which Wayland leaves to no program; its
+  // sessions have an X server for that.
+  if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "xcb");
+  int onlyTheName = 1;
+  QApplication application(onlyTheName, argv);
+  torvane::configureQt();
+  return torvane::run(processInfo);
+}
