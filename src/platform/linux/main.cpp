@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <functional>
+#include <optional>
 #include <utility>
 
 #include "app/bridge_delegate.h"
@@ -50,7 +51,7 @@ struct LinuxPlatform {
   GrantedAccessibility accessibility;
   GrantedPrivacyDatabase privacyDatabase;
   CurlHttpSessions http;
-  WebSocketPeerLink peerLink{peerLinkOptions(mainQueue)};
+  std::optional<WebSocketPeerLink> peerLink{std::in_place, peerLinkOptions(mainQueue)};
   PosixFileSystem files;
   PosixProcessLauncher processes;
 
@@ -66,7 +67,7 @@ struct LinuxPlatform {
                  .accessibility = accessibility,
                  .privacyDatabase = privacyDatabase,
                  .http = http,
-                 .peerLink = peerLink,
+                 .peerLink = *peerLink,
                  .files = files,
                  .processes = processes,
                  .python = kLinuxPython};
@@ -94,6 +95,7 @@ int run(LinuxProcessInfo& processInfo) {
   });
   const int status = QApplication::exec();
   if (hasLaunched) delegate.applicationWillTerminate();
+  platform.peerLink.reset();  // its thread calls the delegate, which goes first otherwise
   return status;
 }
 
