@@ -115,102 +115,99 @@ constexpr std::array kOptions = {
                setNumber<&Options::echoSlides, 1, 10000>},
 };
 
-const std::vector<CommandSpec>& commandTable() {
-  static const std::vector<CommandSpec> table = {
-      {"find",
-       "",
-       0,
-       0,
-       "List the helpers that can be reached",
-       "Lists the helper that runs on this computer and those that announce\n"
-       "themselves on the network. Looking takes about three seconds.",
-       "torvane-ipad find",
-       {}},
-      {"pair",
-       "",
-       0,
-       0,
-       "Ask a helper to pair this device",
-       "Invites the helper and waits until its user has answered. Afterwards the\n"
-       "helper accepts this device without a question, and this device remembers\n"
-       "the helper's certificate: another one shown later is reported as an error.\n"
-       "With --peers, pairs the devices that \"load --peers\" acts as.",
-       "torvane-ipad pair --host 192.168.1.20 --name \"Stage iPad\"",
-       {"peers", "trust-new", "forget"}},
-      {"info",
-       "",
-       0,
-       0,
-       "Show which build the helper is",
-       "Connects, asks for a challenge and sends a signed request for the\n"
-       "helper's build number.",
-       "torvane-ipad info --json",
-       {}},
-      {"get",
-       "PATH",
-       1,
-       1,
-       "Fetch a path of the engine",
-       "Sends a signed GET request and writes the answer's body to standard\n"
-       "output, or to the file given with --output.",
-       "torvane-ipad get /api/slides/1/picture --output slide.png",
-       {"output"}},
-      {"post",
-       "PATH [FILE]",
-       1,
-       2,
-       "Send something to a path of the engine",
-       "Sends a signed request with the contents of FILE (standard input when\n"
-       "FILE is -; nothing when it is left out) and writes the answer's body.",
-       "echo '{\"slide\": 3}' | torvane-ipad post /api/goto -",
-       {"method", "content-type", "output"}},
-      {"state",
-       "",
-       0,
-       0,
-       "Show the state of the presentation",
-       "Fetches /api/state and prints it in words.",
-       "torvane-ipad state",
-       {}},
-      {"watch",
-       "",
-       0,
-       0,
-       "Show changes of the presentation as they happen",
-       "Prints the state, then a line for every change, until it is interrupted\n"
-       "or the time given with --for is over.",
-       "torvane-ipad watch --for 60",
-       {"every", "for"}},
-      {"load",
-       "",
-       0,
-       0,
-       "Send many requests and measure the answers",
-       "Keeps requests in flight from one or more devices and checks that every\n"
-       "request gets exactly one answer, its own. Prints throughput, latencies\n"
-       "(counted from sending a request to its answer) and what went wrong:\n"
-       "  failed        answered with a status of 400 or more\n"
-       "  lost          not answered within --timeout\n"
-       "  late          answered, but after --timeout; not counted as lost\n"
-       "  doubled       answered more than once\n"
-       "  misdelivered  the answer to a request of another peer or to no request\n"
-       "  broken        not a well-formed answer\n"
-       "Devices that are not paired yet are paired first. Ends with 1 when\n"
-       "anything went wrong.",
-       "torvane-ipad load --peers 4 --requests 60000 --rate 200 --in-flight 4",
-       {"peers", "requests", "seconds", "in-flight", "rate", "path", "echo-slides"}},
-      {"replay",
-       "",
-       0,
-       0,
-       "Check that the helper refuses replayed requests",
-       "Sends one signed request twice on one connection and once more on a new\n"
-       "connection, and reports the answers: there must be exactly one.",
-       "torvane-ipad replay",
-       {}},
-  };
-  return table;
-}
+const std::vector<CommandSpec> kCommands = {
+    {"find",
+     "",
+     0,
+     0,
+     "List the helpers that can be reached",
+     "Lists the helper that runs on this computer and those that announce\n"
+     "themselves on the network. Looking takes about three seconds.",
+     "torvane-ipad find",
+     {}},
+    {"pair",
+     "",
+     0,
+     0,
+     "Ask a helper to pair this device",
+     "Invites the helper and waits until its user has answered. Afterwards the\n"
+     "helper accepts this device without a question, and this device remembers\n"
+     "the helper's certificate: another one shown later is reported as an error.\n"
+     "With --peers, pairs the devices that \"load --peers\" acts as.",
+     "torvane-ipad pair --host 192.168.1.20 --name \"Stage iPad\"",
+     {"peers", "trust-new", "forget"}},
+    {"info",
+     "",
+     0,
+     0,
+     "Show which build the helper is",
+     "Connects, asks for a challenge and sends a signed request for the\n"
+     "helper's build number.",
+     "torvane-ipad info --json",
+     {}},
+    {"get",
+     "PATH",
+     1,
+     1,
+     "Fetch a path of the engine",
+     "Sends a signed GET request and writes the answer's body to standard\n"
+     "output, or to the file given with --output.",
+     "torvane-ipad get /api/slides/1/picture --output slide.png",
+     {"output"}},
+    {"post",
+     "PATH [FILE]",
+     1,
+     2,
+     "Send something to a path of the engine",
+     "Sends a signed request with the contents of FILE (standard input when\n"
+     "FILE is -; nothing when it is left out) and writes the answer's body.",
+     "echo '{\"slide\": 3}' | torvane-ipad post /api/goto -",
+     {"method", "content-type", "output"}},
+    {"state",
+     "",
+     0,
+     0,
+     "Show the state of the presentation",
+     "Fetches /api/state and prints it in words.",
+     "torvane-ipad state",
+     {}},
+    {"watch",
+     "",
+     0,
+     0,
+     "Show changes of the presentation as they happen",
+     "Prints the state, then a line for every change, until it is interrupted\n"
+     "or the time given with --for is over.",
+     "torvane-ipad watch --for 60",
+     {"every", "for"}},
+    {"load",
+     "",
+     0,
+     0,
+     "Send many requests and measure the answers",
+     "Keeps requests in flight from one or more devices and checks that every\n"
+     "request gets exactly one answer, its own. Prints throughput, latencies\n"
+     "(counted from sending a request to its answer) and what went wrong:\n"
+     "  failed        answered with a status of 400 or more\n"
+     "  lost          not answered within --timeout\n"
+     "  late          answered, but after --timeout; not counted as lost\n"
+     "  doubled       answered more than once\n"
+     "  misdelivered  the answer to a request of another peer or to no request\n"
+     "  broken        not a well-formed answer\n"
+     "Devices that are not paired yet are paired first. Ends with 1 when\n"
+     "anything went wrong.",
+     "torvane-ipad load --peers 4 --requests 60000 --rate 200 --in-flight 4",
+     {"peers", "requests", "seconds", "in-flight", "rate", "path", "echo-slides"}},
+    {"replay",
+     "",
+     0,
+     0,
+     "Check that the helper refuses replayed requests",
+     "Sends one signed request twice on one connection and once more on a new\n"
+     "connection, and reports the answers: there must be exactly one.",
+     "torvane-ipad replay",
+     {}},
+};
 
 }  // namespace
 
@@ -219,13 +216,12 @@ std::span<const OptionSpec> commonOptions() {
 }
 
 std::span<const CommandSpec> allCommands() {
-  return commandTable();
+  return kCommands;
 }
 
 const CommandSpec* findCommand(std::string_view name) {
-  const auto& table = commandTable();
-  const auto found = std::ranges::find(table, name, &CommandSpec::name);
-  return found == table.end() ? nullptr : &*found;
+  const auto found = std::ranges::find(kCommands, name, &CommandSpec::name);
+  return found == kCommands.end() ? nullptr : &*found;
 }
 
 const OptionSpec* findOption(std::string_view name) {

@@ -1,15 +1,9 @@
-#include "torvane_ipad/peer_connection.h"
+#include "torvane_ipad/websocket_connection.h"
 
-#include <openssl/x509.h>
-#include <sodium.h>
-
-#include <array>
 #include <boost/asio/connect.hpp>
 #include <boost/asio/dispatch.hpp>
-#include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/address.hpp>
 #include <boost/asio/ip/tcp.hpp>
-#include <boost/asio/ssl/context.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
 #include <boost/beast/core/tcp_stream.hpp>
@@ -17,10 +11,10 @@
 #include <boost/beast/websocket.hpp>
 #include <boost/beast/websocket/ssl.hpp>
 #include <deque>
-#include <future>
 #include <optional>
-#include <thread>
+#include <string_view>
 
+#include "torvane_ipad/certificate_fingerprint.h"
 #include "torvane_ipad/control_messages.h"
 
 namespace torvane::ipad {
@@ -40,33 +34,12 @@ constexpr const char* kSubprotocol = "torvane.link.1";
 constexpr auto kMostSilence = std::chrono::seconds(12);
 constexpr auto kCloseTime = std::chrono::seconds(1);
 
-using Fingerprint = std::array<std::uint8_t, crypto_hash_sha256_BYTES>;
-
-std::optional<Fingerprint> peerFingerprint(SSL* tls) {
-  const std::unique_ptr<X509, decltype(&X509_free)> certificate(SSL_get1_peer_certificate(tls),
-                                                                &X509_free);
-  if (!certificate) return std::nullopt;
-  unsigned char* der = nullptr;
-  const int size = i2d_X509(certificate.get(), &der);
-  if (size <= 0) return std::nullopt;
-  Fingerprint digest{};
-  crypto_hash_sha256(digest.data(), der, static_cast<unsigned>(size));
-  OPENSSL_free(der);
-  return digest;
-}
-
-std::string hexText(const Fingerprint& digest) {
-  std::string text(digest.size() * 2 + 1, '\0');
-  sodium_bin2hex(text.data(), text.size(), digest.data(), digest.size());
-  text.pop_back();
-  return text;
-}
-
-class BeastConnection : public PeerConnection,
-                        public std::enable_shared_from_this<BeastConnection> {
+class WebSocketConnection : public PeerConnection,
+                            public std::enable_shared_from_this<WebSocketConnection> {
  public:
-  BeastConnection(asio::io_context& context, asio::ssl::context& tls, ConnectionSettings settings,
-                  DeviceIdentity identity, std::weak_ptr<ConnectionHandler> handler)
+  WebSocketConnection(asio::io_context& context, asio::ssl::context& tls,
+                      ConnectionSettings settings, DeviceIdentity identity,
+                      std::weak_ptr<ConnectionHandler> handler)
       : settings_(std::move(settings)),
         identity_(std::move(identity)),
         handler_(std::move(handler)),
@@ -313,39 +286,15 @@ class BeastConnection : public PeerConnection,
 
 }  // namespace
 
-struct PeerNetwork::Io {
-  asio::io_context context{1};
-  asio::ssl::context tls{asio::ssl::context::tlsv13_client};
-  asio::executor_work_guard<asio::io_context::executor_type> work{context.get_executor()};
-  std::future<void> finished;
-};
-
-PeerNetwork::PeerNetwork() : io_(std::make_unique<Io>()) {
-  // Trust is decided by the certificate's fingerprint, which isTrusted() compares.
-  io_->tls.set_verify_mode(asio::ssl::verify_none);
-  io_->finished = std::async(std::launch::async, [&context = io_->context] { context.run(); });
-}
-
-PeerNetwork::~PeerNetwork() {
-  io_->work.reset();
-  if (io_->finished.wait_for(2 * kCloseTime) != std::future_status::ready) io_->context.stop();
-  io_->finished.wait();
-}
-
-std::shared_ptr<PeerConnection> PeerNetwork::connect(ConnectionSettings settings,
-                                                     DeviceIdentity identity,
-                                                     std::weak_ptr<ConnectionHandler> handler) {
-  auto connection = std::make_shared<BeastConnection>(io_->context, io_->tls, std::move(settings),
-                                                      std::move(identity), std::move(handler));
-  asio::dispatch(io_->context, [connection] { connection->start(); });
+std::shared_ptr<PeerConnection> startWebSocketConnection(asio::io_context& context,
+                                                         asio::ssl::context& tls,
+                                                         ConnectionSettings settings,
+                                                         DeviceIdentity identity,
+                                                         std::weak_ptr<ConnectionHandler> handler) {
+  auto connection = std::make_shared<WebSocketConnection>(context, tls, std::move(settings),
+                                                          std::move(identity), std::move(handler));
+  asio::dispatch(context, [connection] { connection->start(); });
   return connection;
-}
-
-void PeerNetwork::callAfter(std::chrono::nanoseconds delay, std::function<void()> action) {
-  auto timer = std::make_shared<asio::steady_timer>(io_->context, delay);
-  timer->async_wait([timer, action = std::move(action)](Error error) {
-    if (!error) action();
-  });
 }
 
 }  // namespace torvane::ipad
