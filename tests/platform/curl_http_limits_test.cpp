@@ -1,4 +1,4 @@
-// What goes wrong on the way: time-outs, limits, broken connections.
+// Time-outs and the longest answer.
 
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -212,105 +212,6 @@ TEST_F(CurlHttpLimitsTest, AnEndlessHeaderIsCut) {
   const HttpResult result = fetch(to(server));
   EXPECT_NE(errorOf(result), "");
   EXPECT_FALSE(result.response.has_value());
-}
-
-TEST_F(CurlHttpLimitsTest, AConnectionClosedInsideTheBodyIsAnError) {
-  for (const char* rest :
-       {"Content-Length: 100\r\n\r\nhalf", "Transfer-Encoding: chunked\r\n\r\n64\r\nhalf"}) {
-    Server server([rest](Connection& connection) {
-      connection.readRequest();
-      connection.send("HTTP/1.1 200 OK\r\n" + std::string(rest));
-    });
-    const HttpResult result = fetch(to(server));
-    EXPECT_NE(errorOf(result), "");
-    EXPECT_EQ(statusOf(result), 200);
-    EXPECT_TRUE(result.body.empty());
-  }
-}
-
-TEST_F(CurlHttpLimitsTest, AnUnreachableServerIsAnErrorWithoutResponse) {
-  HttpRequest request;
-  {
-    Server closed([](Connection&) {});
-    request = to(closed);
-  }
-  const HttpResult result = fetch(request);
-  EXPECT_FALSE(result.response.has_value());
-  EXPECT_TRUE(result.body.empty());
-  EXPECT_NE(errorOf(result).find("127.0.0.1"), std::string::npos) << errorOf(result);
-  EXPECT_TRUE(errorOf(result).ends_with('.')) << errorOf(result);
-}
-
-TEST_F(CurlHttpLimitsTest, WhatIsNotHttpIsAnError) {
-  for (const char* answer :
-       {"SSH-2.0-OpenSSH_9.2\r\n", "\r\n\r\n", "HTTP/9.9 200 OK\r\n\r\n", ""}) {
-    Server server([answer](Connection& connection) {
-      connection.readRequest();
-      connection.send(answer);
-    });
-    const HttpResult result = fetch(to(server));
-    EXPECT_NE(errorOf(result), "") << answer;
-    EXPECT_FALSE(result.response.has_value()) << answer;
-  }
-}
-
-TEST_F(CurlHttpLimitsTest, ASwitchOfProtocolsThatNobodyAskedForDoesNotHang) {
-  Server server([](Connection& connection) {
-    connection.readRequest();
-    connection.send("HTTP/1.1 101 Switching Protocols\r\nUpgrade: x\r\n\r\n");
-    connection.waitForClose();
-  });
-  HttpRequest request = to(server);
-  request.idleTimeout = 0.2;
-  EXPECT_NE(errorOf(fetch(request)), "");
-}
-
-// The first request leaves a connection; the server drops it when the second arrives.
-ScriptedHttpServer::Script droppingTheSecondRequest() {
-  return [](ScriptedHttpServer::Connection& connection) {
-    if (!connection.readRequest()) return;
-    connection.send(httpAnswer("x"));
-    if (connection.number == 0) {
-      connection.readRequest();
-      return;
-    }
-    connection.waitForClose();
-  };
-}
-
-TEST_F(CurlHttpLimitsTest, APostIsNeverSentTwice) {
-  Server server(droppingTheSecondRequest());
-  EXPECT_EQ(bodyOf(fetch(to(server))), "x");
-  HttpRequest request = to(server);
-  request.method = "POST";
-  request.body = toBytes("next slide");
-  const HttpResult result = fetch(request);
-  EXPECT_EQ(errorOf(result), "The connection was lost before an answer came.");
-  EXPECT_FALSE(result.response.has_value());
-  EXPECT_EQ(server.requests().size(), 2U);
-}
-
-TEST_F(CurlHttpLimitsTest, AGetOnAConnectionThatTheServerDroppedIsSentAgain) {
-  Server server(droppingTheSecondRequest());
-  EXPECT_EQ(bodyOf(fetch(to(server))), "x");
-  EXPECT_EQ(bodyOf(fetch(to(server))), "x");
-  EXPECT_EQ(server.requests().size(), 3U);
-}
-
-TEST_F(CurlHttpLimitsTest, AConnectionThatWasClosedInBetweenIsReplaced) {
-  std::promise<void> closed;
-  Server server([&](Connection& connection) {
-    connection.readRequest();
-    connection.send(httpAnswer("x"));
-    connection.close();
-    if (connection.number == 0) closed.set_value();
-  });
-  HttpRequest request = to(server);
-  request.method = "POST";
-  EXPECT_EQ(bodyOf(fetch(request)), "x");
-  closed.get_future().wait();
-  EXPECT_EQ(bodyOf(fetch(request)), "x");
-  EXPECT_EQ(server.connections(), 2);
 }
 
 }  // namespace

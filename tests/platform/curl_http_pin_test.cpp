@@ -91,6 +91,14 @@ TEST_F(CurlHttpPinTest, TheSocketIsHeldToTheEndpointToo) {
   EXPECT_FALSE(allows(sockaddr_in6{}, {"::1", 8484}));
 }
 
+TEST_F(CurlHttpPinTest, AnEndpointThatIsNoNumericAddressIsNeverReached) {
+  HttpRequest request = to(engine);
+  request.url = "http://localhost:" + std::to_string(engine.port()) + "/";
+  request.onlyEndpoint->address = "localhost";
+  EXPECT_TRUE(isRefused(fetch(request)));
+  EXPECT_EQ(engine.connections(), 0);
+}
+
 TEST_F(CurlHttpPinTest, NoRedirectIsFollowed) {
   Server redirecting(Server::answering(
       httpAnswer("moved", "Location: " + bystander.url("/x") + "\r\n", "302 Found")));

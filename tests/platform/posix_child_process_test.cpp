@@ -1,39 +1,22 @@
-#include "platform/posix/posix_child_process.h"
+// The life of a child: how it starts, ends and is reported.
 
 #include <dirent.h>
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <chrono>
 #include <csignal>
-#include <cstdlib>
 #include <future>
 #include <thread>
+#include <vector>
 
-#include "platform/posix/posix_file_system.h"
 #include "platform/posix/unique_fd.h"
+#include "platform/posix_child_process_fixture.h"
 #include "support/temporary_folder.h"
 
 namespace torvane {
 namespace {
-
-using namespace std::chrono_literals;
-
-using Environment = std::map<std::string, std::string>;
-
-constexpr auto kPatience = 30s;
-
-ProcessLaunch shell(const std::string& script, ProcessOutput output = ProcessOutput::pipe) {
-  ProcessLaunch launch;
-  launch.executable = "/bin/sh";
-  launch.arguments = {"-c", script};
-  launch.output = output;
-  return launch;
-}
 
 int countDescriptors() {
   int count = 0;
@@ -49,25 +32,6 @@ bool hasChildren() {
   return ::waitid(P_ALL, 0, &info, WEXITED | WNOHANG | WNOWAIT) == 0;
 }
 
-class PosixChildProcessTest : public testing::Test {
- protected:
-  std::shared_ptr<ChildProcess> start(const ProcessLaunch& launch,
-                                      TerminationHandler onExit = nullptr) {
-    LaunchResult result = launcher.launch(launch, std::move(onExit));
-    EXPECT_NE(result.process, nullptr) << result.error;
-    return result.process;
-  }
-
-  std::string outputOf(const ProcessLaunch& launch) {
-    const auto process = start(launch);
-    const std::string output(asText(process->readOutputToEnd()));
-    process->waitUntilExit();
-    return output;
-  }
-
-  PosixProcessLauncher launcher;
-};
-
 TEST_F(PosixChildProcessTest, ReportsTheExitCode) {
   EXPECT_EQ(start(shell("exit 0"))->waitUntilExit(), 0);
   EXPECT_EQ(start(shell("exit 7"))->waitUntilExit(), 7);
@@ -77,62 +41,6 @@ TEST_F(PosixChildProcessTest, ReportsTheExitCode) {
 TEST_F(PosixChildProcessTest, ReportsTheSignalNumber) {
   EXPECT_EQ(start(shell("kill -KILL $$"))->waitUntilExit(), SIGKILL);
   EXPECT_EQ(start(shell("kill -SEGV $$"))->waitUntilExit(), SIGSEGV);
-}
-
-TEST_F(PosixChildProcessTest, MergesBothOutputsInTheOrderWritten) {
-  EXPECT_EQ(outputOf(shell("echo 1; echo 2 >&2; echo 3; echo 4 >&2")), "1\n2\n3\n4\n");
-}
-
-TEST_F(PosixChildProcessTest, PassesArgumentsUnchanged) {
-  ProcessLaunch launch;
-  launch.executable = "/usr/bin/printf";
-  launch.arguments = {"[%s]", "a b", "$HOME `id`", "", "\xc3\xa4\n"};
-  launch.output = ProcessOutput::pipe;
-  EXPECT_EQ(outputOf(launch), "[a b][$HOME `id`][][\xc3\xa4\n]");
-}
-
-TEST_F(PosixChildProcessTest, InheritsTheEnvironmentUnlessOneIsGiven) {
-  ::setenv("TORVANE_TEST_INHERITED", "here", 1);
-  ProcessLaunch launch = shell("echo \"$TORVANE_TEST_INHERITED,$OTHER\"");
-  EXPECT_EQ(outputOf(launch), "here,\n");
-  launch.environment = Environment{{"OTHER", "a=b c"}};
-  EXPECT_EQ(outputOf(launch), ",a=b c\n");
-  ::unsetenv("TORVANE_TEST_INHERITED");
-}
-
-TEST_F(PosixChildProcessTest, StandardInputIsTheNullDevice) {
-  EXPECT_EQ(outputOf(shell("cat; readlink /proc/self/fd/0")), "/dev/null\n");
-}
-
-TEST_F(PosixChildProcessTest, OutputMayGoToTheNullDevice) {
-  TemporaryFolder folder;
-  const std::string seen = folder / "seen";
-  const std::string script =
-      "links=$(readlink /proc/$$/fd/1 /proc/$$/fd/2); echo \"$links\" >" + seen + "; echo lost";
-  const auto process = start(shell(script, ProcessOutput::nullDevice));
-  EXPECT_EQ(process->waitUntilExit(), 0);
-  EXPECT_EQ(asText(PosixFileSystem().openForReading(seen)->read(100)), "/dev/null\n/dev/null\n");
-  EXPECT_TRUE(process->readOutputToEnd().empty());
-}
-
-TEST_F(PosixChildProcessTest, OutputMayGoToAFileThatBothAppendTo) {
-  TemporaryFolder folder;
-  PosixFileSystem files;
-  ASSERT_TRUE(files.createFile(folder / "log"));
-  auto log = files.openForWriting(folder / "log");
-  ASSERT_TRUE(log->write("banner\n"));
-  ProcessLaunch launch = shell("echo out; echo err >&2", ProcessOutput::file);
-  launch.outputFile = log.get();
-  const auto process = start(launch);
-  EXPECT_EQ(process->waitUntilExit(), 0);
-  ASSERT_TRUE(log->write("after\n"));
-  EXPECT_EQ(asText(files.openForReading(folder / "log")->read(100)), "banner\nout\nerr\nafter\n");
-}
-
-TEST_F(PosixChildProcessTest, AMissingOutputFileIsALaunchError) {
-  const LaunchResult result = launcher.launch(shell("true", ProcessOutput::file), nullptr);
-  EXPECT_EQ(result.process, nullptr);
-  EXPECT_FALSE(result.error.empty());
 }
 
 TEST_F(PosixChildProcessTest, DescribesALaunchError) {
@@ -201,54 +109,6 @@ TEST_F(PosixChildProcessTest, TerminatingAnExitedChildDoesNothing) {
   EXPECT_EQ(process->waitUntilExit(), 3);
 }
 
-TEST_F(PosixChildProcessTest, AWatchdogMayEndABlockedRead) {
-  const auto process = start(shell("exec sleep 600"));
-  std::thread watchdog([process] { process->terminate(); });
-  EXPECT_TRUE(process->readOutputToEnd().empty());
-  EXPECT_EQ(process->waitUntilExit(), SIGTERM);
-  watchdog.join();
-}
-
-TEST_F(PosixChildProcessTest, DoesNotWaitForAGrandchildThatHoldsThePipe) {
-  const auto start_ = std::chrono::steady_clock::now();
-  const auto process = start(shell("sleep 600 & echo $!; exit 4"));
-  const std::string output(asText(process->readOutputToEnd()));
-  EXPECT_EQ(process->waitUntilExit(), 4);
-  EXPECT_LT(std::chrono::steady_clock::now() - start_, kPatience);
-  const pid_t grandchild = std::atoi(output.c_str());
-  ASSERT_GT(grandchild, 1);
-  EXPECT_EQ(::kill(grandchild, SIGKILL), 0);
-}
-
-TEST_F(PosixChildProcessTest, AGrandchildThatNeverStopsWritingIsNotDrainedForEver) {
-  const auto process = start(shell("yes grandchild & echo parent; exit 2"));
-  EXPECT_NE(asText(process->readOutputToEnd()).find("parent\n"), std::string_view::npos);
-  EXPECT_EQ(process->waitUntilExit(), 2);
-}
-
-TEST_F(PosixChildProcessTest, StopsReadingWhenTheChildClosesItsPipe) {
-  const auto process = start(shell("echo said; exec >/dev/null 2>&1; exec sleep 600"));
-  EXPECT_EQ(asText(process->readOutputToEnd()), "said\n");
-  EXPECT_TRUE(process->isRunning());
-  process->terminate();
-  EXPECT_EQ(process->waitUntilExit(), SIGTERM);
-}
-
-TEST_F(PosixChildProcessTest, TakesOutputThatWasThereBeforeReadingBegan) {
-  const auto process = start(shell("echo early; exit 0"));
-  process->waitUntilExit();
-  EXPECT_EQ(asText(process->readOutputToEnd()), "early\n");
-  EXPECT_TRUE(process->readOutputToEnd().empty());
-}
-
-TEST_F(PosixChildProcessTest, KeepsSixteenMebibytesAndDropsTheRest) {
-  const auto process = start(shell("head -c 20000000 /dev/zero; echo end"));
-  const Bytes output = process->readOutputToEnd();
-  EXPECT_EQ(process->waitUntilExit(), 0);
-  EXPECT_EQ(output.size(), std::size_t{16} * 1024 * 1024);
-  EXPECT_EQ(output.back(), 0);
-}
-
 TEST_F(PosixChildProcessTest, CallsTheHandlerOnceOnAnotherThread) {
   struct Call {
     std::shared_ptr<ChildProcess> process;
@@ -271,17 +131,6 @@ TEST_F(PosixChildProcessTest, ADroppedChildIsReapedAndStillReported) {
   (void)start(shell("exit 6"), [&](auto&&, int status) { called.set_value(status); });
   EXPECT_EQ(called.get_future().get(), 6);
   EXPECT_FALSE(hasChildren());
-}
-
-TEST_F(PosixChildProcessTest, DroppingTheHandleClosesItsPipe) {
-  auto writer = start(shell("while echo more; do :; done 2>/dev/null"));
-  const std::weak_ptr<ChildProcess> dropped = writer;
-  writer.reset();
-  EXPECT_TRUE(dropped.expired());
-  // The writer now fails on the broken pipe: once it is reaped no child is left.
-  siginfo_t info{};
-  while (::waitid(P_ALL, 0, &info, WEXITED | WNOWAIT) == 0) std::this_thread::yield();
-  EXPECT_EQ(errno, ECHILD);
 }
 
 TEST_F(PosixChildProcessTest, TwoHundredChildrenLeaveNothingBehind) {

@@ -83,7 +83,9 @@ void CurlTransfer::setTarget(bool isSecure) {
 void CurlTransfer::setMessage() {
   const HttpRequest& request = job_.request;
   if (request.method == "HEAD") {
-    set(handle_, CURLOPT_NOBODY, 1L);  // else libcurl waits for the body that will not come
+    // Else libcurl waits for a body that will not come. One given to send means nothing here
+    // (RFC 9110, section 9.3.2) and stays behind.
+    set(handle_, CURLOPT_NOBODY, 1L);
     setHeaders(false);
     return;
   }

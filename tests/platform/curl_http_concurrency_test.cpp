@@ -1,0 +1,80 @@
+// Many requests at once, and the end of a session.
+
+#include <condition_variable>
+#include <mutex>
+#include <vector>
+
+#include "platform/curl_http_session_fixture.h"
+
+namespace torvane {
+namespace {
+
+using CurlHttpConcurrencyTest = CurlHttpSessionTest;
+
+TEST_F(CurlHttpConcurrencyTest, RunsThirtyTwoAtOnceAndTheRestAfterwards) {
+  std::mutex mutex;
+  std::condition_variable arrived;
+  int here = 0;
+  Server server([&](Connection& connection) {
+    while (connection.readRequest()) {
+      {
+        std::unique_lock lock(mutex);
+        ++here;
+        arrived.notify_all();
+        arrived.wait_for(lock, kPatience, [&] { return here >= 32; });
+      }
+      connection.send(httpAnswer("x"));
+    }
+  });
+  std::vector<std::future<HttpResult>> results;
+  for (int i = 0; i < 200; ++i) results.push_back(start(to(server)));
+  for (auto& result : results) EXPECT_EQ(bodyOf(await(result)), "x");
+  EXPECT_EQ(server.connections(), 32);
+  EXPECT_EQ(server.requests().size(), 200U);
+}
+
+TEST_F(CurlHttpConcurrencyTest, AnswersGoToTheRequestsTheyBelongTo) {
+  Server server([](Connection& connection) {
+    while (auto request = connection.readRequest()) {
+      const std::string path = request->substr(4, request->find(' ', 4) - 4);
+      connection.send(httpAnswer(path));
+    }
+  });
+  std::vector<std::future<HttpResult>> results;
+  for (int i = 0; i < 500; ++i) results.push_back(start(to(server, "/" + std::to_string(i))));
+  for (std::size_t i = 0; i < results.size(); ++i) {
+    EXPECT_EQ(bodyOf(await(results[i])), "/" + std::to_string(i));
+  }
+}
+
+TEST_F(CurlHttpConcurrencyTest, ACompletionMayStartTheNextRequest) {
+  Server server(Server::answering(httpAnswer("x")));
+  std::promise<std::string> second;
+  session->dataTask(to(server), [&](const HttpResult&) {
+    session->dataTask(to(server), [&](const HttpResult& r) { second.set_value(bodyOf(r)); });
+  });
+  EXPECT_EQ(second.get_future().get(), "x");
+}
+
+TEST_F(CurlHttpConcurrencyTest, DestructionCompletesEverythingWithAnError) {
+  Server server([](Connection& connection) { connection.waitForClose(); });
+  std::vector<std::future<HttpResult>> results;
+  for (int i = 0; i < 40; ++i) results.push_back(start(to(server)));
+  session.reset();
+  for (auto& result : results) EXPECT_EQ(errorOf(await(result)), "The request was cancelled.");
+}
+
+TEST_F(CurlHttpConcurrencyTest, SessionsAreIndependent) {
+  Server server(Server::answering(httpAnswer("x")));
+  CurlHttpSessions sessions;
+  session = sessions.makeEphemeral(120);
+  EXPECT_EQ(bodyOf(fetch(to(server))), "x");
+  session.reset();
+  std::promise<std::string> shared;
+  sessions.shared().dataTask(to(server), [&](const HttpResult& r) { shared.set_value(bodyOf(r)); });
+  EXPECT_EQ(shared.get_future().get(), "x");
+  EXPECT_EQ(server.connections(), 2);
+}
+
+}  // namespace
+}  // namespace torvane
