@@ -21,6 +21,7 @@ class TemporaryFolder {
   TemporaryFolder(const TemporaryFolder&) = delete;
   TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
+  [[nodiscard]] std::string path() const { return path_.string(); }
   [[nodiscard]] std::string operator/(const std::string& name) const {
     return (path_ / name).string();
   }

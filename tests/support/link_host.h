@@ -1,0 +1,138 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/linux/peer_link.h"
+#include "support/link_client.h"
+#include "support/temporary_folder.h"
+
+namespace torvane::testing {
+
+// What happened, in order, for a thread that waits for it.
+template <typename Event>
+class EventQueue {
+ public:
+  void put(Event event) {
+    const std::lock_guard lock(mutex_);
+    events_.push_back(std::move(event));
+    arrived_.notify_all();
+  }
+
+  // None when nothing happened for a long time.
+  std::optional<Event> next(std::chrono::milliseconds deadline = std::chrono::seconds(20)) {
+    std::unique_lock lock(mutex_);
+    if (!arrived_.wait_for(lock, deadline, [this] { return !events_.empty(); })) return {};
+    std::optional<Event> event(std::move(events_.front()));
+    events_.pop_front();
+    return event;
+  }
+
+  [[nodiscard]] bool empty() {
+    const std::lock_guard lock(mutex_);
+    return events_.empty();
+  }
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable arrived_;
+  std::deque<Event> events_;
+};
+
+// A real peer link on a free port of this computer, unpublished, with its events kept.
+class LinkHost final : public PeerSessionDelegate, public AdvertiserDelegate {
+ public:
+  struct Change {
+    std::shared_ptr<PeerSession> session;
+    PeerID peer;
+    PeerState state;
+    std::vector<PeerID> connectedPeers;  // as the session said inside the call
+  };
+  struct Received {
+    std::shared_ptr<PeerSession> session;
+    Bytes data;
+    PeerID peer;
+  };
+  struct Invited {
+    PeerID peer;
+    std::optional<Bytes> context;
+    InvitationHandler handler;
+  };
+
+  explicit LinkHost(PeerLinkOptions options = {}) {
+    options.preferredPort = options.preferredPort == kPeerLinkPort ? 0 : options.preferredPort;
+    if (options.dataFolder.empty()) options.dataFolder = folder_.path() + "/data";
+    options.isPublished = false;
+    options.didListen = [this](const LinkAddress& heard) { listening.put(heard); };
+    link = std::make_unique<WebSocketPeerLink>(std::move(options));
+    self = link->makePeerID("Test computer");
+    session = link->makeSession(self, *this);
+    advertiser = link->makeAdvertiser(self, "torvane", *this);
+  }
+
+  // Starts to listen; the port, 0 when that failed.
+  std::uint16_t start() {
+    advertiser->start();
+    const auto heard = listening.next();
+    if (heard) address = *heard;
+    return address.port;
+  }
+
+  [[nodiscard]] LinkClient::Options clientOptions() const {
+    LinkClient::Options options;
+    options.port = address.port;
+    return options;
+  }
+
+  // Lets the next invitation in, or not; false when none came.
+  bool answerNext(bool accept) {
+    const auto invited = invitations.next();
+    if (!invited) return false;
+    invited->handler(accept, accept ? session : nullptr);
+    return true;
+  }
+
+  // A client that is connected, with the host's events of that taken off the queues.
+  bool admit(LinkClient& client, const std::string& name, const DeviceKeyPair& key) {
+    return client.invite(name, key) == "waiting" && answerNext(true) &&
+           client.outcome() == "accepted" && changes.next() && changes.next();
+  }
+
+  void sessionPeerDidChange(std::shared_ptr<PeerSession> reporting, PeerID peer,
+                            PeerState state) override {
+    auto connected = reporting->connectedPeers();
+    changes.put({std::move(reporting), std::move(peer), state, std::move(connected)});
+  }
+  void sessionDidReceive(std::shared_ptr<PeerSession> reporting, Bytes data, PeerID peer) override {
+    received.put({std::move(reporting), std::move(data), std::move(peer)});
+  }
+  void advertiserDidNotStart(std::string error) override { errors.put(std::move(error)); }
+  void advertiserDidReceiveInvitation(PeerID peer, std::optional<Bytes> context,
+                                      InvitationHandler handler) override {
+    invitations.put({std::move(peer), std::move(context), std::move(handler)});
+  }
+
+  EventQueue<Change> changes;
+  EventQueue<Received> received;
+  EventQueue<Invited> invitations;
+  EventQueue<std::string> errors;
+  EventQueue<LinkAddress> listening;
+  LinkAddress address;
+  PeerID self;
+  std::shared_ptr<PeerSession> session;
+
+ private:
+  TemporaryFolder folder_;
+
+ public:
+  std::unique_ptr<WebSocketPeerLink> link;  // goes before what it reports to
+  std::unique_ptr<Advertiser> advertiser;
+};
+
+}  // namespace torvane::testing
