@@ -42,6 +42,7 @@ class LinkClient {
     std::string origin;                          // empty: no such header
     std::chrono::milliseconds deadline{20'000};
     int receiveBuffer = 0;  // bytes, where a slow reader is wanted
+    std::string from;       // the address to connect from, where it matters
   };
 
   explicit LinkClient(Options options);
@@ -81,6 +82,8 @@ class LinkClient {
   // Waits, reading and answering nothing of the WebSocket, until the server has closed; true when
   // it did so before the deadline.
   bool waitForEnd();
+  // Answers so many pings; false when they did not come. Ends the connection.
+  bool answerPings(int count);
   // Closes the TCP connection without a word.
   void vanish();
   void close();  // with the WebSocket's closing handshake
