@@ -1,0 +1,315 @@
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "support/link_host.h"
+#include "support/websocket_frame.h"
+
+namespace torvane {
+namespace {
+
+using std::chrono::milliseconds;
+using testing::clientFrame;
+using testing::clientFrameHeader;
+using testing::DeviceKeyPair;
+using testing::LinkClient;
+using testing::LinkHost;
+
+constexpr std::uint8_t kText = 0x81;
+constexpr std::uint8_t kBinary = 0x82;
+constexpr std::uint8_t kBinaryBegin = 0x02;
+constexpr std::uint8_t kMore = 0x00;
+
+PeerLinkOptions with(const PeerLinkCaps& caps) {
+  PeerLinkOptions options;
+  options.caps = caps;
+  return options;
+}
+
+PeerLinkOptions with(const PeerLinkTimes& times) {
+  PeerLinkOptions options;
+  options.times = times;
+  return options;
+}
+
+// Tries again while the server has not noticed yet that somebody left.
+std::string inviteUntilNotBusy(const LinkHost& host, const DeviceKeyPair& key) {
+  std::string outcome = "busy";
+  for (int i = 0; i < 1000 && outcome == "busy"; ++i) {
+    LinkClient client(host.clientOptions());
+    outcome = client.invite("iPad", key);
+  }
+  return outcome;
+}
+
+TEST(PeerLinkAbuse, ClosesOnTooLongAControlMessage) {
+  LinkHost host;
+  ASSERT_NE(host.start(), 0);
+  LinkClient client(host.clientOptions());
+  ASSERT_TRUE(client.connect() && client.receiveHello());
+  ASSERT_TRUE(client.sendRaw(clientFrameHeader(kText, 4097)));
+  EXPECT_FALSE(client.receive());
+  EXPECT_EQ(client.closeCode(), 1009U);
+}
+
+TEST(PeerLinkAbuse, ReadsAControlMessageOfTheLargestSize) {
+  LinkHost host;
+  ASSERT_NE(host.start(), 0);
+  LinkClient client(host.clientOptions());
+  ASSERT_TRUE(client.connect());
+  const auto nonce = client.receiveHello();
+  ASSERT_TRUE(nonce);
+  std::string text = client.inviteText("iPad", DeviceKeyPair::numbered(1), *nonce);
+  text.append(4096 - text.size(), ' ');
+  ASSERT_TRUE(client.sendText(text));
+  EXPECT_EQ(client.outcome(), "waiting");
+}
+
+TEST(PeerLinkAbuse, ClosesOnTooLargeAFrameByItsHeaderAlone) {
+  LinkHost host;
+  ASSERT_NE(host.start(), 0);
+  LinkClient client(host.clientOptions());
+  ASSERT_TRUE(host.admit(client, "iPad", DeviceKeyPair::numbered(1)));
+  ASSERT_TRUE(client.sendRaw(clientFrameHeader(kBinary, (std::uint64_t{16} << 20) + 1)));
+  EXPECT_FALSE(client.receive());
+  EXPECT_EQ(client.closeCode(), 1009U);
+  EXPECT_EQ(host.changes.next()->state, PeerState::notConnected);
+}
+
+TEST(PeerLinkAbuse, ClosesOnFragmentsThatGrowTooLarge) {
+  LinkHost host(with(PeerLinkCaps{.messageBytes = 8192}));
+  ASSERT_NE(host.start(), 0);
+  LinkClient client(host.clientOptions());
+  ASSERT_TRUE(host.admit(client, "iPad", DeviceKeyPair::numbered(1)));
+  ASSERT_TRUE(client.sendRaw(clientFrame(kBinaryBegin, Bytes(8000))));
+  ASSERT_TRUE(client.sendRaw(clientFrame(kMore, Bytes(190))));
+  ASSERT_TRUE(client.sendRaw(clientFrame(kMore, Bytes(3))));
+  EXPECT_FALSE(client.receive());
+  EXPECT_EQ(client.closeCode(), 1009U);
+  EXPECT_TRUE(host.received.empty());
+}
+
+TEST(PeerLinkAbuse, ClosesOnTextAfterTheAcceptance) {
+  LinkHost host;
+  ASSERT_NE(host.start(), 0);
+  LinkClient client(host.clientOptions());
+  ASSERT_TRUE(host.admit(client, "iPad", DeviceKeyPair::numbered(1)));
+  ASSERT_TRUE(client.sendText("{}"));
+  EXPECT_FALSE(client.receive());
+  EXPECT_EQ(client.closeCode(), 1002U);
+  EXPECT_EQ(host.changes.next()->state, PeerState::notConnected);
+  EXPECT_TRUE(host.received.empty());
+}
+
+TEST(PeerLinkAbuse, ClosesOnAFrameInsteadOfTheInvitation) {
+  LinkHost host;
+  ASSERT_NE(host.start(), 0);
+  LinkClient client(host.clientOptions());
+  ASSERT_TRUE(client.connect() && client.receiveHello());
+  ASSERT_TRUE(client.sendBinary(Bytes{1}));
+  EXPECT_EQ(client.outcome(), "protocol");
+  EXPECT_FALSE(client.receive());
+  EXPECT_EQ(client.closeCode(), 1002U);
+}
+
+TEST(PeerLinkAbuse, ClosesOnAnythingSentWhileWaiting) {
+  LinkHost host;
+  ASSERT_NE(host.start(), 0);
+  for (const bool isText : {true, false}) {
+    LinkClient client(host.clientOptions());
+    ASSERT_EQ(client.invite("iPad", DeviceKeyPair::numbered(1)), "waiting");
+    ASSERT_TRUE(isText ? client.sendText("{}") : client.sendBinary(Bytes{1}));
+    EXPECT_EQ(client.outcome(), "protocol");
+  }
+  EXPECT_TRUE(host.changes.empty());
+}
+
+TEST(PeerLinkAbuse, DropsAPeerThatNeverReads) {
+  LinkHost host;
+  ASSERT_NE(host.start(), 0);
+  auto options = host.clientOptions();
+  options.receiveBuffer = 4096;
+  LinkClient client(options);
+  ASSERT_TRUE(host.admit(client, "iPad", DeviceKeyPair::numbered(1)));
+  const PeerID peer = host.session->connectedPeers().at(0);
+  for (int i = 0; i < 90; ++i) host.session->sendReliably(Bytes(std::size_t{1} << 20), peer);
+  const auto change = host.changes.next(std::chrono::seconds(5));
+  ASSERT_TRUE(change);
+  EXPECT_EQ(change->state, PeerState::notConnected);
+  EXPECT_TRUE(change->connectedPeers.empty());
+}
+
+TEST(PeerLinkAbuse, DropsAPeerThatAnswersNoPings) {
+  LinkHost host(with(PeerLinkTimes{.ping = milliseconds(60), .dead = milliseconds(200)}));
+  ASSERT_NE(host.start(), 0);
+  LinkClient client(host.clientOptions());
+  ASSERT_TRUE(host.admit(client, "iPad", DeviceKeyPair::numbered(1)));
+  EXPECT_EQ(host.changes.next()->state, PeerState::notConnected);
+  EXPECT_TRUE(client.waitForEnd());
+}
+
+TEST(PeerLinkAbuse, KeepsASilentPeerThatAnswersPings) {
+  LinkHost host(with(PeerLinkTimes{.ping = milliseconds(50), .dead = milliseconds(2000)}));
+  ASSERT_NE(host.start(), 0);
+  LinkClient client(host.clientOptions());
+  ASSERT_TRUE(host.admit(client, "iPad", DeviceKeyPair::numbered(1)));
+  EXPECT_TRUE(client.answerPings(50));  // longer than a dead one would have had
+}
+
+TEST(PeerLinkAbuse, DropsWhoStaysSilentAtAnyStepOfTheHandshake) {
+  LinkHost host(with(PeerLinkTimes{.handshake = milliseconds(300)}));
+  ASSERT_NE(host.start(), 0);
+  LinkClient plain(host.clientOptions());
+  ASSERT_TRUE(plain.connectTcp());
+  EXPECT_TRUE(plain.waitForEnd());
+  LinkClient secured(host.clientOptions());
+  ASSERT_TRUE(secured.connectTls());
+  EXPECT_TRUE(secured.waitForEnd());
+  LinkClient open(host.clientOptions());
+  ASSERT_TRUE(open.connect());
+  EXPECT_TRUE(open.waitForEnd());
+}
+
+TEST(PeerLinkAbuse, CapsConnectionsOfOneAddressThatHaveNotInvited) {
+  LinkHost host;
+  ASSERT_NE(host.start(), 0);
+  std::vector<std::unique_ptr<LinkClient>> idle;
+  for (int i = 0; i < 4; ++i) {
+    idle.push_back(std::make_unique<LinkClient>(host.clientOptions()));
+    ASSERT_TRUE(idle.back()->connectTls());
+  }
+  LinkClient fifth(host.clientOptions());
+  EXPECT_FALSE(fifth.connectTls());
+  idle.pop_back();
+  bool isLetIn = false;
+  for (int i = 0; i < 1000 && !isLetIn; ++i)
+    isLetIn = LinkClient(host.clientOptions()).connectTls();
+  EXPECT_TRUE(isLetIn);
+}
+
+TEST(PeerLinkAbuse, CapsConnectionsThatHaveNotInvited) {
+  LinkHost host;
+  ASSERT_NE(host.start(), 0);
+  std::vector<std::unique_ptr<LinkClient>> idle;
+  for (int i = 0; i < 16; ++i) {
+    auto options = host.clientOptions();
+    options.from = "127.0.0." + std::to_string(2 + i / 4);
+    idle.push_back(std::make_unique<LinkClient>(options));
+    ASSERT_TRUE(idle.back()->connectTls());
+  }
+  LinkClient next(host.clientOptions());
+  EXPECT_FALSE(next.connectTls());
+}
+
+TEST(PeerLinkAbuse, CapsWaitingInvitationsAndFreesThePlaceOfAnInviterWhoLeft) {
+  LinkHost host(with(PeerLinkCaps{.waiting = 1, .invitationsPerMinute = 100'000}));
+  ASSERT_NE(host.start(), 0);
+  LinkClient first(host.clientOptions());
+  ASSERT_EQ(first.invite("iPad", DeviceKeyPair::numbered(1)), "waiting");
+  LinkClient second(host.clientOptions());
+  EXPECT_EQ(second.invite("iPad", DeviceKeyPair::numbered(2)), "busy");
+  first.vanish();
+  EXPECT_EQ(inviteUntilNotBusy(host, DeviceKeyPair::numbered(2)), "waiting");
+}
+
+TEST(PeerLinkAbuse, RefusesAFloodOfNewKeysButNotAKnownOne) {
+  LinkHost host(with(PeerLinkCaps{.invitationsPerMinute = 2}));
+  ASSERT_NE(host.start(), 0);
+  LinkClient known(host.clientOptions());
+  ASSERT_TRUE(host.admit(known, "iPad", DeviceKeyPair::numbered(1)));
+  LinkClient second(host.clientOptions());
+  ASSERT_EQ(second.invite("iPad", DeviceKeyPair::numbered(2)), "waiting");
+  LinkClient third(host.clientOptions());
+  EXPECT_EQ(third.invite("iPad", DeviceKeyPair::numbered(3)), "busy");
+  EXPECT_FALSE(third.receive());
+  EXPECT_EQ(third.closeCode(), 1008U);
+  LinkClient again(host.clientOptions());
+  EXPECT_EQ(again.invite("iPad", DeviceKeyPair::numbered(1)), "waiting");
+}
+
+TEST(PeerLinkAbuse, RefusesAnAddressWhoseProofsKeepFailing) {
+  LinkHost host(with(PeerLinkCaps{.failedProofsPerMinute = 2}));
+  ASSERT_NE(host.start(), 0);
+  const auto key = DeviceKeyPair::numbered(1);
+  for (const char* expected : {"proof", "proof", "busy"}) {
+    LinkClient client(host.clientOptions());
+    ASSERT_TRUE(client.connect() && client.receiveHello());
+    ASSERT_TRUE(client.sendText(client.inviteText("iPad", key, {})));
+    EXPECT_EQ(client.outcome(), expected);
+  }
+  auto elsewhere = host.clientOptions();
+  elsewhere.from = "127.0.0.9";
+  EXPECT_EQ(LinkClient(elsewhere).invite("iPad", key), "waiting");
+}
+
+TEST(PeerLinkAbuse, ReadsNoFurtherThanTheProgramHandles) {
+  constexpr std::size_t kMessage = 65536;
+  testing::EventQueue<std::function<void()>> marks;
+  PeerLinkOptions options = with(PeerLinkCaps{.receivedBytes = 4 * kMessage});
+  options.afterDelivery = [&marks](std::function<void()> work) { marks.put(std::move(work)); };
+  LinkHost host(std::move(options));
+  ASSERT_NE(host.start(), 0);
+  LinkClient client(host.clientOptions());
+  ASSERT_TRUE(host.admit(client, "iPad", DeviceKeyPair::numbered(1)));
+  std::thread sender([&client] {
+    for (int i = 0; i < 200; ++i) client.sendBinary(Bytes(kMessage));
+  });
+  int handled = 0;
+  while (handled < 200) {
+    const auto mark = marks.next();
+    if (!mark) break;
+    int unhandled = 0;
+    for (; !host.received.empty(); ++handled, ++unhandled) host.received.next();
+    EXPECT_LE(unhandled, 8);
+    (*mark)();
+  }
+  EXPECT_EQ(handled, 200);
+  sender.join();
+}
+
+TEST(PeerLinkAbuse, DropsAPeerWhoseUnfinishedMessageTakesAllTheRoom) {
+  LinkHost host(with(PeerLinkCaps{.receivedBytes = std::size_t{1} << 20}));
+  ASSERT_NE(host.start(), 0);
+  LinkClient client(host.clientOptions());
+  ASSERT_TRUE(host.admit(client, "iPad", DeviceKeyPair::numbered(1)));
+  client.sendRaw(clientFrame(kBinaryBegin, Bytes(std::size_t{3} << 20)));
+  EXPECT_EQ(host.changes.next()->state, PeerState::notConnected);
+}
+
+TEST(PeerLinkAbuse, RefusesForeignOriginsAndOtherUpgrades) {
+  LinkHost host;
+  ASSERT_NE(host.start(), 0);
+  auto options = host.clientOptions();
+  options.origin = "https://evil.example";
+  LinkClient foreign(options);
+  EXPECT_FALSE(foreign.connect());
+  EXPECT_EQ(foreign.httpStatus(), 403U);
+  options.origin = "https://127.0.0.1:" + std::to_string(options.port);
+  EXPECT_TRUE(LinkClient(options).connect());
+  options.subprotocol = "torvane.link.2";
+  LinkClient other(options);
+  EXPECT_FALSE(other.connect());
+  EXPECT_EQ(other.httpStatus(), 400U);
+  options.target = "/elsewhere";
+  LinkClient lost(options);
+  EXPECT_FALSE(lost.connect());
+  EXPECT_EQ(lost.httpStatus(), 404U);
+}
+
+TEST(PeerLinkAbuse, AnswersBrowsersWithAPage) {
+  LinkHost host;
+  ASSERT_NE(host.start(), 0);
+  const auto page = LinkClient(host.clientOptions()).request("GET", "/");
+  ASSERT_TRUE(page);
+  EXPECT_EQ(page->first, 200U);
+  EXPECT_NE(page->second.find("<title>Torvane P2P Helper</title>"), std::string::npos);
+  const auto missing = LinkClient(host.clientOptions()).request("GET", "/favicon.ico");
+  ASSERT_TRUE(missing);
+  EXPECT_EQ(missing->first, 404U);
+  const auto posted = LinkClient(host.clientOptions()).request("POST", "/");
+  ASSERT_TRUE(posted);
+  EXPECT_EQ(posted->first, 405U);
+}
+
+}  // namespace
+}  // namespace torvane
