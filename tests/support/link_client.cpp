@@ -93,6 +93,10 @@ bool LinkClient::connectTcp() {
   if (parts_->options.receiveBuffer > 0) {
     socket.set_option(net::socket_base::receive_buffer_size(parts_->options.receiveBuffer), error);
   }
+  if (!parts_->options.from.empty()) {
+    socket.bind({net::ip::make_address(parts_->options.from, error), 0}, error);
+    if (error) return false;
+  }
   parts_->hasTcp = parts_->run([&](auto done) { socket.async_connect(server, std::move(done)); });
   socket.set_option(net::ip::tcp::no_delay(true), error);
   return parts_->hasTcp;

@@ -1,49 +1,16 @@
 #pragma once
 
-#include <chrono>
-#include <condition_variable>
-#include <deque>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "platform/linux/peer_link.h"
+#include "support/event_queue.h"
 #include "support/link_client.h"
 #include "support/temporary_folder.h"
 
 namespace torvane::testing {
-
-// What happened, in order, for a thread that waits for it.
-template <typename Event>
-class EventQueue {
- public:
-  void put(Event event) {
-    const std::lock_guard lock(mutex_);
-    events_.push_back(std::move(event));
-    arrived_.notify_all();
-  }
-
-  // None when nothing happened for a long time.
-  std::optional<Event> next(std::chrono::milliseconds deadline = std::chrono::seconds(20)) {
-    std::unique_lock lock(mutex_);
-    if (!arrived_.wait_for(lock, deadline, [this] { return !events_.empty(); })) return {};
-    std::optional<Event> event(std::move(events_.front()));
-    events_.pop_front();
-    return event;
-  }
-
-  [[nodiscard]] bool empty() {
-    const std::lock_guard lock(mutex_);
-    return events_.empty();
-  }
-
- private:
-  std::mutex mutex_;
-  std::condition_variable arrived_;
-  std::deque<Event> events_;
-};
 
 // A real peer link on a free port of this computer, unpublished, with its events kept.
 class LinkHost final : public PeerSessionDelegate, public AdvertiserDelegate {
