@@ -19,6 +19,7 @@ constexpr std::uint8_t kText = 0x81;
 constexpr std::uint8_t kBinary = 0x82;
 constexpr std::uint8_t kBinaryBegin = 0x02;
 constexpr std::uint8_t kMore = 0x00;
+constexpr std::uint8_t kClose = 0x88;
 
 PeerLinkOptions with(const PeerLinkCaps& caps) {
   PeerLinkOptions options;
@@ -33,9 +34,9 @@ PeerLinkOptions with(const PeerLinkTimes& times) {
 }
 
 // Tries again while the server has not noticed yet that somebody left.
-std::string inviteUntilNotBusy(const LinkHost& host, const DeviceKeyPair& key) {
-  std::string outcome = "busy";
-  for (int i = 0; i < 1000 && outcome == "busy"; ++i) {
+std::string inviteUntilWaiting(const LinkHost& host, const DeviceKeyPair& key) {
+  std::string outcome;
+  for (int i = 0; i < 1000 && outcome != "waiting"; ++i) {
     LinkClient client(host.clientOptions());
     outcome = client.invite("iPad", key);
   }
@@ -187,6 +188,51 @@ TEST(PeerLinkAbuse, CapsConnectionsOfOneAddressThatHaveNotInvited) {
   EXPECT_TRUE(isLetIn);
 }
 
+TEST(PeerLinkAbuse, CountsRefusedConnectionsUntilTheyHaveEnded) {
+  LinkHost host;
+  ASSERT_NE(host.start(), 0);
+  std::vector<std::unique_ptr<LinkClient>> refused;
+  for (int i = 0; i < 4; ++i) {
+    refused.push_back(std::make_unique<LinkClient>(host.clientOptions()));
+    ASSERT_EQ(refused.back()->invite("", DeviceKeyPair::numbered(1)), "name");
+  }
+  EXPECT_FALSE(LinkClient(host.clientOptions()).connectTls());
+}
+
+TEST(PeerLinkAbuse, SpeaksNoOlderTls) {
+  LinkHost host;
+  ASSERT_NE(host.start(), 0);
+  auto options = host.clientOptions();
+  options.isOldTls = true;
+  EXPECT_FALSE(LinkClient(options).connectTls());
+}
+
+TEST(PeerLinkAbuse, NoticesAClosingPeerThatKeepsItsTcpConnection) {
+  LinkHost host;
+  ASSERT_NE(host.start(), 0);
+  LinkClient client(host.clientOptions());
+  ASSERT_TRUE(host.admit(client, "iPad", DeviceKeyPair::numbered(1)));
+  ASSERT_TRUE(client.sendRaw(clientFrame(kClose, Bytes{0x03, 0xE8})));
+  const auto change = host.changes.next(std::chrono::seconds(2));
+  ASSERT_TRUE(change);
+  EXPECT_EQ(change->state, PeerState::notConnected);
+}
+
+TEST(PeerLinkAbuse, KeepsAPeerThatTakesALongMessageSlowly) {
+  LinkHost host(with(PeerLinkTimes{.ping = milliseconds(100), .dead = milliseconds(1000)}));
+  ASSERT_NE(host.start(), 0);
+  auto options = host.clientOptions();
+  options.receiveBuffer = 65536;
+  LinkClient client(options);
+  ASSERT_TRUE(host.admit(client, "iPad", DeviceKeyPair::numbered(1)));
+  const PeerID peer = host.session->connectedPeers().at(0);
+  host.session->sendReliably(Bytes(std::size_t{24} << 20, 1), peer);
+  // About two seconds in all, and no pong: the peer does nothing but take bytes.
+  EXPECT_GT(client.takeSlowly(std::size_t{24} << 20, std::chrono::milliseconds(2000)),
+            std::size_t{24} << 20);
+  EXPECT_TRUE(host.changes.empty());
+}
+
 TEST(PeerLinkAbuse, CapsConnectionsThatHaveNotInvited) {
   LinkHost host;
   ASSERT_NE(host.start(), 0);
@@ -209,7 +255,7 @@ TEST(PeerLinkAbuse, CapsWaitingInvitationsAndFreesThePlaceOfAnInviterWhoLeft) {
   LinkClient second(host.clientOptions());
   EXPECT_EQ(second.invite("iPad", DeviceKeyPair::numbered(2)), "busy");
   first.vanish();
-  EXPECT_EQ(inviteUntilNotBusy(host, DeviceKeyPair::numbered(2)), "waiting");
+  EXPECT_EQ(inviteUntilWaiting(host, DeviceKeyPair::numbered(2)), "waiting");
 }
 
 TEST(PeerLinkAbuse, RefusesAFloodOfNewKeysButNotAKnownOne) {

@@ -7,6 +7,7 @@
 #include <boost/asio/connect.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/ssl/context.hpp>
+#include <boost/asio/steady_timer.hpp>
 #include <boost/beast/core.hpp>
 #include <boost/beast/http.hpp>
 #include <boost/beast/ssl.hpp>
@@ -79,6 +80,9 @@ struct LinkClient::Parts {
 LinkClient::LinkClient(Options options) : parts_(std::make_unique<Parts>(std::move(options))) {
   parts_->stream.read_message_max(std::size_t{80} << 20);
   parts_->stream.auto_fragment(false);
+  if (parts_->options.isOldTls) {
+    SSL_set_max_proto_version(parts_->stream.next_layer().native_handle(), TLS1_2_VERSION);
+  }
 }
 
 LinkClient::~LinkClient() = default;
@@ -200,6 +204,26 @@ bool LinkClient::waitForEnd() {
       [&](auto done) { socket.async_read_some(net::buffer(ignored), std::move(done)); })) {
   }
   return parts_->lastError != net::error::timed_out;
+}
+
+std::size_t LinkClient::takeSlowly(std::size_t bytes, std::chrono::milliseconds time) {
+  Bytes part(65536);
+  std::size_t taken = 0;
+  net::steady_timer timer(parts_->loop);
+  const auto begin = std::chrono::steady_clock::now();
+  while (taken <= bytes) {
+    std::size_t size = 0;
+    std::optional<Error> error;
+    parts_->stream.next_layer().async_read_some(net::buffer(part), [&](Error e, std::size_t n) {
+      error = e;
+      size = n;
+    });
+    if (!parts_->finish(error)) break;
+    taken += size;
+    timer.expires_at(begin + time * taken / bytes);
+    parts_->run([&](auto done) { timer.async_wait(std::move(done)); });
+  }
+  return taken;
 }
 
 bool LinkClient::answerPings(int count) {

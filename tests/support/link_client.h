@@ -42,6 +42,7 @@ class LinkClient {
     std::string origin;                          // empty: no such header
     std::chrono::milliseconds deadline{20'000};
     int receiveBuffer = 0;  // bytes, where a slow reader is wanted
+    bool isOldTls = false;  // TLS 1.2
     std::string from;       // the address to connect from, where it matters
   };
 
@@ -82,6 +83,8 @@ class LinkClient {
   // Waits, reading and answering nothing of the WebSocket, until the server has closed; true when
   // it did so before the deadline.
   bool waitForEnd();
+  // Takes so many bytes inside TLS at an even pace over `time`, and answers none; how many came.
+  std::size_t takeSlowly(std::size_t bytes, std::chrono::milliseconds time);
   // Answers so many pings; false when they did not come. Ends the connection.
   bool answerPings(int count);
   // Closes the TCP connection without a word.

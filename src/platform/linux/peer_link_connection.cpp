@@ -1,11 +1,13 @@
 #include "platform/linux/peer_link_connection.h"
 
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <boost/asio/buffer.hpp>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
-#include <boost/asio/ssl/context.hpp>
 #include <boost/beast/core.hpp>
 #include <boost/beast/http.hpp>
 #include <boost/beast/ssl.hpp>
@@ -14,6 +16,7 @@
 
 #include "platform/linux/peer_link_http.h"
 #include "platform/linux/peer_link_invitation.h"
+#include "platform/linux/peer_link_tls.h"
 
 namespace torvane {
 
@@ -21,23 +24,6 @@ namespace net = boost::asio;
 namespace beast = boost::beast;
 namespace http = beast::http;
 namespace websocket = beast::websocket;
-
-struct LinkTls {
-  net::ssl::context context{net::ssl::context::tls_server};
-};
-
-std::shared_ptr<LinkTls> makeLinkTls(const std::string& pem) {
-  auto tls = std::make_shared<LinkTls>();
-  SSL_CTX* native = tls->context.native_handle();
-  SSL_CTX_set_min_proto_version(native, TLS1_3_VERSION);
-  SSL_CTX_set_session_cache_mode(native, SSL_SESS_CACHE_OFF);
-  SSL_CTX_set_num_tickets(native, 0);
-  beast::error_code keyError;
-  beast::error_code chainError;
-  tls->context.use_private_key(net::buffer(pem), net::ssl::context::pem, keyError);
-  tls->context.use_certificate_chain(net::buffer(pem), chainError);
-  return keyError || chainError ? nullptr : tls;
-}
 
 namespace {
 
@@ -52,6 +38,7 @@ using Response = http::response<http::span_body<const char>>;
 
 constexpr std::uint32_t kMaxRequestHeader = 8192;
 constexpr std::size_t kReadStep = 65536;
+constexpr std::size_t kWriteStep = std::size_t{256} << 10;
 // What a message takes beside its bytes until it is handled.
 constexpr std::size_t kMessageOverhead = 256;
 
@@ -113,9 +100,7 @@ class BeastConnection final : public PeerConnection,
     if (!isOpen_ || isWriting_) return;
     if (sending_.empty()) sending_ = outbox_->takeAll();
     if (sending_.empty()) return closeWhenAsked();
-    isWriting_ = true;
-    stream_.text(sending_.front().isText);
-    stream_.async_write(net::buffer(sending_.front().data), on(&BeastConnection::didWrite));
+    writePart();
   }
 
   void resume() override {
@@ -185,10 +170,18 @@ class BeastConnection final : public PeerConnection,
     requestBuffer_ = {};
     isOpen_ = true;
     stream_.read_message_max(kMaxControlMessage);
+    stream_.auto_fragment(false);
     stream_.control_callback(
-        [this](websocket::frame_type, beast::string_view) { liveness_.heard(LinkClock::now()); });
+        [this](websocket::frame_type kind, beast::string_view) { didReceiveControl(kind); });
     owner_.connectionDidOpen(token_);
     readOn();
+  }
+
+  void didReceiveControl(websocket::frame_type kind) {
+    if (kind != websocket::frame_type::close) return liveness_.heard(LinkClock::now());
+    if (closeCode_) return;
+    liveness_.closing(LinkClock::now());
+    owner_.connectionIsLeaving(token_);
   }
 
   void readOn() {
@@ -230,10 +223,25 @@ class BeastConnection final : public PeerConnection,
     owner_.connectionDidSendFrame(token_, std::move(message));
   }
 
-  void didWrite(Error error, std::size_t) {
+  // Long messages go in parts, with room for pings in between.
+  void writePart() {
+    const OutgoingMessage& message = sending_.front();
+    const auto part = net::buffer(net::buffer(message.data) + written_, kWriteStep);
+    const bool isLast = written_ + part.size() == message.data.size();
+    isWriting_ = true;
+    stream_.text(message.isText);
+    stream_.async_write_some(isLast, part, on(&BeastConnection::didWrite));
+  }
+
+  void didWrite(Error error, std::size_t size) {
     isWriting_ = false;
+    written_ += size;
+    // It waits for the rest of something long, and takes it.
+    if (size == kWriteStep && !error) liveness_.heard(LinkClock::now());
+    if (!error && written_ < sending_.front().data.size()) return writePart();
     outbox_->wasSent(sending_.front());
     sending_.pop_front();
+    written_ = 0;
     if (error) return end();
     flush();
   }
@@ -280,6 +288,7 @@ class BeastConnection final : public PeerConnection,
   std::optional<Incoming> incoming_;
   std::size_t partial_ = 0;  // what the budget was told of it
   std::deque<OutgoingMessage> sending_;
+  std::size_t written_ = 0;  // of the first of these
   const std::shared_ptr<PeerOutbox> outbox_;
 };
 
@@ -295,6 +304,9 @@ std::shared_ptr<PeerConnection> makePeerConnection(const PeerConnectionSetup& se
     return nullptr;
   }
   taken.set_option(net::ip::tcp::no_delay(true), error);
+  // A ping is not to queue up behind megabytes in the kernel: the answer would come too late.
+  const int notSent = static_cast<int>(kWriteStep);
+  ::setsockopt(socket, IPPROTO_TCP, TCP_NOTSENT_LOWAT, &notSent, sizeof notSent);
   return std::make_shared<BeastConnection>(setup, token, std::move(taken));
 }
 

@@ -32,6 +32,9 @@ class PeerConnectionOwner {
   // Nothing is read from it until the budget has room again.
   virtual void connectionWaitsForBudget() = 0;
 
+  // The peer has said that it goes; the connection ends soon.
+  virtual void connectionIsLeaving(std::uint64_t token) = 0;
+
   // A message that its phase does not allow.
   virtual void connectionDidBreakRules(std::uint64_t token) = 0;
 
@@ -61,10 +64,7 @@ class PeerConnection {
   virtual void drop() = 0;
 };
 
-struct LinkTls;  // the settings that all connections share
-
-// None when the certificate cannot be used.
-[[nodiscard]] std::shared_ptr<LinkTls> makeLinkTls(const std::string& pem);
+struct LinkTls;  // peer_link_tls.h
 
 struct PeerConnectionSetup {
   boost::asio::io_context& loop;

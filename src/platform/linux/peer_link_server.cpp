@@ -120,7 +120,7 @@ std::optional<LinkRefusal> PeerLinkServer::admit(const Guest& guest,
 }
 
 void PeerLinkServer::wait(Guest& guest, const PeerInvitation& invitation) {
-  limits_.strangerLeft(guest.address);
+  uncountStranger(guest);
   guest.stage = Stage::waiting;
   guest.peer = {guest.token, invitation.name};
   guest.key = invitation.context;
@@ -177,6 +177,10 @@ void PeerLinkServer::messagesWereHandled(std::size_t bytes) {
   markDelivery();
 }
 
+void PeerLinkServer::connectionIsLeaving(std::uint64_t token) {
+  if (Guest* guest = find(token)) leaveStage(*guest);
+}
+
 void PeerLinkServer::connectionDidBreakRules(std::uint64_t token) {
   Guest* guest = find(token);
   if (guest == nullptr) return;
@@ -199,7 +203,6 @@ void PeerLinkServer::close(Guest& guest, LinkCloseCode code) {
 
 void PeerLinkServer::leaveStage(Guest& guest) {
   const Stage left = std::exchange(guest.stage, Stage::closing);
-  if (left == Stage::stranger) limits_.strangerLeft(guest.address);
   if (left == Stage::waiting) limits_.endWaiting();
   if (left != Stage::connected) return;
   limits_.endConnected();
@@ -215,7 +218,12 @@ void PeerLinkServer::connectionDidEnd(std::uint64_t token) {
   Guest* guest = find(token);
   if (guest == nullptr) return;
   leaveStage(*guest);
+  uncountStranger(*guest);
   guests_.erase(token);
+}
+
+void PeerLinkServer::uncountStranger(Guest& guest) {
+  if (std::exchange(guest.isCountedAsStranger, false)) limits_.strangerLeft(guest.address);
 }
 
 void PeerLinkServer::disconnect(const LinkSession& session) {

@@ -14,6 +14,7 @@
 #include "platform/linux/peer_link_listener.h"
 #include "platform/linux/peer_link_runtime_file.h"
 #include "platform/linux/peer_link_session.h"
+#include "platform/linux/peer_link_tls.h"
 
 namespace torvane {
 
@@ -48,6 +49,7 @@ class PeerLinkServer final : public PeerConnectionOwner {
   void connectionDidSendText(std::uint64_t token, std::string_view text) override;
   void connectionDidSendFrame(std::uint64_t token, Bytes frame) override;
   void connectionWaitsForBudget() override { markDelivery(); }
+  void connectionIsLeaving(std::uint64_t token) override;
   void connectionDidBreakRules(std::uint64_t token) override;
   void connectionDidEnd(std::uint64_t token) override;
 
@@ -59,6 +61,7 @@ class PeerLinkServer final : public PeerConnectionOwner {
     std::shared_ptr<PeerConnection> connection;
     std::string address;
     Stage stage = Stage::stranger;
+    bool isCountedAsStranger = true;  // until it waits or ends, also while it is closing
     LinkNonce nonce{};
     PeerID peer{};
     std::optional<Bytes> key{};
@@ -73,6 +76,7 @@ class PeerLinkServer final : public PeerConnectionOwner {
   void refuse(Guest& guest, LinkRefusal reason);
   void close(Guest& guest, LinkCloseCode code);
   void leaveStage(Guest& guest);
+  void uncountStranger(Guest& guest);
   void send(Guest& guest, const std::string& text);
   void markDelivery();
   void scheduleTick();
