@@ -20,7 +20,6 @@ namespace {
 
 using std::chrono::milliseconds;
 using testing::EventQueue;
-using testing::TemporaryFolder;
 using LinkTestClock = std::chrono::steady_clock;
 
 constexpr const char* kDaemon = "/usr/sbin/avahi-daemon";

@@ -16,7 +16,6 @@
 namespace torvane {
 namespace {
 
-using testing::TemporaryFolder;
 
 unsigned modeOf(const std::string& path) {
   struct stat status {};

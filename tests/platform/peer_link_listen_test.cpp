@@ -17,7 +17,6 @@ namespace {
 using testing::DeviceKeyPair;
 using testing::LinkClient;
 using testing::LinkHost;
-using testing::TemporaryFolder;
 
 TEST(PeerLinkListen, TakesAnotherPortWhenThePreferredOneIsBusy) {
   LinkHost first;
