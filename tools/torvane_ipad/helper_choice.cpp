@@ -1,5 +1,7 @@
 #include "torvane_ipad/helper_choice.h"
 
+#include <algorithm>
+
 #include "torvane_ipad/printable.h"
 #include "torvane_ipad/service_browser.h"
 
@@ -13,6 +15,19 @@ HelperAddress namedHelper(const Options& options) {
   address.host = options.host.empty() ? "127.0.0.1" : options.host;
   if (options.port != 0) address.port = options.port;
   return address;
+}
+
+// Not every system looks names of the local network up, but Avahi does.
+HelperAddress withAddress(HelperAddress helper) {
+  if (!helper.host.ends_with(".local")) return helper;
+  const auto isMeant = [&](const HelperAddress& found) {
+    return found.host == helper.host && found.port == helper.port;
+  };
+  const auto search = searchNetwork(kSearchTime, [&](const std::vector<HelperAddress>& found) {
+    return std::ranges::any_of(found, isMeant);
+  });
+  const auto meant = std::ranges::find_if(search.helpers, isMeant);
+  return meant != search.helpers.end() ? *meant : helper;
 }
 
 std::variant<HelperAddress, std::string> chooseOnNetwork(const KnownHelpers& known) {
@@ -32,7 +47,7 @@ std::variant<HelperAddress, std::string> chooseOnNetwork(const KnownHelpers& kno
   }
   const KnownHelper* latest = known.latest();
   const auto address = latest != nullptr ? parseAddress(latest->address) : std::nullopt;
-  if (address) return *address;
+  if (address) return withAddress(*address);
   const std::string why = search.problem.empty() ? "" : " (" + search.problem + ")";
   return "No helper was found on this computer or the network" + why +
          ". Is Torvane P2P Helper running? Its address can be given with --host.";
@@ -50,7 +65,9 @@ const HelperAddress* pickHelper(const std::vector<HelperAddress>& found,
 
 std::variant<HelperAddress, std::string> chooseHelper(const Options& options,
                                                       const KnownHelpers& known) {
-  if (!options.host.empty() || options.port != 0) return namedHelper(options);
+  if (!options.host.empty() || options.port != 0) {
+    return withAddress(namedHelper(options));
+  }
   if (const auto local = localHelper()) return *local;
   return chooseOnNetwork(known);
 }

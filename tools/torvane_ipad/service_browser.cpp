@@ -17,6 +17,8 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
+// A helper's second address comes right behind its first.
+constexpr auto kAfterwards = std::chrono::milliseconds(100);
 constexpr std::size_t kMostHelpers = 1000;  // what anyone may announce is bounded here
 
 bool isLinkLocal(const std::string& address) {
@@ -59,13 +61,16 @@ class Search {
   }
 
   void iterateUntil(Clock::time_point end) {
-    while (result_.problem.empty() && !isEnough_(result_.helpers)) {
-      const auto left =
-          std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now()).count();
-      if (left <= 0) return;
-      if (avahi_simple_poll_iterate(poll_.get(), static_cast<int>(std::min(left, 200L))) != 0) {
-        return;
+    bool isEnding = false;
+    while (result_.problem.empty()) {
+      if (!isEnding && isEnough_(result_.helpers)) {
+        isEnding = true;
+        end = std::min(end, Clock::now() + kAfterwards);
       }
+      const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
+      if (left <= 0) return;
+      const int slice = static_cast<int>(std::min<std::int64_t>(left, 200));
+      if (avahi_simple_poll_iterate(poll_.get(), slice) != 0) return;
     }
   }
 
@@ -83,8 +88,9 @@ class Search {
       return helper.host == found.host && helper.port == found.port;
     });
     if (known != helpers.end()) {
-      // The same helper on another interface or protocol: the plainer address is the better one.
-      if (known->address.find(':') != std::string::npos) *known = std::move(found);
+      // The same helper on another interface or protocol: IPv4 asks for the least.
+      const bool isPlainer = found.address.find(':') == std::string::npos;
+      if (isPlainer && known->address.find(':') != std::string::npos) *known = std::move(found);
     } else if (helpers.size() < kMostHelpers) {
       helpers.push_back(std::move(found));
     }
@@ -99,10 +105,12 @@ class Search {
                           const char* type, const char* domain, AvahiLookupResultFlags,
                           void* self) {
     if (event != AVAHI_BROWSER_NEW) return;
-    // The resolver frees itself in its callback, or together with the client.
-    avahi_service_resolver_new(avahi_service_browser_get_client(browser), interface, protocol, name,
-                               type, domain, AVAHI_PROTO_UNSPEC, AvahiLookupFlags{},
-                               &Search::serviceResolved, self);
+    // A resolver frees itself in its callback, or together with the client.
+    for (const AvahiProtocol wanted : {AVAHI_PROTO_INET, AVAHI_PROTO_INET6}) {
+      avahi_service_resolver_new(avahi_service_browser_get_client(browser), interface, protocol,
+                                 name, type, domain, wanted, AvahiLookupFlags{},
+                                 &Search::serviceResolved, self);
+    }
   }
 
   static void serviceResolved(AvahiServiceResolver* resolver, AvahiIfIndex interface, AvahiProtocol,
