@@ -22,3 +22,11 @@ function(torvane_executable name)
   target_link_libraries(${name} PRIVATE ${ARG_LINK})
   torvane_warnings(${name})
 endfunction()
+
+# For a target that Asio's own code is inlined into, which GCC warns about depending on how much it
+# optimises, and with -fsanitize=thread.
+function(torvane_asio_warnings target)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    target_compile_options(${target} PRIVATE -Wno-null-dereference -Wno-tsan)
+  endif()
+endfunction()
