@@ -60,7 +60,7 @@ void BridgeDelegate::launchEngine(const std::string& script) {
       std::to_string(platform_.processInfo.processIdentifier());
 
   const double launchedAt = platform_.clock.unixTime();
-  const auto log = engineLog_.open();
+  auto log = engineLog_.open();
   if (log) {
     log->write(engineStartBanner(launchedAt));
     launch.output = ProcessOutput::file;
@@ -75,6 +75,7 @@ void BridgeDelegate::launchEngine(const std::string& script) {
           engineDidExit(process, status, launchedAt, logOffset);
         });
       });
+  log.reset();  // the child has descriptors of its own
   if (!launched.process) {
     alert("Could not start the server: " + launched.error);
     return;
