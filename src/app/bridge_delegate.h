@@ -108,7 +108,8 @@ class BridgeDelegate final : public MenuDelegate,
   // bridge/request_dispatch.cpp
   void sessionDidReceive(std::shared_ptr<PeerSession> reporting, Bytes data, PeerID peer) override;
   void handleRequest(ByteView data, const PeerID& peer);
-  void handleSignedRequest(ByteView data, const PeerID& peer, const SigningPublicKey& key);
+  void handleSignedRequest(const P2PFrame::View& envelope, const PeerID& peer,
+                           const SigningPublicKey& key);
 
   // bridge/handshake_routes.cpp
   void answerChallenge(std::int64_t id, const PeerID& peer);

@@ -39,10 +39,10 @@ void BridgeDelegate::handleRequest(ByteView data, const PeerID& peer) {
     answerChallenge(*id, peer);
     return;
   }
-  handleSignedRequest(data, peer, *key);
+  handleSignedRequest(*frame, peer, *key);
 }
 
-void BridgeDelegate::handleSignedRequest(ByteView data, const PeerID& peer,
+void BridgeDelegate::handleSignedRequest(const P2PFrame::View& envelope, const PeerID& peer,
                                          const SigningPublicKey& key) {
   const auto challenge = challenges.find(peer);
   if (challenge == challenges.end()) return;
@@ -50,7 +50,7 @@ void BridgeDelegate::handleSignedRequest(ByteView data, const PeerID& peer,
       failedVerifications.try_emplace(peer, kFailedVerificationBurst, kFailedVerificationsPerSecond)
           .first->second;
   if (!failures.hasToken(platform_.clock.mediaTime())) return;
-  auto verified = P2PAuthentication::verify(data, key, challenge->second, receivedIDs[peer]);
+  auto verified = P2PAuthentication::verify(envelope, key, challenge->second, receivedIDs[peer]);
   if (!verified) {
     failures.take();
     return;

@@ -7,19 +7,23 @@ namespace torvane::P2PAuthentication {
 std::optional<P2PFrame::Frame> verify(ByteView envelope, const SigningPublicKey& key,
                                       std::string_view challenge, ReceivedIDs& receivedIDs) {
   const auto outer = P2PFrame::decodeView(envelope);
-  if (!outer) return std::nullopt;
-  const auto signatureText = stringMember(outer->header, "signature");
+  return outer ? verify(*outer, key, challenge, receivedIDs) : std::nullopt;
+}
+
+std::optional<P2PFrame::Frame> verify(const P2PFrame::View& envelope, const SigningPublicKey& key,
+                                      std::string_view challenge, ReceivedIDs& receivedIDs) {
+  const auto signatureText = stringMember(envelope.header, "signature");
   if (!signatureText) return std::nullopt;
   const auto signature = base64Decode(*signatureText);
   if (!signature) return std::nullopt;
 
   Bytes message;
-  message.reserve(challenge.size() + outer->body.size());
+  message.reserve(challenge.size() + envelope.body.size());
   message.insert(message.end(), challenge.begin(), challenge.end());
-  message.insert(message.end(), outer->body.begin(), outer->body.end());
+  message.insert(message.end(), envelope.body.begin(), envelope.body.end());
   if (!key.isValidSignature(*signature, message)) return std::nullopt;
 
-  auto inner = P2PFrame::decode(outer->body);
+  auto inner = P2PFrame::decode(envelope.body);
   if (!inner) return std::nullopt;
   const auto id = integerMember(inner->header, "id");
   if (!id || !receivedIDs.insert(*id)) return std::nullopt;

@@ -19,4 +19,10 @@ namespace torvane::P2PAuthentication {
                                                     std::string_view challenge,
                                                     ReceivedIDs& receivedIDs);
 
+// The same for an envelope that has been decoded already.
+[[nodiscard]] std::optional<P2PFrame::Frame> verify(const P2PFrame::View& envelope,
+                                                    const SigningPublicKey& key,
+                                                    std::string_view challenge,
+                                                    ReceivedIDs& receivedIDs);
+
 }  // namespace torvane::P2PAuthentication
