@@ -7,6 +7,7 @@ Everything is started here, lives in one temporary folder and ends with the `wit
         helper = desktop.spawn("helper", ["/path/to/program"])
 """
 
+import ctypes
 import importlib.util
 import os
 import shutil
@@ -104,7 +105,8 @@ class PrivateDesktop:
         with open(self.log_path(name), "ab") as log:
             options.setdefault("stdout", log)
             process = subprocess.Popen(
-                command, env=self.environment, stdin=subprocess.DEVNULL, stderr=log, **options
+                command, env=self.environment, stdin=subprocess.DEVNULL, stderr=log,
+                preexec_fn=end_with_parent, **options
             )
         process.name = name
         self.processes.append(process)
@@ -167,7 +169,8 @@ class PrivateDesktop:
     def screenshot(self, path, area=None):
         """A picture of the screen, or of x, y, width and height of it."""
         crop = ["-crop", "{2}x{3}+{0}+{1}".format(*area), "+repage"] if area else []
-        self.run("import", "-silent", "-window", "root", *crop, path)
+        self.run("import", "-silent", "-window", "root", *crop,
+                 "-define", "png:exclude-chunk=date,tEXt,tIME", path)
 
     # Beginning and end
 
@@ -214,6 +217,12 @@ class PrivateDesktop:
             end(process)
         self.processes = []
         shutil.rmtree(self.folder, ignore_errors=True)
+
+
+def end_with_parent():
+    """In a new process: nothing of a desktop outlives the program that made it."""
+    set_parent_death_signal = 1
+    ctypes.CDLL(None).prctl(set_parent_death_signal, signal.SIGTERM)
 
 
 def end(process, seconds=5):
