@@ -16,6 +16,7 @@
 
 #include "platform/linux/peer_link_http.h"
 #include "platform/linux/peer_link_invitation.h"
+#include "platform/linux/peer_link_request.h"
 #include "platform/linux/peer_link_tls.h"
 
 namespace torvane {
@@ -33,7 +34,6 @@ using TlsStream = beast::ssl_stream<Socket>;
 using Stream = websocket::stream<TlsStream, false>;  // no compression
 using Incoming = net::dynamic_vector_buffer<std::uint8_t, std::allocator<std::uint8_t>>;
 using RequestParser = http::request_parser<http::empty_body>;
-using Request = http::request<http::empty_body>;
 using Response = http::response<http::span_body<const char>>;
 
 constexpr std::uint32_t kMaxRequestHeader = 8192;
@@ -41,28 +41,6 @@ constexpr std::size_t kReadStep = 65536;
 constexpr std::size_t kWriteStep = std::size_t{256} << 10;
 // What a message takes beside its bytes until it is handled.
 constexpr std::size_t kMessageOverhead = 256;
-
-std::string_view viewOf(beast::string_view text) {
-  return {text.data(), text.size()};
-}
-
-LinkRequest read(const Request& request) {
-  LinkRequest result;
-  result.method = viewOf(request.method_string());
-  result.target = viewOf(request.target());
-  result.host = viewOf(request[http::field::host]);
-  result.origin = viewOf(request[http::field::origin]);
-  result.originCount = request.count(http::field::origin);
-  result.isUpgrade = websocket::is_upgrade(request);
-  const auto offered = request.equal_range(http::field::sec_websocket_protocol);
-  for (auto field = offered.first; field != offered.second; ++field) {
-    http::token_list tokens(field->value());
-    if (tokens.exists({kLinkSubprotocol.data(), kLinkSubprotocol.size()})) {
-      result.offersSubprotocol = true;
-    }
-  }
-  return result;
-}
 
 class BeastConnection final : public PeerConnection,
                               public std::enable_shared_from_this<BeastConnection> {
@@ -135,7 +113,7 @@ class BeastConnection final : public PeerConnection,
 
   void didReadRequest(Error error, std::size_t) {
     if (error) return end();
-    const LinkAnswer answer = answerTo(read(parser_->get()));
+    const LinkAnswer answer = answerTo(readLinkRequest(parser_->get()));
     if (answer.status != 101) return respond(answer);
     if (requestBuffer_.size() != 0) return end();  // nobody may speak before the answer
     stream_.set_option(websocket::stream_base::timeout{websocket::stream_base::none(),
