@@ -13,7 +13,7 @@ namespace torvane::ipad {
 namespace {
 
 void writeBytes(std::string_view bytes) {
-  std::fwrite(bytes.data(), 1, bytes.size(), stdout);
+  if (!bytes.empty()) std::fwrite(bytes.data(), 1, bytes.size(), stdout);
   std::fflush(stdout);
 }
 
