@@ -16,7 +16,6 @@
 namespace torvane {
 namespace {
 
-
 unsigned modeOf(const std::string& path) {
   struct stat status {};
   return ::stat(path.c_str(), &status) == 0 ? status.st_mode & 0777U : 0;
