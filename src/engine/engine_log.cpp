@@ -13,7 +13,7 @@ namespace torvane {
 namespace {
 
 constexpr std::uint64_t kLargestLog = 2'000'000;
-constexpr std::size_t kLongestTail = 64 * 1024;
+constexpr std::size_t kLongestTail = 65'536;
 constexpr std::size_t kLinesShown = 6;
 constexpr std::size_t kLongestLine = 500;
 
