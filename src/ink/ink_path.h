@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstddef>
+#include <span>
+
+#include "ink/canvas.h"
+#include "ink/geometry.h"
+
+namespace torvane {
+
+// A stroke is drawn in runs of this many segments, so that no stroke can hold the program up. Two
+// runs share a point; only there, and only in antialiased edge pixels, it shows.
+inline constexpr std::size_t kRunLength = 2000;
+
+[[nodiscard]] std::size_t runCount(std::size_t pointCount);
+
+// Where a fraction of the slide lies in the view. Fractions beyond a million count as a million:
+// they are off every screen, and products of them stay numbers.
+class SlideMapping {
+ public:
+  explicit SlideMapping(const Rect& slide) : slide_(slide) {}
+
+  [[nodiscard]] Point map(const Point& fraction) const;
+  [[nodiscard]] double penWidth() const { return std::max(slide_.width * 0.005, 3.0); }
+  [[nodiscard]] double laserRadius() const { return std::max(slide_.width * 0.011, 8.0); }
+
+ private:
+  Rect slide_;
+};
+
+// How far beyond its line a pen may touch a pixel.
+[[nodiscard]] inline double penReach(double penWidth) {
+  return penWidth / 2 + 2;
+}
+
+// Sets `lines` to the segments of one run of a stroke that can touch `area`, and returns their
+// length. Segments that leave `view` are cut a little outside it; those with a coordinate that is
+// no number are left out.
+double collectRun(std::span<const Point> stroke, std::size_t run, const SlideMapping& mapping,
+                  const Rect& view, const Rect& area, Lines& lines);
+
+}  // namespace torvane

@@ -1,0 +1,119 @@
+#include "platform/linux/qt_canvas.h"
+
+#include <QPainter>
+#include <cmath>
+#include <cstring>
+
+namespace torvane {
+namespace {
+
+// The system red. Opaque, so that a premultiplied pixel of it is the colour itself.
+const QColor kInk(255, 59, 48);
+
+// Two of a pixel's four channels at a time, each scaled by alpha / 255 and rounded.
+std::uint32_t scaled(std::uint32_t pixel, std::uint32_t alpha) {
+  constexpr std::uint32_t kPair = 0x00ff00ff, kHalf = 0x00800080;
+  std::uint32_t low = (pixel & kPair) * alpha + kHalf;
+  low = ((low + ((low >> 8) & kPair)) >> 8) & kPair;
+  std::uint32_t high = ((pixel >> 8) & kPair) * alpha + kHalf;
+  high = (high + ((high >> 8) & kPair)) & ~kPair;
+  return low | high;
+}
+
+}  // namespace
+
+QImage QtPicture::scaledTo(const QSize& size) const {
+  if (size == image_.size()) return image_;
+  const std::lock_guard lock(mutex_);
+  if (scaled_.size() != size) {
+    scaled_ = image_.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
+                  .convertToFormat(QImage::Format_ARGB32_Premultiplied);
+  }
+  return scaled_;
+}
+
+QtCanvas::QtCanvas(const Rect& area, double scale)
+    : scale_(scale),
+      pixels_(toPixels(area)),
+      image_(pixels_.size(), QImage::Format_ARGB32_Premultiplied) {
+  image_.fill(Qt::transparent);
+}
+
+QRect QtCanvas::toPixels(const Rect& area) const {
+  const Rect whole =
+      widenedToWhole({area.x * scale_, area.y * scale_, area.width * scale_, area.height * scale_});
+  return {static_cast<int>(whole.x), static_cast<int>(whole.y), static_cast<int>(whole.width),
+          static_cast<int>(whole.height)};
+}
+
+void QtCanvas::drawPicture(const Picture& picture, const Rect& into) {
+  const auto edge = [&](double v) { return static_cast<int>(std::lround(v * scale_)); };
+  const QPoint from(edge(into.x), edge(into.y));
+  const QSize size(edge(into.right()) - from.x(), edge(into.bottom()) - from.y());
+  if (size.isEmpty()) return;
+  QPainter painter(&image_);
+  painter.drawImage(from - origin(), static_cast<const QtPicture&>(picture).scaledTo(size));
+}
+
+void QtCanvas::strokeLines(const Lines& lines, double width) {
+  if (image_.isNull()) return;
+  if (!coverage_) {
+    coverage_.emplace(pixels_.x(), pixels_.y(), pixels_.width(), pixels_.height());
+  }
+  const auto& points = lines.points;
+  std::size_t line = 0;
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    if (line < lines.starts.size() && lines.starts[line] == i) {
+      ++line;
+      continue;
+    }
+    const Point from = points[i - 1], to = points[i];
+    coverage_->addLine(from.x * scale_, from.y * scale_, to.x * scale_, to.y * scale_,
+                       width * scale_);
+  }
+  coverage_->take(
+      [this](int x, int y, const float* coverage, int count) { blendRow(x, y, coverage, count); });
+}
+
+void QtCanvas::blendRow(int x, int y, const float* coverage, int count) {
+  const std::uint32_t ink = kInk.rgba();
+  auto* pixel =
+      reinterpret_cast<std::uint32_t*>(image_.scanLine(y - pixels_.y())) + (x - pixels_.x());
+  for (int i = 0; i < count; ++i, ++pixel) {
+    const auto alpha = static_cast<std::uint32_t>(coverage[i] * 255 + 0.5F);
+    if (alpha == 0) continue;
+    *pixel = alpha == 255 ? ink : scaled(ink, alpha) + scaled(*pixel, 255 - alpha);
+  }
+}
+
+void QtCanvas::fillOval(const Rect& bounds, double opacity) {
+  QColor colour = kInk;
+  colour.setAlphaF(static_cast<float>(opacity));
+  QPainter painter(&image_);
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.translate(-origin());
+  painter.scale(scale_, scale_);
+  painter.setPen(Qt::NoPen);
+  painter.setBrush(colour);
+  painter.drawEllipse(QRectF(bounds.x, bounds.y, bounds.width, bounds.height));
+}
+
+std::unique_ptr<Canvas> QtCanvas::makeLayer(const Rect& area) const {
+  return std::make_unique<QtCanvas>(area, scale_);
+}
+
+void QtCanvas::copyLayer(const Canvas& layer, const Rect& area) {
+  const auto& source = static_cast<const QtCanvas&>(layer);
+  const QRect part = toPixels(area) & pixels_ & source.pixels_;
+  if (part.isEmpty()) return;
+  const auto offset = [&](const QtCanvas& canvas) {
+    return static_cast<std::size_t>(part.x() - canvas.pixels_.x()) * sizeof(QRgb);
+  };
+  const std::size_t bytes = static_cast<std::size_t>(part.width()) * sizeof(QRgb);
+  for (int y = part.y(); y <= part.bottom(); ++y) {
+    std::memcpy(image_.scanLine(y - pixels_.y()) + offset(*this),
+                source.image_.constScanLine(y - source.pixels_.y()) + offset(source), bytes);
+  }
+}
+
+}  // namespace torvane

@@ -1,0 +1,90 @@
+#include "platform/linux/line_coverage.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <random>
+
+namespace torvane {
+namespace {
+
+using Pixels = std::map<std::pair<int, int>, float>;
+
+Pixels taken(LineCoverage& coverage) {
+  Pixels pixels;
+  coverage.take([&](int x, int y, const float* values, int count) {
+    for (int i = 0; i < count; ++i) {
+      if (values[i] > 0) pixels[{x + i, y}] = values[i];
+    }
+  });
+  return pixels;
+}
+
+float columnSum(const Pixels& pixels, int x) {
+  float sum = 0;
+  for (const auto& [place, value] : pixels) sum += place.first == x ? value : 0;
+  return sum;
+}
+
+TEST(LineCoverage, IsAsWideAsThePen) {
+  for (const double width : {1.0, 3.0, 9.6}) {
+    LineCoverage coverage(0, 0, 100, 40);
+    coverage.addLine(10, 20.3, 90, 20.3, width);
+    EXPECT_NEAR(columnSum(taken(coverage), 50), width, 1e-4) << width;
+  }
+}
+
+TEST(LineCoverage, HasRoundCaps) {
+  LineCoverage coverage(0, 0, 60, 40);
+  coverage.addLine(20, 20, 40, 20, 10);
+  const Pixels pixels = taken(coverage);
+  EXPECT_TRUE(pixels.contains({15, 20}));
+  EXPECT_FALSE(pixels.contains({14, 20}));
+  EXPECT_FALSE(pixels.contains({15, 16}));  // the corner that a square cap would fill
+}
+
+TEST(LineCoverage, DrawsADotForALineWithoutLength) {
+  LineCoverage coverage(0, 0, 40, 40);
+  coverage.addLine(20, 20, 20, 20, 10);
+  float sum = 0;
+  for (const auto& [place, value] : taken(coverage)) sum += value;
+  EXPECT_NEAR(sum, 3.14159 * 5 * 5, 1);
+}
+
+TEST(LineCoverage, IsNoDenserWhereLinesOverlap) {
+  LineCoverage once(0, 0, 60, 40), twice(0, 0, 60, 40);
+  once.addLine(10, 12.7, 50, 30.2, 7);
+  twice.addLine(10, 12.7, 50, 30.2, 7);
+  twice.addLine(10, 12.7, 50, 30.2, 7);
+  EXPECT_EQ(taken(once), taken(twice));
+}
+
+TEST(LineCoverage, IsTheSameWhereverTheAreaBegins) {
+  std::mt19937 random(5);
+  std::uniform_real_distribution<double> place(-300, 2200);
+  LineCoverage whole(0, 0, 1920, 1080), part(701, 333, 97, 61);
+  for (int i = 0; i < 60; ++i) {
+    const double line[] = {place(random), place(random), place(random), place(random)};
+    for (auto* coverage : {&whole, &part}) {
+      coverage->addLine(line[0], line[1], line[2], line[3], 9.6);
+    }
+  }
+  const Pixels all = taken(whole), some = taken(part);
+  ASSERT_GT(some.size(), 200U);
+  for (const auto& [pixel, value] : some) ASSERT_EQ(all.at(pixel), value);
+  for (const auto& [pixel, value] : all) {
+    const bool inside =
+        pixel.first >= 701 && pixel.first < 798 && pixel.second >= 333 && pixel.second < 394;
+    ASSERT_EQ(inside, some.contains(pixel));
+  }
+}
+
+TEST(LineCoverage, IsEmptyAfterItWasTaken) {
+  LineCoverage coverage(0, 0, 60, 40);
+  coverage.addLine(0, 0, 60, 40, 9);
+  EXPECT_FALSE(taken(coverage).empty());
+  EXPECT_TRUE(taken(coverage).empty());
+}
+
+}  // namespace
+}  // namespace torvane
