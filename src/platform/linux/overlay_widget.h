@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QRegion>
+#include <QWidget>
+
+#include "app/clock.h"
+#include "ink/overlay_view.h"
+#include "platform/linux/qt_canvas.h"
+
+namespace torvane {
+
+// The overlay's window: shows the view, lets clicks through, and cuts itself to the shape of the
+// ink where nothing can make windows translucent.
+class OverlayWidget final : public QWidget, private OverlayDisplay {
+ public:
+  OverlayWidget(OverlayView& content, const Clock& clock);
+  ~OverlayWidget() override;
+
+  void setTranslucent(bool isTranslucent);
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
+
+ private:
+  void invalidate(const Rect& viewPart) override;
+  void paintPart(const QRect& dirty);
+  void cutOut(const QRect& dirty, const QImage& pixels);
+  void applyShape();
+
+  OverlayView& content_;
+  const Clock& clock_;
+  QRect asked_;       // since the last painting
+  double ratio_ = 0;  // pixels per point when it was last painted
+  bool isTranslucent_ = true;
+  QRegion shape_;  // where the ink is, while not translucent
+};
+
+}  // namespace torvane

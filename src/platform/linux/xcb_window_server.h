@@ -1,0 +1,24 @@
+#pragma once
+
+#include "ink/window_server.h"
+#include "platform/linux/x11_session.h"
+
+namespace torvane {
+
+// The window manager's list. An Impress show is listed under the name of the one presentation
+// program that the core knows.
+class XcbWindowServer final : public WindowServer {
+ public:
+  // Null for a session without X: no list then.
+  explicit XcbWindowServer(X11Session* session) : session_(session) {}
+
+  [[nodiscard]] std::optional<std::vector<WindowInfo>> onScreenWindows() override;
+
+ private:
+  X11Session* session_;
+};
+
+// Whether this is LibreOffice Impress's running show rather than one of its document windows.
+[[nodiscard]] bool isImpressShow(const X11Window& window);
+
+}  // namespace torvane
