@@ -1,0 +1,17 @@
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "ink/geometry.h"
+#include "ink/window_server.h"
+
+namespace torvane {
+
+// The frame of the screen that a slide show's window fills, for windows from front to back and
+// screens with the primary one first. Of several such screens one that is not the primary is
+// preferred; none when there is no such window.
+[[nodiscard]] std::optional<Rect> screenOfSlideShow(const std::vector<WindowInfo>& windows,
+                                                    const std::vector<Rect>& screens);
+
+}  // namespace torvane

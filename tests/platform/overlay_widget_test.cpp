@@ -1,0 +1,168 @@
+// The overlay's window, on screens without a display.
+
+#include "platform/linux/overlay_widget.h"
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+
+#include "platform/linux/qt_overlay_surface.h"
+#include "support/qt_event_loop.h"
+
+namespace torvane {
+namespace {
+
+class StillClock final : public Clock {
+ public:
+  [[nodiscard]] double unixTime() const override { return 0; }
+  [[nodiscard]] double mediaTime() const override { return now; }
+  double now = 0;
+};
+
+class OverlaySurfaceTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    surface_ = surfaces_.makeOverlaySurface({0, 0, 1280, 800}, view_);
+    ASSERT_TRUE(surface_);
+    window_ = dynamic_cast<OverlayWidget*>(QApplication::topLevelWidgets().value(0));
+    ASSERT_TRUE(window_);
+  }
+
+  void drawLine() {
+    view_.begin(1, {0.2, 0.5});
+    view_.append(1, {0.8, 0.5});
+    view_.setNeedsDisplay();
+  }
+
+  // What the window shows, in pixels.
+  QImage shown() {
+    QApplication::processEvents();
+    return window_->grab().toImage();
+  }
+
+  StillClock clock_;
+  OverlayView view_;
+  QtOverlaySurfaces surfaces_{clock_, nullptr};
+  std::unique_ptr<OverlaySurface> surface_;
+  OverlayWidget* window_ = nullptr;
+};
+
+TEST_F(OverlaySurfaceTest, IsHiddenUntilItIsOrderedFront) {
+  EXPECT_FALSE(surface_->isVisible());
+  surface_->orderFrontRegardless();
+  surface_->orderFrontRegardless();
+  EXPECT_TRUE(surface_->isVisible());
+  surface_->orderOut();
+  surface_->orderOut();
+  EXPECT_FALSE(surface_->isVisible());
+}
+
+TEST_F(OverlaySurfaceTest, NeverTakesFocusOrClicks) {
+  EXPECT_TRUE(window_->windowFlags().testFlag(Qt::WindowTransparentForInput));
+  EXPECT_TRUE(window_->windowFlags().testFlag(Qt::WindowDoesNotAcceptFocus));
+  EXPECT_TRUE(window_->testAttribute(Qt::WA_ShowWithoutActivating));
+  surface_->orderFrontRegardless();
+  QApplication::processEvents();
+  EXPECT_EQ(QApplication::activeWindow(), nullptr);
+}
+
+TEST_F(OverlaySurfaceTest, TakesFramesFromTheBottomLeft) {
+  const Rect left{-800, 400, 800, 600};
+  surface_->setFrame(left);
+  EXPECT_EQ(surface_->frame(), left);
+  EXPECT_EQ(window_->geometry(), QRect(-800, -200, 800, 600));
+}
+
+TEST_F(OverlaySurfaceTest, LaysTheSlideOverTheWholeFrame) {
+  surface_->orderFrontRegardless();
+  QApplication::processEvents();
+  EXPECT_EQ(view_.slideRect(), (Rect{0, 40, 1280, 720}));
+}
+
+TEST_F(OverlaySurfaceTest, ShowsInkWhenItIsDrawn) {
+  surface_->orderFrontRegardless();
+  drawLine();
+  const QImage image = shown();
+  EXPECT_EQ(image.pixelColor(640, 400), QColor(255, 59, 48));
+  EXPECT_EQ(qAlpha(image.pixel(640, 300)), 0);
+}
+
+TEST_F(OverlaySurfaceTest, ShowsInkThatWasDrawnWhileItWasHidden) {
+  drawLine();
+  surface_->orderFrontRegardless();
+  EXPECT_EQ(shown().pixelColor(640, 400), QColor(255, 59, 48));
+  surface_->orderOut();
+  surface_->orderFrontRegardless();
+  EXPECT_EQ(shown().pixelColor(640, 400), QColor(255, 59, 48));
+}
+
+TEST_F(OverlaySurfaceTest, FollowsAFrameThatMoves) {
+  surface_->orderFrontRegardless();
+  drawLine();
+  surface_->setFrame({-800, 400, 800, 600});
+  EXPECT_EQ(shown().pixelColor(400, 300), QColor(255, 59, 48));
+}
+
+TEST_F(OverlaySurfaceTest, DrawsInPixelsOnAFineScreen) {
+  surface_->setFrame({1280, 32, 1024, 768});
+  surface_->orderFrontRegardless();
+  drawLine();
+  ASSERT_TRUE(runEventsUntil([this] { return window_->devicePixelRatioF() == 2; }));
+  const QImage image = shown();
+  EXPECT_EQ(image.size(), QSize(2048, 1536));
+  EXPECT_EQ(image.pixelColor(1024, 768), QColor(255, 59, 48));
+  int height = 0;
+  for (int y = 0; y < image.height(); ++y) height += qAlpha(image.pixel(1024, y)) > 0 ? 1 : 0;
+  EXPECT_NEAR(height, 2 * 1024 * 0.005, 2);
+}
+
+TEST_F(OverlaySurfaceTest, PaintsNothingWhileNothingChanges) {
+  surface_->orderFrontRegardless();
+  drawLine();
+  QApplication::processEvents();
+  struct Count : QObject {
+    bool eventFilter(QObject*, QEvent* event) override {
+      paintings += event->type() == QEvent::Paint ? 1 : 0;
+      return false;
+    }
+    int paintings = 0;
+  } count;
+  window_->installEventFilter(&count);
+  view_.setNeedsDisplay();
+  view_.append(99, {0.5, 0.5});
+  view_.setNeedsDisplay();
+  QApplication::processEvents();
+  EXPECT_EQ(count.paintings, 0);
+  drawLine();
+  ASSERT_TRUE(runEventsUntil([&] { return count.paintings > 0; }));
+}
+
+TEST_F(OverlaySurfaceTest, FinishesALongRebuildByItself) {
+  surface_->orderFrontRegardless();
+  for (int id = 0; id < 4000; ++id) {
+    view_.begin(id, {0.2, 0.5});
+    for (int i = 1; i < 100; ++i) view_.append(id, {0.2 + 0.003 * i, 0.5 + 0.00005 * id});
+  }
+  view_.setNeedsDisplay();
+  EXPECT_FALSE(view_.isSettled());
+  ASSERT_TRUE(runEventsUntil([this] { return view_.isSettled(); }));
+  EXPECT_EQ(shown().pixelColor(400, 450), QColor(255, 59, 48));
+}
+
+TEST_F(OverlaySurfaceTest, IsCutToTheInkWhereWindowsCannotBeTranslucent) {
+  window_->setTranslucent(false);
+  EXPECT_FALSE(window_->mask().contains(QPoint(640, 400)));
+  surface_->orderFrontRegardless();
+  window_->setTranslucent(false);  // ordering it front asked for a compositor again
+  drawLine();
+  ASSERT_TRUE(runEventsUntil([this] { return window_->mask().contains(QPoint(640, 400)); }));
+  EXPECT_FALSE(window_->mask().contains(QPoint(640, 300)));
+  EXPECT_TRUE(window_->mask().contains(QPoint(640, 397)));
+  view_.remove({1});
+  view_.setNeedsDisplay();
+  ASSERT_TRUE(runEventsUntil([this] { return !window_->mask().contains(QPoint(640, 400)); }));
+  EXPECT_FALSE(window_->mask().isEmpty());  // which would mean no mask at all
+}
+
+}  // namespace
+}  // namespace torvane
