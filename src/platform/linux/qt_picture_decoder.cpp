@@ -4,6 +4,7 @@
 #include <QGuiApplication>
 #include <QImageReader>
 #include <QScreen>
+#include <QtEndian>
 #include <algorithm>
 #include <array>
 #include <utility>
@@ -16,16 +17,41 @@ constexpr int kMostMegabytes = 256;  // while one is decoded: four bytes a pixel
 // Each waiting picture may be 32 MiB of file. Whoever sends more than this is not looking at them.
 constexpr std::size_t kMostWaiting = 4;
 
-bool isRasterFormat(const QByteArray& format) {
-  static constexpr std::array kRaster = {"png",  "jpeg", "jpg", "gif",  "bmp", "webp",
-                                         "tiff", "tif",  "ico", "icns", "tga"};
-  return std::find(kRaster.begin(), kRaster.end(), format) != kRaster.end();
+// The formats with pixels, told by how a file begins. Nothing else reaches a decoder.
+const char* rasterFormat(const QByteArray& data) {
+  struct Beginning {
+    QByteArray bytes;
+    const char* format;
+  };
+  static const std::array kBeginnings = {Beginning{QByteArray("\x89PNG\r\n\x1a\n", 8), "png"},
+                                         Beginning{"\xff\xd8\xff", "jpeg"},
+                                         Beginning{"GIF8", "gif"},
+                                         Beginning{"BM", "bmp"},
+                                         Beginning{QByteArray("II*\0", 4), "tiff"},
+                                         Beginning{QByteArray("MM\0*", 4), "tiff"}};
+  for (const auto& [bytes, format] : kBeginnings) {
+    if (data.startsWith(bytes)) return format;
+  }
+  return data.startsWith("RIFF") && data.mid(8, 4) == "WEBP" ? "webp" : nullptr;
 }
 
-bool mayBeShown(const QImageReader& reader) {
-  const QSize size = reader.size();
-  return isRasterFormat(reader.format()) && size.isValid() && !size.isEmpty() &&
-         std::int64_t{size.width()} * size.height() <= kMostPixels;
+// The PNG library sets memory aside for a chunk of the size it claims, up to 2 GB, before it looks
+// whether the file has as much.
+bool hasWholeChunks(const QByteArray& png) {
+  constexpr qsizetype kAround = 12;  // a chunk's length, name and checksum
+  qsizetype at = 8;
+  while (png.size() - at >= kAround) {
+    const qsizetype room = png.size() - at - kAround;
+    const auto length = static_cast<qsizetype>(qFromBigEndian<quint32>(png.constData() + at));
+    if (length > room) return false;
+    if (png.mid(at + 4, 4) == "IEND") return true;
+    at += kAround + length;
+  }
+  return false;
+}
+
+bool isFewEnough(const QSize& size) {
+  return !size.isEmpty() && std::int64_t{size.width()} * size.height() <= kMostPixels;
 }
 
 }  // namespace
@@ -33,12 +59,14 @@ bool mayBeShown(const QImageReader& reader) {
 QImage decodedPicture(const Bytes& data, QSize largest) {
   QByteArray bytes = QByteArray::fromRawData(reinterpret_cast<const char*>(data.data()),
                                              static_cast<qsizetype>(data.size()));
+  const QByteArray format = rasterFormat(bytes);
+  if (format.isEmpty() || (format == "png" && !hasWholeChunks(bytes))) return {};
   QBuffer buffer(&bytes);
-  QImageReader reader(&buffer);
-  reader.setDecideFormatFromContent(true);
+  QImageReader reader(&buffer, format);
+  reader.setAutoDetectImageFormat(false);
   reader.setAutoTransform(true);
-  if (!mayBeShown(reader)) return {};
   const QSize size = reader.size();
+  if (!isFewEnough(size)) return {};
   const QSize kept = size.scaled(largest, Qt::KeepAspectRatioByExpanding);
   if (kept.width() < size.width()) reader.setScaledSize(kept);
   return reader.read().convertToFormat(QImage::Format_ARGB32_Premultiplied);
