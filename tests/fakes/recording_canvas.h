@@ -8,7 +8,7 @@
 
 namespace torvane {
 
-struct FakePicture final : Picture {};
+struct PlainPicture final : Picture {};
 
 // Remembers what was drawn on it.
 class RecordingCanvas final : public Canvas {

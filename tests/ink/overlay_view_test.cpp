@@ -101,7 +101,7 @@ TEST(OverlayView, DrawsNothingWithoutPictureStrokesAndLaser) {
 
 TEST(OverlayView, DrawsPictureThenStrokesThenHaloThenCore) {
   OverlayView view = viewOf(1920, 1200);
-  view.setOverlayImage(std::make_shared<FakePicture>());
+  view.setOverlayImage(std::make_shared<PlainPicture>());
   line(view, 1, {{0, 0}, {1, 1}});
   view.placeLaser({0.5, 0.5}, 0);
   const auto calls = drawn(view);
@@ -168,7 +168,7 @@ TEST(OverlayView, APointWithoutItsStrokeChangesNothing) {
 
 TEST(OverlayView, ClearingInkKeepsPictureAspectAndLaserTime) {
   OverlayView view = viewOf(1920, 1080, 0.75);
-  const auto picture = std::make_shared<FakePicture>();
+  const auto picture = std::make_shared<PlainPicture>();
   view.setOverlayImage(picture);
   line(view, 1, {{0, 0}, {1, 1}});
   view.placeLaser({0, 0}, 5);
@@ -292,7 +292,7 @@ TEST(OverlayGuard, DrawsNothingForAnAspectThatMakesNoRectangle) {
   for (const double aspect :
        {-1.0, -1e-9, -0.0, kInfinity, -kInfinity, std::nan(""), -1e308, 1e-320 * -1}) {
     OverlayView view = viewOf(1920, 1080, aspect);
-    view.setOverlayImage(std::make_shared<FakePicture>());
+    view.setOverlayImage(std::make_shared<PlainPicture>());
     line(view, 1, {{0, 0}, {1, 1}});
     view.placeLaser({0.5, 0.5}, 0);
     EXPECT_TRUE(drawn(view).empty()) << aspect;
