@@ -6,12 +6,15 @@
 #include <memory>
 #include <optional>
 #include <set>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "app/main_hop.h"
 #include "bridge/engine_request.h"
 #include "engine/engine_log.h"
+#include "ink/ink_answer.h"
+#include "ink/overlay_surface.h"
 #include "ink/overlay_view.h"
 #include "peer/peer_session.h"
 #include "platform/platform.h"
@@ -137,11 +140,22 @@ class BridgeDelegate final : public MenuDelegate,
 
   // ink/ink_polling.cpp
   OverlayView overlayView;
-  std::int64_t inkSeq = 0;
-  bool inkBusy = false;
-  std::int64_t frameTick = 0;
-  std::int64_t lastOverlayV = -1;
+  std::int64_t inkSeq = 0;         // the number of the last event that arrived
+  bool inkBusy = false;            // an answer is on its way
+  std::int64_t lastOverlayV = -1;  // version of the picture shown or on its way
   void inkTick();
+  void inkDidArrive(const std::shared_ptr<const InkAnswer>& answer);
+  void takeInk(const std::shared_ptr<const InkAnswer>& answer, std::size_t from);
+  void applyInkEvents(std::span<const InkEvent> events);
+  void fetchOverlayImage(std::int64_t version);
+  void clearOverlay();
+
+  // ink/overlay_window.cpp
+  std::unique_ptr<OverlaySurface> overlay;  // made at the first need, then hidden and shown
+  std::int64_t frameTick = 0;               // answers while presenting, over all shows
+  void updateOverlayWindow(bool presenting);
+  void showOverlay(const Rect& frame);
+  [[nodiscard]] std::optional<Rect> slideShowScreenFrame();
 
   // update/update_check.cpp
   std::optional<std::string> availableUpdate;

@@ -1,9 +1,95 @@
-// Live ink, fetched from the engine.
+// Live ink, fetched from the engine while it runs.
+// Events: the ink timer, answers of the engine, decoded pictures. Fields: overlayView, inkSeq,
+// inkBusy, lastOverlayV. Ports: HttpSession, PictureDecoder, Clock.
 
 #include "app/bridge_delegate.h"
 
 namespace torvane {
+namespace {
 
-void BridgeDelegate::inkTick() {}
+constexpr double kEventsTimeout = 2.0;
+constexpr double kPictureTimeout = 3.0;
+
+}  // namespace
+
+void BridgeDelegate::inkTick() {
+  assertMainThread();
+  if (!serverRunning || inkBusy) return;
+  inkBusy = true;
+  platform_.http.shared().dataTask(
+      engineRequest("/api/ink/events?since=" + std::to_string(inkSeq), kEventsTimeout),
+      [this, main = main_](const HttpResult& result) {
+        // Read here, off the main thread, which a large answer would hold.
+        if (auto answer = parseInkAnswer(result.body)) {
+          main.async([this, answer = std::make_shared<const InkAnswer>(std::move(*answer))] {
+            inkDidArrive(answer);
+          });
+        } else {
+          main.async([this] { inkBusy = false; });
+        }
+      });
+}
+
+void BridgeDelegate::inkDidArrive(const std::shared_ptr<const InkAnswer>& answer) {
+  assertMainThread();
+  // The engine was started anew. What this answer holds is not the whole of its ink: skip it and
+  // ask from the start.
+  if (answer->seq < inkSeq) {
+    inkSeq = 0;
+    clearOverlay();
+    inkBusy = false;
+    return;
+  }
+  inkSeq = answer->seq;
+  overlayView.setAspect(answer->aspect);
+  takeInk(answer, 0);
+}
+
+// Usually all events at once. A huge answer takes several turns of the main queue, so that it
+// does not hold up everything else; it stays the only one on its way until it is done.
+void BridgeDelegate::takeInk(const std::shared_ptr<const InkAnswer>& answer, std::size_t from) {
+  const auto events = std::span(answer->events).subspan(from);
+  const auto count = countForOneTurn(events, overlayView.order.size());
+  applyInkEvents(events.first(count));
+  if (count < events.size()) {
+    main_.async([this, answer, next = from + count] { takeInk(answer, next); });
+    return;
+  }
+  if (answer->overlayV != lastOverlayV) fetchOverlayImage(answer->overlayV);
+  updateOverlayWindow(answer->presenting);
+  inkBusy = false;
+}
+
+void BridgeDelegate::applyInkEvents(std::span<const InkEvent> events) {
+  const bool applied = applyEvents(overlayView, events, platform_.clock.mediaTime());
+  if (isRedrawDue(overlayView, applied, platform_.clock.mediaTime())) {
+    overlayView.setNeedsDisplay();
+  }
+}
+
+void BridgeDelegate::fetchOverlayImage(std::int64_t version) {
+  assertMainThread();
+  lastOverlayV = version;  // before the fetch: one that fails is not tried again
+  platform_.http.shared().dataTask(
+      engineRequest("/api/ink/overlay", kPictureTimeout),
+      [this, main = main_, &pictures = platform_.pictures](HttpResult result) {
+        // What is no picture goes through the decoder as well, so that the answers take effect
+        // in the order in which they came.
+        const bool isFound = result.response && result.response->status == 200;
+        pictures.decode(isFound ? std::move(result.body) : Bytes{},
+                        [this, main](std::shared_ptr<const Picture> picture) {
+                          main.async([this, picture = std::move(picture)] {
+                            overlayView.setOverlayImage(picture);
+                            overlayView.setNeedsDisplay();
+                          });
+                        });
+      });
+}
+
+void BridgeDelegate::clearOverlay() {
+  overlayView.clearInk();
+  overlayView.setOverlayImage(nullptr);
+  overlayView.setNeedsDisplay();
+}
 
 }  // namespace torvane

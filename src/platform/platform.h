@@ -14,6 +14,9 @@
 #include "engine/child_process.h"
 #include "engine/file_system.h"
 #include "engine/python_diagnosis.h"
+#include "ink/overlay_surface.h"
+#include "ink/picture_decoder.h"
+#include "ink/window_server.h"
 #include "peer/peer_session.h"
 
 namespace torvane {
@@ -36,6 +39,10 @@ struct Platform {
   PeerLink& peerLink;
   FileSystem& files;
   ProcessLauncher& processes;
+  WindowServer& windowServer;
+  Screens& screens;
+  OverlaySurfaces& overlaySurfaces;
+  PictureDecoder& pictures;
   const PythonSystem& python;
 };
 

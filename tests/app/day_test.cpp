@@ -9,6 +9,28 @@ class Day : public HelperTest {
  protected:
   test::SigningDevice ann{1};
   test::SigningDevice ben{2};
+  int strokes = 0;  // drawn since the engine was started
+  bool presenting = false;
+
+  // An engine that numbers its ink from 1.
+  void runEngine() {
+    strokes = 0;
+    platform.http.server = [this](const HttpRequest& request) {
+      const auto since = request.url.find("since=");
+      const bool isInk = since != std::string::npos;
+      return FakeAnswer{
+          httpResult(200, isInk ? inkSince(std::stoi(request.url.substr(since + 6))) : "{}")};
+    };
+  }
+  std::string inkSince(int since) const {
+    std::string events;
+    for (int id = since + 1; id <= strokes; ++id) {
+      if (!events.empty()) events += ",";
+      events += R"({"t":"begin","x":0.5,"y":0.5,"id":)" + std::to_string(id) + "}";
+    }
+    return R"({"seq":)" + std::to_string(strokes) + R"(,"events":[)" + events +
+           R"(],"presenting":)" + (presenting ? "true" : "false") + "}";
+  }
 
   std::shared_ptr<std::vector<InvitationAnswer>> knock(const test::SigningDevice& device,
                                                        const PeerID& peer) {
@@ -32,13 +54,14 @@ class Day : public HelperTest {
 };
 
 TEST_F(Day, PassesFromTheFirstLaunchToQuitting) {
+  platform.http.keepsRequests = false;  // there will be a million
   // Morning: the first launch welcomes, then starts an engine that comes up.
   platform.defaults.stored.clear();
   launch();
   EXPECT_EQ(platform.alerts.shown.size(), 1U);
   platform.time.advance(1.6);
   ASSERT_NE(helper->child, nullptr);
-  platform.runEngine();
+  runEngine();
   platform.time.advance(3);
   EXPECT_TRUE(helper->serverRunning);
 
@@ -61,12 +84,17 @@ TEST_F(Day, PassesFromTheFirstLaunchToQuitting) {
   EXPECT_EQ(platform.statusBar.shown.icons.back().toolTip,
             "Torvane P2P Helper: iPad connected (Ann, Ben)");
 
-  // The talk: both are served, for hours.
+  // The talk: both are served and draw, for hours.
+  presenting = true;
   for (int hour = 0; hour < 8; ++hour) {
+    ++strokes;
     EXPECT_EQ(statusOf(ann, annsPeer, hour), 200);
     EXPECT_EQ(statusOf(ben, bensPeer, hour), 200);
     platform.time.advance(3600);
   }
+
+  EXPECT_EQ(helper->overlayView.strokes.size(), 8U);
+  EXPECT_TRUE(platform.overlaySurfaces.shown.isVisible);
 
   // The engine dies; a tap is told so. The presenter starts it again.
   platform.processes.launched.back().process->exit(1);
@@ -74,11 +102,15 @@ TEST_F(Day, PassesFromTheFirstLaunchToQuitting) {
   platform.time.advance(10);
   EXPECT_EQ(helper->child, nullptr);
   EXPECT_FALSE(helper->serverRunning);
+  EXPECT_TRUE(platform.overlaySurfaces.shown.isVisible);
+  presenting = false;
   EXPECT_EQ(statusOf(ann, annsPeer, 100), 502);
   helper->startServer();
-  platform.runEngine();
+  runEngine();
   platform.time.advance(3);
   EXPECT_EQ(statusOf(ann, annsPeer, 101), 200);
+  EXPECT_TRUE(helper->overlayView.strokes.empty());
+  EXPECT_FALSE(platform.overlaySurfaces.shown.isVisible);
 
   // Evening: forgotten devices stay until they drop, then have to ask again.
   helper->forgetPairedDevices();

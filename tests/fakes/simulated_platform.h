@@ -3,6 +3,7 @@
 #include "fakes/fake_desktop.h"
 #include "fakes/fake_files.h"
 #include "fakes/fake_http.h"
+#include "fakes/fake_ink.h"
 #include "fakes/fake_peer_link.h"
 #include "fakes/fake_processes.h"
 #include "fakes/simulated_time.h"
@@ -30,10 +31,15 @@ struct SimulatedPlatform {
   FakePeerLink peerLink{time, log};
   FakeFileSystem files;
   FakeProcessLauncher processes{time};
+  FakeWindowServer windowServer;
+  FakeScreens screens;
+  FakeOverlaySurfaces overlaySurfaces;
+  FakePictureDecoder pictures{time};
 
-  Platform ports{application, statusBar, alerts,      mainQueue,     backgroundQueue, clock,
-                 defaults,    bundle,    processInfo, accessibility, privacyDatabase, http,
-                 peerLink,    files,     processes,   kMacPython};
+  Platform ports{application,     statusBar, alerts,          mainQueue,   backgroundQueue,
+                 clock,           defaults,  bundle,          processInfo, accessibility,
+                 privacyDatabase, http,      peerLink,        files,       processes,
+                 windowServer,    screens,   overlaySurfaces, pictures,    kMacPython};
 
   SimulatedPlatform() {
     defaults.stored["didShowWelcome"] = true;

@@ -30,12 +30,15 @@ class SimulatedTime {
   // Lets `seconds` pass.
   void advance(double seconds) {
     const double end = now_ + seconds;
-    while (!queue_.empty() && queue_.begin()->first.first <= end) {
-      auto next = queue_.extract(queue_.begin());
-      now_ = std::max(now_, next.key().first);
-      run(next.mapped());
-    }
+    while (!queue_.empty() && queue_.begin()->first.first <= end) runNext();
     now_ = std::max(now_, end);
+  }
+
+  // Runs the one piece of work that is due next, whenever that is. There must be one.
+  void runNext() {
+    auto next = queue_.extract(queue_.begin());
+    now_ = std::max(now_, next.key().first);
+    run(next.mapped());
   }
 
   // Lets time pass for the rest of the world while the main thread is held.

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <utility>
 
@@ -15,10 +16,15 @@
 #include "platform/linux/qt_alerts.h"
 #include "platform/linux/qt_application.h"
 #include "platform/linux/qt_main_queue.h"
+#include "platform/linux/qt_overlay_surface.h"
+#include "platform/linux/qt_picture_decoder.h"
+#include "platform/linux/qt_screens.h"
 #include "platform/linux/qt_status_item.h"
 #include "platform/linux/symbol_icon.h"
 #include "platform/linux/system_clock.h"
 #include "platform/linux/termination_signals.h"
+#include "platform/linux/x11_session.h"
+#include "platform/linux/xcb_window_server.h"
 #include "platform/posix/posix_child_process.h"
 #include "platform/posix/posix_file_system.h"
 #include "platform/posix/thread_background_queue.h"
@@ -54,6 +60,11 @@ struct LinuxPlatform {
   std::optional<WebSocketPeerLink> peerLink{std::in_place, peerLinkOptions(mainQueue)};
   PosixFileSystem files;
   PosixProcessLauncher processes;
+  std::unique_ptr<X11Session> x11 = X11Session::open();
+  XcbWindowServer windowServer{x11.get()};
+  QtScreens screens{x11.get()};
+  QtOverlaySurfaces overlaySurfaces{clock, x11.get()};
+  QtPictureDecoder pictures{largestScreen()};
 
   Platform ports{.application = application,
                  .statusBar = statusBar,
@@ -70,6 +81,10 @@ struct LinuxPlatform {
                  .peerLink = *peerLink,
                  .files = files,
                  .processes = processes,
+                 .windowServer = windowServer,
+                 .screens = screens,
+                 .overlaySurfaces = overlaySurfaces,
+                 .pictures = pictures,
                  .python = kLinuxPython};
 };
 
