@@ -9,9 +9,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <fstream>
 #include <map>
+#include <optional>
 
+#include "platform/linux/private_file.h"
 #include "support/event_queue.h"
 #include "support/temporary_folder.h"
 
@@ -145,7 +148,9 @@ class AvahiPublishing : public ::testing::Test {
     }
   }
 
-  static bool canStartDaemon() {
+  // Holds off other runs of these tests on this computer.
+  bool canStartDaemon() {
+    lock.emplace((std::filesystem::temp_directory_path() / "torvane-avahi-test.lock").string());
     return ::geteuid() == 0 && ::access(kDaemon, X_OK) == 0 &&
            ::access("/run/avahi-daemon/pid", F_OK) != 0;
   }
@@ -167,6 +172,7 @@ class AvahiPublishing : public ::testing::Test {
   }
 
   static inline TemporaryFolder* folder = nullptr;
+  std::optional<FileLock> lock;
   EventQueue<std::string> errors;
   std::unique_ptr<Child> bus;
   std::unique_ptr<Child> daemon;
