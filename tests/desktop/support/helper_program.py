@@ -1,0 +1,65 @@
+"""The program on a private desktop, as a user has it who was welcomed before."""
+
+import json
+import os
+import socket
+import urllib.request
+
+from private_desktop import wait_until
+
+ENGINE_PORT = 8484
+PROGRAM = "bundle/Torvane P2P Helper/bin/torvane-p2p-helper"
+ANSWERED_BEFORE = {"didShowWelcome": True, "fdaNudgeShown": True}
+
+
+def require_free_engine_port():
+    """Ends this program with a message when the port is taken."""
+    if engine_listens():
+        raise SystemExit(
+            f"Port {ENGINE_PORT} is taken, and the program knows no other for its engine.\n"
+            "End what listens there (a running helper has its engine there) and start again.")
+
+
+def engine_listens():
+    with socket.socket() as probe:
+        return probe.connect_ex(("127.0.0.1", ENGINE_PORT)) == 0
+
+
+def engine_answers():
+    try:
+        with urllib.request.urlopen(f"http://127.0.0.1:{ENGINE_PORT}/api/state", timeout=2) as got:
+            return got.status == 200
+    except OSError:
+        return False
+
+
+def start_helper(desktop, build):
+    """Starts it without a first welcome; `build` is the build folder."""
+    defaults = os.path.join(desktop.environment["XDG_CONFIG_HOME"], "torvane", "defaults.json")
+    os.makedirs(os.path.dirname(defaults), mode=0o700, exist_ok=True)
+    if not os.path.exists(defaults):
+        with open(defaults, "w", encoding="utf-8") as file:
+            json.dump(ANSWERED_BEFORE, file)
+    return desktop.spawn("helper", [os.path.join(build, PROGRAM)])
+
+
+def press_first_button(desktop):
+    """Answers an open alert of the program with its first button; whether there was one."""
+    windows = desktop.windows("--name", "^Torvane P2P Helper$")
+    if not windows or desktop.active_window() not in windows:
+        return False
+    desktop.run("xdotool", "key", "Return")
+    return True
+
+
+def pair(desktop, tool, *options):
+    """Lets the devices of torvane-ipad in, by pressing "Pair" for each."""
+    pairing = desktop.spawn("pair", [tool, "pair", "--approval", "60", *options])
+
+    def has_ended():
+        press_first_button(desktop)
+        return pairing.poll() is not None
+
+    wait_until(has_ended, "pairing", seconds=60)
+    if pairing.returncode != 0:
+        raise SystemExit("pairing failed:\n" + desktop.log("pair"))
