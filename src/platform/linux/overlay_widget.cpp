@@ -83,17 +83,22 @@ void OverlayWidget::cutOut(const QRect& dirty, const QImage& pixels) {
   const QImage drawn =
       pixels.createAlphaMask(Qt::ThresholdDither).convertToFormat(QImage::Format_Mono);
   const QRegion ink(QBitmap::fromImage(drawn.scaled(dirty.size())));
-  shape_ = shape_.subtracted(dirty).united(ink.translated(dirty.topLeft()));
+  const QRegion shape = shape_.subtracted(dirty).united(ink.translated(dirty.topLeft()));
+  if (shape == shape_) return;
+  shape_ = shape;
   QMetaObject::invokeMethod(this, &OverlayWidget::applyShape, Qt::QueuedConnection);
 }
 
-// An empty shape means none to Qt: a pixel outside stands for nothing.
+// An empty shape means none to Qt: a pixel outside stands for nothing. What the shape takes in
+// anew was cut off when it was painted, so it is painted again.
 void OverlayWidget::applyShape() {
   if (isTranslucent_) {
     clearMask();
-  } else {
-    setMask(shape_.isEmpty() ? QRegion(-1, -1, 1, 1) : shape_);
+    return;
   }
+  const QRegion grown = shape_.subtracted(mask());
+  setMask(shape_.isEmpty() ? QRegion(-1, -1, 1, 1) : shape_);
+  update(grown);
 }
 
 }  // namespace torvane

@@ -109,6 +109,22 @@ class WindowQuestions {
   xcb_get_property_cookie_t class_, pid_, states_;
 };
 
+// From back to front. Some window managers (Xfce's) keep no such list until a window is raised for
+// the first time; the one from old to new must do until then.
+std::optional<std::vector<xcb_window_t>> windowList(xcb_ewmh_connection_t& ewmh, int screen) {
+  const auto stacking = xcb_ewmh_get_client_list_stacking(&ewmh, screen);
+  const auto byAge = xcb_ewmh_get_client_list(&ewmh, screen);
+  std::optional<std::vector<xcb_window_t>> list;
+  xcb_ewmh_get_windows_reply_t windows;
+  const auto take = [&] {
+    if (!list) list.emplace(windows.windows, windows.windows + windows.windows_len);
+    xcb_ewmh_get_windows_reply_wipe(&windows);
+  };
+  if (xcb_ewmh_get_client_list_stacking_reply(&ewmh, stacking, &windows, nullptr)) take();
+  if (xcb_ewmh_get_client_list_reply(&ewmh, byAge, &windows, nullptr)) take();
+  return list;
+}
+
 }  // namespace
 
 X11Session::X11Session(std::unique_ptr<Connection> connection)
@@ -128,14 +144,12 @@ std::unique_ptr<X11Session> X11Session::open() {
 
 std::optional<std::vector<X11Window>> X11Session::windows() {
   auto& ewmh = connection_->ewmh;
-  xcb_ewmh_get_windows_reply_t list;
-  const auto asked = xcb_ewmh_get_client_list_stacking(&ewmh, connection_->screen);
-  if (!xcb_ewmh_get_client_list_stacking_reply(&ewmh, asked, &list, nullptr)) return std::nullopt;
+  const auto list = windowList(ewmh, connection_->screen);
+  if (!list) return std::nullopt;
   std::vector<WindowQuestions> questions;
-  for (std::uint32_t i = list.windows_len; i > 0; --i) {
-    questions.emplace_back(ewmh, list.windows[i - 1]);
+  for (auto window = list->rbegin(); window != list->rend(); ++window) {
+    questions.emplace_back(ewmh, *window);
   }
-  xcb_ewmh_get_windows_reply_wipe(&list);
   std::vector<X11Window> windows;
   for (const auto& question : questions) {
     if (auto window = question.answer()) windows.push_back(std::move(*window));
