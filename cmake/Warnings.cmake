@@ -6,7 +6,7 @@ function(torvane_warnings target)
   set(optimised -Wno-array-bounds -Wno-restrict -Wno-stringop-overflow -Wno-stringop-overread)
   target_compile_options(${target} PRIVATE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor
-    -Woverloaded-virtual $<$<CONFIG:Debug>:-Wnull-dereference> -Wformat=2 -Werror
+    -Woverloaded-virtual -Wformat=2 -Werror
     "$<$<AND:$<CXX_COMPILER_ID:GNU>,$<CONFIG:Release>>:${optimised}>")
 endfunction()
 
