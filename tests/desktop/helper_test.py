@@ -15,7 +15,7 @@ import unittest
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "support"))
 
-from private_desktop import PrivateDesktop, skip_where_incomplete, wait_until  # noqa: E402
+from private_desktop import PATIENCE, PrivateDesktop, skip_where_incomplete, wait_until  # noqa: E402
 
 skip_where_incomplete()
 
@@ -50,7 +50,7 @@ class HelperTest(unittest.TestCase):
         return self.desktop.windows("--name", "^Torvane P2P Helper$")
 
     def assert_ends(self, helper):
-        self.assertEqual(helper.wait(15), 0, self.desktop.log("helper"))
+        self.assertEqual(helper.wait(PATIENCE), 0, self.desktop.log("helper"))
         wait_until(lambda: not engine_listens(), "the engine's end")
 
     def test_ends_while_an_alert_is_open(self):
@@ -67,7 +67,7 @@ class HelperTest(unittest.TestCase):
             time.sleep(milliseconds / 1000)
             helper.send_signal(signal.SIGTERM)
             # Before the program has taken the signals into its hands, they end it themselves.
-            self.assertIn(helper.wait(15), (0, -signal.SIGTERM), self.desktop.log("helper"))
+            self.assertIn(helper.wait(PATIENCE), (0, -signal.SIGTERM), self.desktop.log("helper"))
 
     def test_takes_its_engine_along(self):
         helper = self.start_as_if_welcomed()
@@ -77,7 +77,7 @@ class HelperTest(unittest.TestCase):
     def test_an_engine_without_its_helper_ends(self):
         helper = self.start_as_if_welcomed()
         helper.kill()
-        helper.wait(15)
+        helper.wait(PATIENCE)
         wait_until(lambda: not engine_listens(), "the engine's end")
 
     def test_welcomes_once(self):

@@ -10,7 +10,8 @@ import unittest
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "support"))
 
-from private_desktop import PrivateDesktop, end, skip_where_incomplete, wait_until  # noqa: E402
+from private_desktop import (  # noqa: E402
+    PATIENCE, PrivateDesktop, end, skip_where_incomplete, wait_until)
 
 skip_where_incomplete(("dbus", "gi"))
 
@@ -102,12 +103,12 @@ class StatusNotifierTest(unittest.TestCase):
         self.item.activate()
         wait_until(lambda: self.desktop.windows("--classname", "tray_probe"), "the menu")
         self.desktop.run("xdotool", "key", "Up", "Return")
-        self.assertEqual(self.probe.wait(10), 0)
+        self.assertEqual(self.probe.wait(PATIENCE), 0)
 
     def test_quits_from_the_menu(self):
         self.start()
         self.item.choose("Quit")
-        self.assertEqual(self.probe.wait(10), 0)
+        self.assertEqual(self.probe.wait(PATIENCE), 0)
         self.wait_for("ended")
 
     def test_appears_in_a_panel_that_starts_later(self):

@@ -17,6 +17,7 @@ import tempfile
 import time
 
 WIDTH, HEIGHT = 1280, 800
+PATIENCE = 60  # seconds; a busy computer is not a failure
 
 BUS_CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
@@ -68,7 +69,7 @@ class DesktopError(Exception):
     """Something of the desktop itself did not come up."""
 
 
-def wait_until(condition, what, seconds=20):
+def wait_until(condition, what, seconds=PATIENCE):
     """The first true result of `condition`, asked again and again."""
     deadline = time.monotonic() + seconds
     while True:
@@ -112,7 +113,7 @@ class PrivateDesktop:
         self.processes.append(process)
         return process
 
-    def run(self, *command, check=True, seconds=20):
+    def run(self, *command, check=True, seconds=PATIENCE):
         """Runs a tool to its end; what it printed."""
         done = subprocess.run(
             command, env=self.environment, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
