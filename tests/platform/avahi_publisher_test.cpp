@@ -5,7 +5,9 @@
 #include <avahi-common/simple-watch.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -139,13 +141,23 @@ class AvahiPublishing : public ::testing::Test {
                           << "/bus</listen><policy context=\"default\"><allow user=\"*\"/>"
                              "<allow own=\"*\"/><allow send_type=\"*\" send_destination=\"*\"/>"
                              "<allow receive_type=\"*\"/></policy></busconfig>";
+    std::filesystem::remove(folder->path() + "/bus");
     bus = std::make_unique<Child>(
         std::vector<std::string>{kBusDaemon, "--config-file=" + config, "--nofork", "--nopidfile"});
     const auto deadline = LinkTestClock::now() + std::chrono::seconds(20);
-    while (::access((folder->path() + "/bus").c_str(), F_OK) != 0 &&
-           LinkTestClock::now() < deadline) {
-      ::usleep(1000);
-    }
+    while (!busAnswers() && LinkTestClock::now() < deadline) ::usleep(1000);
+  }
+
+  // The socket is there before the bus listens on it.
+  static bool busAnswers() {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    (folder->path() + "/bus").copy(address.sun_path, sizeof address.sun_path - 1);
+    const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const bool answers =
+        ::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+    ::close(socket);
+    return answers;
   }
 
   // Holds off other runs of these tests on this computer.
