@@ -25,6 +25,11 @@ function(torvane_executable name)
   torvane_warnings(${name})
 endfunction()
 
+# For a target whose own speed nobody sees, or whose templates take a minute to optimise.
+function(torvane_compile_quickly target)
+  target_compile_options(${target} PRIVATE "$<$<CONFIG:Debug>:-O0>")
+endfunction()
+
 # For a target that Asio's own code is inlined into, which GCC warns about depending on how much it
 # optimises, and with -fsanitize=thread.
 function(torvane_asio_warnings target)

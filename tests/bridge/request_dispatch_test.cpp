@@ -1,4 +1,5 @@
 #include "fakes/bridge_test.h"
+#include "protocol/base64.h"
 
 namespace torvane {
 namespace {

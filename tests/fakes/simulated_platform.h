@@ -41,28 +41,16 @@ struct SimulatedPlatform {
                  privacyDatabase, http,      peerLink,        files,       processes,
                  windowServer,    screens,   overlaySurfaces, pictures,    kMacPython};
 
-  SimulatedPlatform() {
-    defaults.stored["didShowWelcome"] = true;
-    files.put("/Library/Developer/CommandLineTools/usr/bin/python3", "");
-    processes.program = [](const ProcessLaunch& launch) {
-      const bool isProbe = !launch.arguments.empty() && launch.arguments.front() == "--version";
-      return isProbe ? FakeProgram{"Python 3.11.2\n", 0, ""} : FakeProgram{};
-    };
-  }
+  SimulatedPlatform();
+  ~SimulatedPlatform();
+  SimulatedPlatform(const SimulatedPlatform&) = delete;
+  SimulatedPlatform& operator=(const SimulatedPlatform&) = delete;
 
   // An engine that answers 200 to everything, from now on.
-  void runEngine() {
-    http.server = [](const HttpRequest&) { return FakeAnswer{httpResult(200, "{}")}; };
-  }
+  void runEngine();
 
   // Which calls of the log are these, in this order? For tests of an order among others.
-  [[nodiscard]] CallLog logged(const std::vector<std::string>& names) const {
-    CallLog found;
-    for (const auto& call : log) {
-      if (std::find(names.begin(), names.end(), call) != names.end()) found.push_back(call);
-    }
-    return found;
-  }
+  [[nodiscard]] CallLog logged(const std::vector<std::string>& names) const;
 };
 
 }  // namespace torvane
