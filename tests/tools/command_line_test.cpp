@@ -56,6 +56,12 @@ TEST(CommandLine, RefusesNumbersOutOfRange) {
   EXPECT_EQ(parse({"find", "--timeout", "0.25"}).options.timeout, 0.25);
 }
 
+TEST(CommandLine, RefusesFiguresThatItCannotDraw) {
+  EXPECT_EQ(parse({"draw", "--figure", "star"}).error, "");
+  EXPECT_EQ(parse({"draw", "--figure", "square"}).error,
+            "--figure needs circle, line, spiral, star or wave.");
+}
+
 TEST(CommandLine, RefusesMissingAndSurplusArguments) {
   EXPECT_EQ(parse({"find", "--port"}).error, "--port needs a number from 1 to 65535.");
   EXPECT_EQ(parse({"find", "--json=yes"}).error, "--json takes no argument.");

@@ -8,6 +8,7 @@ import ssl
 import stat
 import subprocess
 import tempfile
+import threading
 import unittest
 
 from scripted_helper import Certificate, PlainServer, ScriptedHelper, encode, reply
@@ -313,6 +314,91 @@ class Replay(ToolTest):
 
         helper = self.start(Forgetful(CERTIFICATES[0]))
         self.check(self.run_tool(helper, "replay"), 1, "Sent twice on one connection: 2 answers.")
+
+
+class InkCommands(ToolTest):
+    def setUp(self):
+        super().setUp()
+        self.helper = ScriptedHelper(CERTIFICATES[0])
+        self.helper.engine = lambda *_: (200, "application/json", b'{"strokes":2}')
+        self.start(self.helper)
+
+    def events(self):
+        """All events that were sent, after a look at how."""
+        events = []
+        for header, body in self.helper.requests:
+            self.assertEqual((header["path"], header["method"], header["contentType"]),
+                             ("/api/ink", "POST", "application/json"))
+            events += json.loads(body)["events"]
+        return events
+
+    def test_draw_sends_a_figure_as_one_stroke_bit_by_bit(self):
+        said = self.check(self.run_tool(self.helper, "draw", "--json", "--figure", "line",
+                                        "--points", "11", "--duration", "0.2"), 0)
+        events = self.events()
+        self.assertEqual([event["t"] for event in events], ["begin"] + ["pt"] * 10)
+        self.assertEqual({event["id"] for event in events}, {json.loads(said)["firstId"]})
+        self.assertEqual(json.loads(said)["points"], 11)
+        self.assertEqual((events[0]["x"], events[0]["y"]), (0.15, 0.75))
+        self.assertGreater(len(self.helper.requests), 1)
+
+    def test_draw_sends_the_strokes_of_a_file(self):
+        text = b"# a cross\n0.1 0.1\n0.9 0.9\n\n0.1, 0.9\n0.9, 1e-1\n"
+        self.check(self.run_tool(self.helper, "draw", "-", "--duration", "0.01", input=text), 0,
+                   "Drew 4 points.")
+        events = self.events()
+        self.assertEqual([event["t"] for event in events], ["begin", "pt"] * 2)
+        self.assertEqual([(event["x"], event["y"]) for event in events],
+                         [(0.1, 0.1), (0.9, 0.9), (0.1, 0.9), (0.9, 0.1)])
+        self.assertEqual(events[2]["id"], events[0]["id"] + 1)
+
+    def test_draw_refuses_what_it_cannot_read(self):
+        for text, said in ((b"0.1 0.1\n0.2\n", "Line 2 of - is no point"),
+                           (b"# nothing\n", "There is nothing to draw.")):
+            self.check(self.run_tool(self.helper, "draw", "-", input=text), 2, said)
+        self.check(self.run_tool(self.helper, "draw", "/no/such/file"), 2, "cannot be read")
+        self.check(self.run_tool(self.helper, "draw", "x", "--figure", "star"), 2, "either")
+        self.assertEqual(self.helper.requests, [])
+
+    def test_laser_moves_and_ends(self):
+        self.check(self.run_tool(self.helper, "laser", "--for", "0.3"), 0, "The laser dot went to")
+        events = self.events()
+        self.assertEqual({event["t"] for event in events[:-1]}, {"laser"})
+        self.assertEqual(events[-1], {"t": "laserend"})
+        self.assertGreater(len({(event["x"], event["y"]) for event in events[:-1]}), 1)
+
+    def test_interrupted_laser_ends_too(self):
+        moves = threading.Event()
+
+        def engine(*_):
+            if len(self.helper.requests) > 2:
+                moves.set()
+            return 200, "application/json", b"{}"
+
+        self.helper.engine = engine
+        command = self.command("laser", "--port", str(self.helper.port))
+        with subprocess.Popen(command, env=self.environment, stdout=subprocess.PIPE,
+                              stderr=subprocess.PIPE, text=True) as tool:
+            self.assertTrue(moves.wait(DEADLINE))
+            tool.send_signal(signal.SIGINT)
+            tool.communicate(timeout=DEADLINE)
+        self.assertEqual(tool.returncode, 0)
+        self.assertEqual(self.events()[-1], {"t": "laserend"})
+
+    def test_clear_takes_all_ink(self):
+        self.check(self.run_tool(self.helper, "clear"), 0, "no ink any more")
+        self.assertEqual(self.events(), [{"t": "clear"}])
+
+    def test_undo_tells_what_is_left(self):
+        self.check(self.run_tool(self.helper, "undo"), 0, "The slide has 2 strokes.")
+        header, body = self.helper.requests[0]
+        self.assertEqual((header["path"], header["method"], body), ("/api/ink/undo", "POST", b""))
+
+    def test_refusal_of_the_engine_is_reported(self):
+        self.helper.engine = lambda *_: (400, "application/json", b'{"error":"no such thing"}')
+        for command in (["draw"], ["laser"], ["clear"], ["undo"]):
+            self.check(self.run_tool(self.helper, *command), 1,
+                       "The engine answered with status 400: no such thing.")
 
 
 class Load(ToolTest):

@@ -6,6 +6,8 @@
 #include <cmath>
 #include <type_traits>
 
+#include "torvane_ipad/ink_figures.h"
+
 namespace torvane::ipad {
 namespace {
 
@@ -39,6 +41,11 @@ bool setDecimal(Options& options, std::string_view argument) {
   if (error != std::errc{} || stop != end || !std::isfinite(value)) return false;
   options.*member = value;
   return value > 0 && value <= static_cast<double>(most);
+}
+
+bool setFigure(Options& options, std::string_view argument) {
+  options.figure = argument;
+  return isFigure(argument);
 }
 
 constexpr std::uint64_t kMostSeconds = 86400;
@@ -92,6 +99,15 @@ constexpr std::array kOptions = {
                setDecimal<&Options::every, kMostSeconds>},
     OptionSpec{"for", "SECONDS", kSeconds, "stop after this time (default: when interrupted)",
                setDecimal<&Options::forTime, kMostSeconds>},
+    OptionSpec{"figure", "FIGURE", kFigureNames,
+               "circle, line, spiral, star or wave (default: a spiral to draw, a\n"
+               "circle for the laser dot)",
+               setFigure},
+    OptionSpec{"points", "N", "a number from 2 to 5000",
+               "how many points the figure's stroke has (default 101)",
+               setNumber<&Options::points, 2, 5000>},
+    OptionSpec{"duration", "SECONDS", kSeconds, "how long the drawing takes (default 1)",
+               setDecimal<&Options::duration, kMostSeconds>},
     OptionSpec{"requests", "N", "a number from 1 to 1000000000",
                "how many requests to send, all peers together (default 1000, or\n"
                "as many as --seconds allows)",
@@ -180,6 +196,43 @@ const std::vector<CommandSpec> kCommands = {
      "or the time given with --for is over.",
      "torvane-ipad watch --for 60",
      {"every", "for"}},
+    {"draw",
+     "[FILE]",
+     0,
+     1,
+     "Draw on the slide",
+     "Draws a figure, or the strokes of FILE (standard input when it is -), on\n"
+     "the slide that is shown. FILE holds a point per line: two numbers, the\n"
+     "way from the left and from the top in fractions of the slide. An empty\n"
+     "line ends a stroke; what follows a # is a comment.",
+     "torvane-ipad draw --figure star --duration 3",
+     {"figure", "points", "duration"}},
+    {"laser",
+     "",
+     0,
+     0,
+     "Move the laser dot over the slide",
+     "Moves the dot along a figure, there and back in two seconds, until it is\n"
+     "interrupted or the time given with --for is over. Then the dot fades.",
+     "torvane-ipad laser --for 5",
+     {"figure", "for"}},
+    {"undo",
+     "",
+     0,
+     0,
+     "Take the newest stroke off the slide",
+     "Deletes the stroke of the slide that was begun last, and tells how many\n"
+     "are left.",
+     "torvane-ipad undo",
+     {}},
+    {"clear",
+     "",
+     0,
+     0,
+     "Take all ink off the slide",
+     "Deletes all strokes of the slide that is shown, and its laser dot.",
+     "torvane-ipad clear",
+     {}},
     {"load",
      "",
      0,

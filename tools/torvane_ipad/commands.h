@@ -13,6 +13,10 @@ namespace torvane::ipad {
 [[nodiscard]] Exit postFile(const Options& options, const Console& console);
 [[nodiscard]] Exit showState(const Options& options, const Console& console);
 [[nodiscard]] Exit watchState(const Options& options, const Console& console);
+[[nodiscard]] Exit drawInk(const Options& options, const Console& console);
+[[nodiscard]] Exit moveLaser(const Options& options, const Console& console);
+[[nodiscard]] Exit undoStroke(const Options& options, const Console& console);
+[[nodiscard]] Exit clearInk(const Options& options, const Console& console);
 [[nodiscard]] Exit runLoad(const Options& options, const Console& console);
 [[nodiscard]] Exit tryReplay(const Options& options, const Console& console);
 

@@ -19,9 +19,10 @@ using CommandFunction = Exit (*)(const Options&, const Console&);
 
 const std::map<std::string, CommandFunction>& functions() {
   static const std::map<std::string, CommandFunction> table = {
-      {"find", findHelpers}, {"pair", pairDevices}, {"info", showInfo},
-      {"get", getPath},      {"post", postFile},    {"state", showState},
-      {"watch", watchState}, {"load", runLoad},     {"replay", tryReplay}};
+      {"find", findHelpers}, {"pair", pairDevices}, {"info", showInfo},    {"get", getPath},
+      {"post", postFile},    {"state", showState},  {"watch", watchState}, {"draw", drawInk},
+      {"laser", moveLaser},  {"undo", undoStroke},  {"clear", clearInk},   {"load", runLoad},
+      {"replay", tryReplay}};
   return table;
 }
 

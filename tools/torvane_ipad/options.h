@@ -34,6 +34,10 @@ struct Options {
   double every = 1;    // seconds between two looks
   double forTime = 0;  // seconds to watch; 0: until interrupted
 
+  std::string figure;        // empty: the command's own
+  std::uint32_t points = 0;  // of a figure; 0: not given
+  double duration = 0;       // seconds for a drawing; 0: not given
+
   std::uint64_t requests = 0;  // of all peers together; 0: as many as `seconds` allows
   double seconds = 0;          // 0: until all requests are answered
   std::uint32_t inFlight = 1;  // unanswered requests of one peer
