@@ -15,6 +15,9 @@ class Bundle {
   // Absolute path of the application folder, without a trailing slash.
   [[nodiscard]] virtual std::string path() const = 0;
 
+  // Absolute path of the program's file; none when the bundle names none.
+  [[nodiscard]] virtual std::optional<std::string> executablePath() const = 0;
+
   // Absolute path of the file `name`.`type` in the resources folder; none when it is not there.
   [[nodiscard]] virtual std::optional<std::string> pathForResource(
       const std::string& name, const std::string& type) const = 0;

@@ -9,6 +9,9 @@ class Accessibility {
  public:
   virtual ~Accessibility() = default;
 
+  // Whether this process has it now. A system that asks for no such permission answers true.
+  [[nodiscard]] virtual bool isTrusted() const = 0;
+
   // Lets the system show its own prompt when the permission is missing; returns at once.
   virtual void promptForTrust() = 0;
 };

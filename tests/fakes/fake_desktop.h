@@ -13,11 +13,14 @@
 #include "app/application.h"
 #include "app/bundle.h"
 #include "app/clock.h"
+#include "app/login_item.h"
 #include "app/main_queue.h"
 #include "app/permissions.h"
 #include "app/process_info.h"
+#include "app/running_applications.h"
 #include "app/status_item.h"
 #include "app/user_defaults.h"
+#include "app/workspace.h"
 #include "engine/background_queue.h"
 #include "fakes/simulated_time.h"
 
@@ -197,9 +200,12 @@ class FakeBundle final : public Bundle {
   std::string bundlePath = "/opt/torvane/Torvane P2P Helper.app";
   std::map<std::string, std::string> resources = {
       {"torvane.py", "/opt/torvane/Torvane P2P Helper.app/Resources/torvane.py"}};
-  std::map<std::string, JsonValue> info = {{"CFBundleVersion", "412"}};
+  std::map<std::string, JsonValue> info = {{"CFBundleVersion", "412"},
+                                           {"CFBundleIdentifier", "org.example.helper"}};
+  std::optional<std::string> executable = bundlePath + "/bin/torvane-p2p-helper";
 
   [[nodiscard]] std::string path() const override { return bundlePath; }
+  [[nodiscard]] std::optional<std::string> executablePath() const override { return executable; }
   [[nodiscard]] std::optional<std::string> pathForResource(const std::string& name,
                                                            const std::string& type) const override {
     const auto found = resources.find(name + "." + type);
@@ -229,6 +235,8 @@ class FakeProcessInfo final : public ProcessInfo {
 class FakeAccessibility final : public Accessibility {
  public:
   explicit FakeAccessibility(CallLog& log) : log_(log) {}
+  bool isGranted = true;
+  [[nodiscard]] bool isTrusted() const override { return isGranted; }
   void promptForTrust() override { log_.push_back("prompt for accessibility"); }
 
  private:
@@ -242,6 +250,66 @@ class FakePrivacyDatabase final : public PrivacyDatabase {
   [[nodiscard]] bool canRead(const std::string& path) const override {
     asked.push_back(path);
     return isReadable;
+  }
+};
+
+class FakeRunningApplications final : public RunningApplications {
+ public:
+  explicit FakeRunningApplications(CallLog& log) : log_(log) {}
+  std::map<std::string, std::vector<RunningApplication>> running;  // by bundle identifier
+  std::vector<int> ended;                                          // process identifiers
+
+  [[nodiscard]] std::vector<RunningApplication> withBundleIdentifier(
+      const std::string& identifier) const override {
+    const auto found = running.find(identifier);
+    return found != running.end() ? found->second : std::vector<RunningApplication>{};
+  }
+  void forceTerminate(const RunningApplication& application) override {
+    log_.push_back("force terminate " + std::to_string(application.processIdentifier));
+    ended.push_back(application.processIdentifier);
+  }
+
+ private:
+  CallLog& log_;
+};
+
+class FakeWorkspace final : public Workspace {
+ public:
+  explicit FakeWorkspace(CallLog& log) : log_(log) {}
+  std::vector<std::string> opened;
+  std::vector<std::string> trashed;  // tried, whether or not it went
+  bool canTrash = true;
+
+  void openURL(const std::string& url) override { opened.push_back(url); }
+  bool moveToTrash(const std::string& path) override {
+    log_.push_back("trash " + path);
+    trashed.push_back(path);
+    return canTrash;
+  }
+
+ private:
+  CallLog& log_;
+};
+
+class FakeLoginItem final : public LoginItem {
+ public:
+  LoginItemStatus now = LoginItemStatus::notRegistered;
+  std::optional<std::string> failure;  // of both calls
+  std::vector<std::string> calls;
+
+  [[nodiscard]] LoginItemStatus status() const override { return now; }
+  [[nodiscard]] std::optional<std::string> registerItem() override {
+    return change("register", LoginItemStatus::enabled);
+  }
+  [[nodiscard]] std::optional<std::string> unregisterItem() override {
+    return change("unregister", LoginItemStatus::notRegistered);
+  }
+
+ private:
+  std::optional<std::string> change(const char* call, LoginItemStatus status) {
+    calls.emplace_back(call);
+    if (!failure) now = status;
+    return failure;
   }
 };
 

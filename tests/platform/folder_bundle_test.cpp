@@ -42,6 +42,12 @@ TEST_F(FolderBundleTest, InformationThatCannotBeReadIsEmpty) {
   EXPECT_EQ(FolderBundle(folder / "nowhere").infoValue("CFBundleVersion"), std::nullopt);
 }
 
+TEST_F(FolderBundleTest, NamesItsProgram) {
+  EXPECT_EQ(FolderBundle(path).executablePath(), std::nullopt);
+  std::ofstream(path + "/Info.json") << R"({"CFBundleExecutable":"helper"})";
+  EXPECT_EQ(FolderBundle(path).executablePath(), path + "/bin/helper");
+}
+
 TEST(MainBundlePathTest, IsTwoFoldersAboveTheProgram) {
   const auto program = std::filesystem::canonical("/proc/self/exe");
   EXPECT_EQ(mainBundlePath(), program.parent_path().parent_path());

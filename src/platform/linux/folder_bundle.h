@@ -17,6 +17,7 @@ class FolderBundle final : public Bundle {
   explicit FolderBundle(std::string path);
 
   [[nodiscard]] std::string path() const override { return path_; }
+  [[nodiscard]] std::optional<std::string> executablePath() const override;
   [[nodiscard]] std::optional<std::string> pathForResource(const std::string& name,
                                                            const std::string& type) const override;
   [[nodiscard]] std::optional<JsonValue> infoValue(const std::string& key) const override;
@@ -25,6 +26,9 @@ class FolderBundle final : public Bundle {
   std::string path_;
   JsonObject info_;  // as it was at start: an update replaces the folder under a running program
 };
+
+// The application folder that a program, given by its absolute path, belongs to.
+[[nodiscard]] std::string bundlePathOfProgram(const std::string& program);
 
 // The folder of the program that runs now.
 [[nodiscard]] std::string mainBundlePath();

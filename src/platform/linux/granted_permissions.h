@@ -7,6 +7,7 @@ namespace torvane {
 // This desktop asks for no permission to control other applications.
 class GrantedAccessibility final : public Accessibility {
  public:
+  [[nodiscard]] bool isTrusted() const override { return true; }
   void promptForTrust() override {}
 };
 

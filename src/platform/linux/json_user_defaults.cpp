@@ -40,12 +40,14 @@ void JsonUserDefaults::removeObject(const std::string& key) {
   if (values_.erase(key) != 0) save();
 }
 
-std::string userDefaultsPath(const std::string& homeDirectory) {
+std::string configFolder(const std::string& homeDirectory) {
   const char* configured = std::getenv("XDG_CONFIG_HOME");
-  const std::string folder = configured != nullptr && configured[0] == '/'
-                                 ? std::string(configured)
-                                 : homeDirectory + "/.config";
-  return folder + "/torvane/defaults.json";
+  const bool isConfigured = configured != nullptr && configured[0] == '/';
+  return isConfigured ? std::string(configured) : homeDirectory + "/.config";
+}
+
+std::string userDefaultsPath(const std::string& homeDirectory) {
+  return configFolder(homeDirectory) + "/torvane/defaults.json";
 }
 
 }  // namespace torvane

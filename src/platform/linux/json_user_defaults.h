@@ -27,6 +27,9 @@ class JsonUserDefaults final : public UserDefaults {
   JsonObject values_;
 };
 
+// The user's folder for settings.
+[[nodiscard]] std::string configFolder(const std::string& homeDirectory);
+
 // torvane/defaults.json in the user's folder for settings.
 [[nodiscard]] std::string userDefaultsPath(const std::string& homeDirectory);
 
