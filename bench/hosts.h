@@ -79,6 +79,9 @@ class BridgeHost {
   FakeProcessInfo processInfo_;
   FakeAccessibility accessibility_{log_};
   FakePrivacyDatabase privacyDatabase_;
+  FakeRunningApplications runningApplications_{log_};
+  FakeWorkspace workspace_{log_};
+  FakeLoginItem loginItem_;
   FakeWindowServer windowServer_;
   FakeScreens screens_;
   FakeOverlaySurfaces overlaySurfaces_;
@@ -92,10 +95,14 @@ class BridgeHost {
   PosixProcessLauncher processes_;
   PrivateLink link_{&mainQueue_};
 
-  Platform ports_{application_,     statusBar_, alerts_,          mainQueue_,   backgroundQueue_,
-                  clock_,           defaults_,  bundle_,          processInfo_, accessibility_,
-                  privacyDatabase_, http_,      *link_,           files_,       processes_,
-                  windowServer_,    screens_,   overlaySurfaces_, pictures_,    kLinuxPython};
+  Platform ports_{application_,   statusBar_,       alerts_,
+                  mainQueue_,     backgroundQueue_, clock_,
+                  defaults_,      bundle_,          processInfo_,
+                  accessibility_, privacyDatabase_, runningApplications_,
+                  workspace_,     loginItem_,       http_,
+                  *link_,         files_,           processes_,
+                  windowServer_,  screens_,         overlaySurfaces_,
+                  pictures_,      kLinuxPython};
   BridgeDelegate delegate_;
 };
 

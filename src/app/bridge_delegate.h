@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "app/main_hop.h"
+#include "app/status_menu.h"
 #include "bridge/engine_request.h"
 #include "engine/engine_log.h"
 #include "ink/ink_answer.h"
@@ -55,16 +56,20 @@ class BridgeDelegate final : public MenuDelegate,
 
   // app/status_menu.cpp
   std::vector<MenuItem> menuNeedsUpdate() override;
+  [[nodiscard]] StatusMenuInputs statusMenuInputs() const;
 
   // app/dialogs.cpp
   // An alert under the program's name with one button; does not bring the program to the front.
   void alert(const std::string& text);
+  void showHowItWorks();
   void offerFullDiskAccess();
+  void toggleLaunchAtLogin();
 
   // app/install_hygiene.cpp
   void retireOldNamedApp();
   void tccSelfHealIfReplaced();
   [[nodiscard]] bool hasFullDiskAccess() const;
+  [[nodiscard]] std::optional<std::string> bundleIdentifier() const;
 
   // protocol/pairing_registry.cpp
   static constexpr const char* pairedKey = "pairedDeviceKeys";  // of the user defaults
@@ -159,10 +164,15 @@ class BridgeDelegate final : public MenuDelegate,
 
   // update/update_check.cpp
   std::optional<std::string> availableUpdate;
-  bool updateInProgress = false;
   [[nodiscard]] std::string myVersion() const;
+  [[nodiscard]] bool isInstalledCopy() const;
   void checkForUpdate(bool manual);
   void checkForUpdateTick();
+  void checkForUpdatesClicked();
+
+  // update/update_install.cpp
+  bool updateInProgress = false;
+  void installUpdate();
 
  private:
   // app/bridge_delegate.cpp

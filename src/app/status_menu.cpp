@@ -1,12 +1,121 @@
-// The menu behind the status icon, rebuilt each time it opens.
+// The menu behind the status icon, rebuilt from the current state each time it opens.
+// Ports: LoginItem, and through the slices it asks, Bundle and PrivacyDatabase.
+
+#include "app/status_menu.h"
+
+#include <algorithm>
+#include <utility>
 
 #include "app/bridge_delegate.h"
+#include "protocol/constants.h"
 
 namespace torvane {
+namespace {
+
+using Menu = std::vector<MenuItem>;
+
+MenuItem makeItem(std::string title, std::function<void()> action) {
+  return {.title = std::move(title), .action = std::move(action)};
+}
+
+MenuItem information(std::string title, int indentationLevel = 0) {
+  return {.title = std::move(title), .action = {}, .indentationLevel = indentationLevel};
+}
+
+MenuItem separator() {
+  return {.title = {}, .action = {}, .isSeparator = true};
+}
+
+void addLinkStatus(Menu& menu, const StatusMenuInputs& inputs) {
+  if (inputs.advertiseError) {
+    menu.push_back(information("Not advertising: " + *inputs.advertiseError));
+  } else if (!inputs.connectedPeers.empty()) {
+    menu.push_back(information("Connected:"));
+    for (const auto& name : inputs.connectedPeers) menu.push_back(information(name, 1));
+  } else {
+    menu.push_back(information("Advertising as “" + inputs.displayName + "” — open the iPad app"));
+  }
+}
+
+void addEngine(Menu& menu, const StatusMenuInputs& inputs, const StatusMenuActions& actions) {
+  if (inputs.serverRunning) {
+    menu.push_back(information("PowerPoint server running on port " + std::to_string(PORT)));
+    menu.push_back(makeItem("Stop Server", actions.stopServer));
+  } else {
+    menu.push_back(information("PowerPoint server not running"));
+    menu.push_back(makeItem("Start Server", actions.startServer));
+  }
+}
+
+void addPairedDevices(Menu& menu, std::vector<std::string> names,
+                      const StatusMenuActions& actions) {
+  if (names.empty()) return;
+  std::sort(names.begin(), names.end());
+  menu.push_back(information("Paired devices:"));
+  for (auto& name : names) menu.push_back(information(std::move(name), 1));
+  menu.push_back(makeItem("Forget Paired Devices…", actions.forgetPairedDevices));
+  menu.push_back(separator());
+}
+
+void addUpdate(Menu& menu, const StatusMenuInputs& inputs, const StatusMenuActions& actions) {
+  if (inputs.availableUpdate && inputs.updateInProgress) {
+    menu.push_back(information("Updating…"));
+  } else if (inputs.availableUpdate) {
+    menu.push_back(
+        makeItem("Update Helper to Build " + *inputs.availableUpdate + "…", actions.installUpdate));
+  } else if (inputs.isInstalledCopy) {
+    menu.push_back(makeItem("Check for Updates", actions.checkForUpdatesClicked));
+  }
+}
+
+}  // namespace
+
+std::vector<MenuItem> statusMenu(const StatusMenuInputs& inputs, const StatusMenuActions& actions) {
+  Menu menu;
+  addLinkStatus(menu, inputs);
+  menu.push_back(separator());
+  addEngine(menu, inputs, actions);
+  menu.push_back(separator());
+  addPairedDevices(menu, inputs.pairedNames, actions);
+  addUpdate(menu, inputs, actions);
+  if (!inputs.hasFullDiskAccess) {
+    menu.push_back(makeItem("Stop File-Access Prompts…", actions.offerFullDiskAccess));
+  }
+  menu.push_back(makeItem("How Does This Work?", actions.showHowItWorks));
+  menu.push_back(makeItem("Launch at Login", actions.toggleLaunchAtLogin));
+  menu.back().isChecked = inputs.launchesAtLogin;
+  menu.push_back(makeItem("Quit", actions.quit));
+  return menu;
+}
+
+StatusMenuInputs BridgeDelegate::statusMenuInputs() const {
+  StatusMenuInputs inputs{
+      .advertiseError = advertiseError,
+      .connectedPeers = connectedPeers,
+      .displayName = peerID.displayName,
+      .serverRunning = serverRunning,
+      .pairedNames = {},
+      .availableUpdate = availableUpdate,
+      .updateInProgress = updateInProgress,
+      .isInstalledCopy = isInstalledCopy(),
+      .hasFullDiskAccess = hasFullDiskAccess(),
+      .launchesAtLogin = platform_.loginItem.status() == LoginItemStatus::enabled};
+  for (const auto& [key, name] : pairedDevices) inputs.pairedNames.push_back(name);
+  return inputs;
+}
 
 std::vector<MenuItem> BridgeDelegate::menuNeedsUpdate() {
   assertMainThread();
-  return {{"Quit", [this] { quit(); }}};
+  return statusMenu(statusMenuInputs(),
+                    {.startServer = [this] { startServer(); },
+                     .stopServer = [this] { stopServer(); },
+                     .forgetPairedDevices = [this] { forgetPairedDevices(); },
+                     .installUpdate = [this] { installUpdate(); },
+                     .checkForUpdatesClicked = [this] { checkForUpdatesClicked(); },
+                     .offerFullDiskAccess = [this] { offerFullDiskAccess(); },
+                     .showHowItWorks = [this] { showHowItWorks(); },
+                     .toggleLaunchAtLogin = [this] { toggleLaunchAtLogin(); },
+                     .quit = [this] { quit(); }});
 }
 
 }  // namespace torvane

@@ -4,11 +4,14 @@
 #include "app/application.h"
 #include "app/bundle.h"
 #include "app/clock.h"
+#include "app/login_item.h"
 #include "app/main_queue.h"
 #include "app/permissions.h"
 #include "app/process_info.h"
+#include "app/running_applications.h"
 #include "app/status_item.h"
 #include "app/user_defaults.h"
+#include "app/workspace.h"
 #include "bridge/http_session.h"
 #include "engine/background_queue.h"
 #include "engine/child_process.h"
@@ -35,6 +38,9 @@ struct Platform {
   ProcessInfo& processInfo;
   Accessibility& accessibility;
   PrivacyDatabase& privacyDatabase;
+  RunningApplications& runningApplications;
+  Workspace& workspace;
+  LoginItem& loginItem;
   HttpSessions& http;
   PeerLink& peerLink;
   FileSystem& files;

@@ -11,10 +11,18 @@ std::string BridgeDelegate::myVersion() const {
   return {version->get_string().data(), version->get_string().size()};
 }
 
+bool BridgeDelegate::isInstalledCopy() const {
+  return platform_.bundle.path().starts_with("/Applications/");
+}
+
 void BridgeDelegate::checkForUpdate(bool /*manual*/) {}
 
 void BridgeDelegate::checkForUpdateTick() {
   checkForUpdate(false);
+}
+
+void BridgeDelegate::checkForUpdatesClicked() {
+  checkForUpdate(true);
 }
 
 }  // namespace torvane

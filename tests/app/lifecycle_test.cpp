@@ -47,6 +47,21 @@ TEST_F(Lifecycle, LaunchesInOrder) {
   EXPECT_EQ(platform.log, expected);
 }
 
+TEST_F(Lifecycle, RetiresCopiesFirstAndResetsPermissionsBetweenWelcomeAndPrompt) {
+  platform.defaults.stored.clear();
+  platform.accessibility.isGranted = false;
+  platform.files.put(*platform.bundle.executable, "a program");
+  platform.files.folders.insert("/Applications/Torvane P2P.app");
+  platform.runningApplications.running["org.example.helper"] = {{99, "/Applications/T.app"}};
+  platform.processes.program = [](const ProcessLaunch&) { return FakeProgram{"", 0, ""}; };
+  construct().applicationDidFinishLaunching();
+  const CallLog expected = {"force terminate 99",      "trash /Applications/Torvane P2P.app",
+                            "make status item",        "alert Welcome to Torvane P2P Helper",
+                            "store tccResetForBinary", "prompt for accessibility"};
+  EXPECT_EQ(platform.logged(expected), expected);
+  EXPECT_EQ(platform.log.front(), expected.front());
+}
+
 TEST_F(Lifecycle, SchedulesItsTimersAndDeferredCalls) {
   launch();
   EXPECT_EQ(platform.mainQueue.repeating, (std::vector<double>{3.0, 0.08, 43200}));

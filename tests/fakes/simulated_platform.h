@@ -27,6 +27,9 @@ struct SimulatedPlatform {
   FakeProcessInfo processInfo;
   FakeAccessibility accessibility{log};
   FakePrivacyDatabase privacyDatabase;
+  FakeRunningApplications runningApplications{log};
+  FakeWorkspace workspace{log};
+  FakeLoginItem loginItem;
   FakeHttpSessions http{time};
   FakePeerLink peerLink{time, log};
   FakeFileSystem files;
@@ -36,10 +39,14 @@ struct SimulatedPlatform {
   FakeOverlaySurfaces overlaySurfaces;
   FakePictureDecoder pictures{time};
 
-  Platform ports{application,     statusBar, alerts,          mainQueue,   backgroundQueue,
-                 clock,           defaults,  bundle,          processInfo, accessibility,
-                 privacyDatabase, http,      peerLink,        files,       processes,
-                 windowServer,    screens,   overlaySurfaces, pictures,    kMacPython};
+  Platform ports{application,   statusBar,       alerts,
+                 mainQueue,     backgroundQueue, clock,
+                 defaults,      bundle,          processInfo,
+                 accessibility, privacyDatabase, runningApplications,
+                 workspace,     loginItem,       http,
+                 peerLink,      files,           processes,
+                 windowServer,  screens,         overlaySurfaces,
+                 pictures,      kMacPython};
 
   SimulatedPlatform();
   ~SimulatedPlatform();

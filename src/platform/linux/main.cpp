@@ -13,6 +13,7 @@
 #include "platform/linux/json_user_defaults.h"
 #include "platform/linux/linux_process_info.h"
 #include "platform/linux/peer_link.h"
+#include "platform/linux/proc_running_applications.h"
 #include "platform/linux/qt_alerts.h"
 #include "platform/linux/qt_application.h"
 #include "platform/linux/qt_main_queue.h"
@@ -20,11 +21,13 @@
 #include "platform/linux/qt_picture_decoder.h"
 #include "platform/linux/qt_screens.h"
 #include "platform/linux/qt_status_item.h"
+#include "platform/linux/qt_workspace.h"
 #include "platform/linux/symbol_icon.h"
 #include "platform/linux/system_clock.h"
 #include "platform/linux/termination_signals.h"
 #include "platform/linux/x11_session.h"
 #include "platform/linux/xcb_window_server.h"
+#include "platform/linux/xdg_login_item.h"
 #include "platform/posix/posix_child_process.h"
 #include "platform/posix/posix_file_system.h"
 #include "platform/posix/thread_background_queue.h"
@@ -56,6 +59,10 @@ struct LinuxPlatform {
   FolderBundle bundle{mainBundlePath()};
   GrantedAccessibility accessibility;
   GrantedPrivacyDatabase privacyDatabase;
+  ProcRunningApplications runningApplications;
+  QtWorkspace workspace;
+  XdgLoginItem loginItem{autostartFolder(processInfo.homeDirectory()),
+                         bundle.executablePath().value_or("")};
   CurlHttpSessions http;
   std::optional<WebSocketPeerLink> peerLink{std::in_place, peerLinkOptions(mainQueue)};
   PosixFileSystem files;
@@ -77,6 +84,9 @@ struct LinuxPlatform {
                  .processInfo = processInfo,
                  .accessibility = accessibility,
                  .privacyDatabase = privacyDatabase,
+                 .runningApplications = runningApplications,
+                 .workspace = workspace,
+                 .loginItem = loginItem,
                  .http = http,
                  .peerLink = *peerLink,
                  .files = files,
