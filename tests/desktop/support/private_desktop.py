@@ -104,10 +104,10 @@ class PrivateDesktop:
     def spawn(self, name, command, **options):
         """Starts a program of this desktop; its output goes to NAME.log in the folder."""
         with open(self.log_path(name), "ab") as log:
+            options.setdefault("stdin", subprocess.DEVNULL)
             options.setdefault("stdout", log)
             process = subprocess.Popen(
-                command, env=self.environment, stdin=subprocess.DEVNULL, stderr=log,
-                preexec_fn=end_with_parent, **options
+                command, env=self.environment, stderr=log, preexec_fn=end_with_parent, **options
             )
         process.name = name
         self.processes.append(process)
@@ -236,5 +236,6 @@ def end(process, seconds=5):
             process.wait(seconds)
         except subprocess.TimeoutExpired:
             continue
-    if process.stdout:
-        process.stdout.close()
+    for pipe in (process.stdin, process.stdout):
+        if pipe:
+            pipe.close()
