@@ -40,12 +40,12 @@ TEST(QtScreens, TurnsFramesIntoGeometryAndBack) {
   EXPECT_EQ(QtScreens::geometryOf(kPrimary), QRect(0, 0, 1280, 800));
   EXPECT_EQ(QtScreens::geometryOf(kRight), QRect(1280, 0, 1024, 768));
   EXPECT_EQ(QtScreens::geometryOf(kLeft), QRect(-800, -200, 800, 600));
-  EXPECT_EQ(QtScreens::flipped(QtScreens::flipped(kLeft)), kLeft);
+  EXPECT_EQ(QtScreens::frameOf(QRect(-800, -200, 800, 600)), kLeft);
 }
 
 TEST(QtScreens, DividesPixelsOnAFineScreen) {
-  EXPECT_EQ(QtScreens::pointsFromPixels(QRect(1280, 0, 2048, 1536)), (Rect{1280, 0, 1024, 768}));
-  EXPECT_EQ(QtScreens::pointsFromPixels(QRect(-800, -200, 800, 600)), (Rect{-800, -200, 800, 600}));
+  EXPECT_EQ(QtScreens::windowOf(QRect(1280, 0, 2048, 1536)), (Rect{1280, 0, 1024, 768}));
+  EXPECT_EQ(QtScreens::windowOf(QRect(-800, -200, 800, 600)), (Rect{-800, -200, 800, 600}));
 }
 
 TEST(QtScreens, AShowLeftOfAndAboveTheFirstScreenIsFound) {

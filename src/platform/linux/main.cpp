@@ -132,8 +132,8 @@ int main(int, char** argv) {
   // As it is for the engine, before anything is added to it.
   torvane::LinuxProcessInfo processInfo;
   // Overlay and alerts have to stand above other windows, which Wayland leaves to no program; its
-  // sessions have an X server for that.
-  if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "xcb");
+  // sessions have an X server for that. One that has none does without the overlay.
+  if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "xcb;wayland");
   int onlyTheName = 1;
   QApplication application(onlyTheName, argv);
   torvane::configureQt();

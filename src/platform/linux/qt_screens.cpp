@@ -14,9 +14,9 @@ QList<QScreen*> primaryFirst() {
   return screens;
 }
 
-Rect rectOf(const QRect& rect) {
-  return {static_cast<double>(rect.x()), static_cast<double>(rect.y()),
-          static_cast<double>(rect.width()), static_cast<double>(rect.height())};
+QRect primaryGeometry() {
+  const QScreen* primary = QGuiApplication::primaryScreen();
+  return primary ? primary->geometry() : QRect();
 }
 
 // Qt keeps the place of a screen's corner in pixels and divides only its size.
@@ -37,8 +37,7 @@ QScreen* screenAt(const QPoint& pixel) {
 
 std::vector<Rect> QtScreens::frames() const {
   std::vector<Rect> frames;
-  for (const QScreen* screen : primaryFirst())
-    frames.push_back(flipped(rectOf(screen->geometry())));
+  for (const QScreen* screen : primaryFirst()) frames.push_back(frameOf(screen->geometry()));
   return frames;
 }
 
@@ -46,27 +45,31 @@ std::optional<Rect> QtScreens::mainFrame() const {
   const auto active = session_ ? session_->activeWindow() : std::nullopt;
   const QScreen* screen = active ? screenAt(active->center()) : QGuiApplication::primaryScreen();
   if (!screen) return std::nullopt;
-  return flipped(rectOf(screen->geometry()));
+  return frameOf(screen->geometry());
 }
 
-Rect QtScreens::flipped(const Rect& rect) {
-  const QScreen* primary = QGuiApplication::primaryScreen();
-  const double height = primary ? primary->geometry().height() : 0;
-  return {rect.x, height - rect.bottom(), rect.width, rect.height};
+Rect QtScreens::frameOf(const QRect& geometry) {
+  const QRect primary = primaryGeometry();
+  const QPoint corner = geometry.topLeft() - primary.topLeft();
+  return {static_cast<double>(corner.x()),
+          static_cast<double>(primary.height() - corner.y() - geometry.height()),
+          static_cast<double>(geometry.width()), static_cast<double>(geometry.height())};
 }
 
 QRect QtScreens::geometryOf(const Rect& frame) {
-  const Rect rect = flipped(frame);
-  return {qRound(rect.x), qRound(rect.y), qRound(rect.width), qRound(rect.height)};
+  const QRect primary = primaryGeometry();
+  return {primary.x() + qRound(frame.x),
+          primary.y() + primary.height() - qRound(frame.y) - qRound(frame.height),
+          qRound(frame.width), qRound(frame.height)};
 }
 
-Rect QtScreens::pointsFromPixels(const QRect& pixels) {
+Rect QtScreens::windowOf(const QRect& pixels) {
   const QScreen* screen = screenAt(pixels.center());
-  if (!screen) return rectOf(pixels);
-  const QPoint corner = screen->geometry().topLeft();
-  const double ratio = screen->devicePixelRatio();
-  return {corner.x() + (pixels.x() - corner.x()) / ratio,
-          corner.y() + (pixels.y() - corner.y()) / ratio, pixels.width() / ratio,
+  const QPoint corner = screen ? screen->geometry().topLeft() : QPoint();
+  const double ratio = screen ? screen->devicePixelRatio() : 1;
+  const QPoint primary = primaryGeometry().topLeft();
+  return {corner.x() - primary.x() + (pixels.x() - corner.x()) / ratio,
+          corner.y() - primary.y() + (pixels.y() - corner.y()) / ratio, pixels.width() / ratio,
           pixels.height() / ratio};
 }
 

@@ -9,8 +9,9 @@
 
 namespace torvane {
 
-// Qt's screens, and the three ways to say where something is: in points from the bottom left of
-// the primary display (the ports), in points from the top left (Qt), in pixels (X11).
+// Qt's screens, and the ways to say where something is. The ports count points from a corner of the
+// primary display: frames from its bottom left upwards, windows from its top left downwards. Qt
+// counts points, and X11 pixels, from the top left of the whole desktop.
 class QtScreens final : public Screens {
  public:
   // `session` may be null: then the primary display counts as the one with the focus.
@@ -19,12 +20,11 @@ class QtScreens final : public Screens {
   [[nodiscard]] std::vector<Rect> frames() const override;
   [[nodiscard]] std::optional<Rect> mainFrame() const override;
 
-  // Turns frames of the ports into Qt's geometry and back.
-  [[nodiscard]] static Rect flipped(const Rect& rect);
+  [[nodiscard]] static Rect frameOf(const QRect& geometry);
   [[nodiscard]] static QRect geometryOf(const Rect& frame);
 
-  // Points from the top left, for a place in pixels.
-  [[nodiscard]] static Rect pointsFromPixels(const QRect& pixels);
+  // Where a window is, as the ports count it.
+  [[nodiscard]] static Rect windowOf(const QRect& pixels);
 
  private:
   X11Session* session_;

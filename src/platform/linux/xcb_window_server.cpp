@@ -6,7 +6,7 @@ namespace torvane {
 namespace {
 
 WindowInfo described(const X11Window& window) {
-  const Rect points = QtScreens::pointsFromPixels(window.pixels);
+  const Rect points = QtScreens::windowOf(window.pixels);
   return {isImpressShow(window) ? "Microsoft PowerPoint" : window.className,
           {{{"X", points.x}, {"Y", points.y}, {"Width", points.width}, {"Height", points.height}}}};
 }
