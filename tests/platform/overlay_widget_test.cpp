@@ -5,12 +5,15 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QWindow>
 
 #include "platform/linux/qt_overlay_surface.h"
 #include "support/qt_event_loop.h"
 
 namespace torvane {
 namespace {
+
+constexpr QPoint kOnLine(640, 400);
 
 class StillClock final : public Clock {
  public:
@@ -33,6 +36,8 @@ class OverlaySurfaceTest : public testing::Test {
     view_.append(1, {0.8, 0.5});
     view_.setNeedsDisplay();
   }
+
+  QRegion shape() { return window_->windowHandle()->mask(); }
 
   // What the window shows, in pixels.
   QImage shown() {
@@ -147,18 +152,34 @@ TEST_F(OverlaySurfaceTest, FinishesALongRebuildByItself) {
 }
 
 TEST_F(OverlaySurfaceTest, IsCutToTheInkWhereWindowsCannotBeTranslucent) {
-  window_->setTranslucent(false);
-  EXPECT_FALSE(window_->mask().contains(QPoint(640, 400)));
   surface_->orderFrontRegardless();
-  window_->setTranslucent(false);  // ordering it front asked for a compositor again
+  window_->setTranslucent(false);
+  EXPECT_FALSE(shape().isEmpty());  // which would mean no shape at all
+  EXPECT_FALSE(shape().contains(kOnLine));
   drawLine();
-  ASSERT_TRUE(runEventsUntil([this] { return window_->mask().contains(QPoint(640, 400)); }));
-  EXPECT_FALSE(window_->mask().contains(QPoint(640, 300)));
-  EXPECT_TRUE(window_->mask().contains(QPoint(640, 397)));
-  view_.remove({1});
-  view_.setNeedsDisplay();
-  ASSERT_TRUE(runEventsUntil([this] { return !window_->mask().contains(QPoint(640, 400)); }));
-  EXPECT_FALSE(window_->mask().isEmpty());  // which would mean no mask at all
+  ASSERT_TRUE(runEventsUntil([this] { return shape().contains(kOnLine); }));
+  EXPECT_FALSE(shape().contains(QPoint(640, 300)));
+  EXPECT_TRUE(shape().contains(QPoint(640, 397)));
+}
+
+TEST_F(OverlaySurfaceTest, KeepsToTheInkAsItGoesAndComes) {
+  surface_->orderFrontRegardless();
+  window_->setTranslucent(false);
+  for (int times = 0; times < 2; ++times) {
+    drawLine();
+    ASSERT_TRUE(runEventsUntil([this] { return shape().contains(kOnLine); }));
+    view_.remove({1});
+    view_.setNeedsDisplay();
+    ASSERT_TRUE(runEventsUntil([this] { return !shape().contains(kOnLine); }));
+    EXPECT_FALSE(shape().isEmpty());
+  }
+}
+
+TEST_F(OverlaySurfaceTest, IsWholeAgainWithACompositor) {
+  window_->setTranslucent(false);
+  EXPECT_FALSE(shape().isEmpty());
+  window_->setTranslucent(true);
+  EXPECT_TRUE(shape().isEmpty());
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <QBitmap>
 #include <QPaintEvent>
 #include <QPainter>
+#include <QWindow>
 
 namespace torvane {
 namespace {
@@ -32,6 +33,8 @@ OverlayWidget::OverlayWidget(OverlayView& content, const Clock& clock)
   setAttribute(Qt::WA_ShowWithoutActivating);
   setAttribute(Qt::WA_QuitOnClose, false);
   setWindowTitle("Torvane ink");
+  soon_.setSingleShot(true);
+  connect(&soon_, &QTimer::timeout, this, [this] { repaint(asked_); });
   content_.setDisplay(this);
 }
 
@@ -43,6 +46,7 @@ void OverlayWidget::setTranslucent(bool isTranslucent) {
   if (isTranslucent == isTranslucent_) return;
   isTranslucent_ = isTranslucent;
   shape_ = {};
+  winId();  // makes the window, so that it has its shape before it is shown
   applyShape();
   update();
 }
@@ -52,21 +56,23 @@ void OverlayWidget::resizeEvent(QResizeEvent*) {
   content_.setSize(width(), height());
 }
 
-// One growing rectangle, so that what is painted is what the view was told.
+// One growing rectangle, so that what is painted is what the view was told. Qt's own update()
+// would wait for 5 ms, which is most of what may pass between the iPad and the screen.
 void OverlayWidget::invalidate(const Rect& viewPart) {
   if (viewPart.isEmpty()) return;
   const Rect whole = widenedToWhole(intersected(viewPart, rectOf(rect())));
   asked_ |= QRect(static_cast<int>(whole.x), static_cast<int>(whole.y),
                   static_cast<int>(whole.width), static_cast<int>(whole.height));
-  update(asked_);
+  soon_.start();
 }
 
 void OverlayWidget::paintEvent(QPaintEvent* event) {
-  asked_ = {};
+  if (QRegion(asked_).subtracted(event->region()).isEmpty()) asked_ = {};
   const double ratio = devicePixelRatioF();
   if (ratio_ != 0 && ratio_ != ratio) content_.discardLayer();
   ratio_ = ratio;
   for (const QRect& part : event->region()) paintPart(part);
+  applyShape();
 }
 
 void OverlayWidget::paintPart(const QRect& dirty) {
@@ -83,22 +89,16 @@ void OverlayWidget::cutOut(const QRect& dirty, const QImage& pixels) {
   const QImage drawn =
       pixels.createAlphaMask(Qt::ThresholdDither).convertToFormat(QImage::Format_Mono);
   const QRegion ink(QBitmap::fromImage(drawn.scaled(dirty.size())));
-  const QRegion shape = shape_.subtracted(dirty).united(ink.translated(dirty.topLeft()));
-  if (shape == shape_) return;
-  shape_ = shape;
-  QMetaObject::invokeMethod(this, &OverlayWidget::applyShape, Qt::QueuedConnection);
+  shape_ = shape_.subtracted(dirty).united(ink.translated(dirty.topLeft()));
 }
 
-// An empty shape means none to Qt: a pixel outside stands for nothing. What the shape takes in
-// anew was cut off when it was painted, so it is painted again.
+// The window's own shape, which holds before what was painted reaches the screen: a widget's mask
+// would keep it from ever painting what lies outside. An empty shape means none to Qt: a pixel
+// outside stands for nothing.
 void OverlayWidget::applyShape() {
-  if (isTranslucent_) {
-    clearMask();
-    return;
-  }
-  const QRegion grown = shape_.subtracted(mask());
-  setMask(shape_.isEmpty() ? QRegion(-1, -1, 1, 1) : shape_);
-  update(grown);
+  const QRegion nothing(-1, -1, 1, 1);
+  const QRegion shape = isTranslucent_ ? QRegion() : shape_.isEmpty() ? nothing : shape_;
+  if (windowHandle()->mask() != shape) windowHandle()->setMask(shape);
 }
 
 }  // namespace torvane

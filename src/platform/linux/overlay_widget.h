@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QRegion>
+#include <QTimer>
 #include <QWidget>
 
 #include "app/clock.h"
@@ -31,6 +32,7 @@ class OverlayWidget final : public QWidget, private OverlayDisplay {
   OverlayView& content_;
   const Clock& clock_;
   QRect asked_;       // since the last painting
+  QTimer soon_;       // fires when other events had their turn
   double ratio_ = 0;  // pixels per point when it was last painted
   bool isTranslucent_ = true;
   QRegion shape_;  // where the ink is, while not translucent
