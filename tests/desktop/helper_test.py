@@ -12,10 +12,12 @@ import stat
 import sys
 import time
 import unittest
+import urllib.request
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "support"))
 
 from private_desktop import PATIENCE, PrivateDesktop, skip_where_incomplete, wait_until  # noqa: E402
+from process_figures import wake_ups  # noqa: E402
 
 skip_where_incomplete()
 
@@ -95,6 +97,20 @@ class HelperTest(unittest.TestCase):
     def test_runs_without_session_bus_and_panel(self):
         self.desktop.environment["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=/nowhere"
         helper = self.start_as_if_welcomed()
+        helper.send_signal(signal.SIGTERM)
+        self.assert_ends(helper)
+
+    def test_says_once_that_ink_needs_an_x_server_and_works_on(self):
+        del self.desktop.environment["DISPLAY"]
+        self.desktop.environment["QT_QPA_PLATFORM"] = "minimal"
+        helper = self.start_as_if_welcomed()
+        request = urllib.request.Request(
+            "http://127.0.0.1:8484/api/show/start", b"", method="POST")
+        with urllib.request.urlopen(request, timeout=PATIENCE) as answer:
+            self.assertTrue(json.load(answer)["presenting"])
+        before = wake_ups(helper.pid)
+        wait_until(lambda: wake_ups(helper.pid) > before + 100, "more polls for ink")
+        self.assertEqual(self.desktop.log("helper").count("ink will not be shown"), 1)
         helper.send_signal(signal.SIGTERM)
         self.assert_ends(helper)
 

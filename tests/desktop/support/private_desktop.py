@@ -52,12 +52,14 @@ clock_padding = 10 0
 
 
 TOOLS = ("Xvfb", "dbus-daemon", "openbox", "picom", "tint2", "hsetroot", "xdotool", "xprop", "import")
+OPENBOX = ["openbox", "--sm-disable"]
+PICOM = ["picom", "--backend", "xrender", "--config", "/dev/null"]
 SKIPPED = 77  # the exit status by which ctest knows a skipped test
 
 
-def skip_where_incomplete(modules=()):
-    """Ends a test program where this computer lacks what a desktop is made of."""
-    missing = [tool for tool in TOOLS if not shutil.which(tool)]
+def skip_where_incomplete(modules=(), tools=()):
+    """Ends a test program where this computer lacks what a desktop is made of, or what is named."""
+    missing = [tool for tool in (*TOOLS, *tools) if not shutil.which(tool)]
     missing += [module for module in modules if not importlib.util.find_spec(module)]
     if missing:
         print("skipped, because this is missing:", ", ".join(missing))
@@ -113,11 +115,11 @@ class PrivateDesktop:
         self.processes.append(process)
         return process
 
-    def run(self, *command, check=True, seconds=PATIENCE):
+    def run(self, *command, check=True, seconds=PATIENCE, text=True):
         """Runs a tool to its end; what it printed."""
         done = subprocess.run(
             command, env=self.environment, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-            stderr=subprocess.PIPE, timeout=seconds, text=True,
+            stderr=subprocess.PIPE, timeout=seconds, text=text,
         )
         if check and done.returncode != 0:
             raise DesktopError(f"{' '.join(command)}: {done.stderr.strip() or done.returncode}")
@@ -135,13 +137,16 @@ class PrivateDesktop:
 
     # Windows
 
-    def start_windows(self):
-        """A window manager and a compositor."""
-        self.spawn("openbox", ["openbox", "--sm-disable"])
+    def start_windows(self, manager=OPENBOX, compositor=PICOM):
+        """A window manager and, if there is to be one, a compositor; the latter."""
+        self.spawn("windows", manager)
         wait_until(lambda: "window id" in self.run(
             "xprop", "-root", "_NET_SUPPORTING_WM_CHECK", check=False), "the window manager")
         self.run("hsetroot", "-add", "#5d7fa3", "-add", "#33475b", "-gradient", "180")
-        self.spawn("picom", ["picom", "--backend", "xrender", "--config", "/dev/null"])
+        return self.start_compositor(compositor) if compositor else None
+
+    def start_compositor(self, command):
+        return self.spawn("compositor", command)
 
     def start_panel(self, colour="#f2f2f4", text="#202024"):
         """A panel with an XEmbed tray."""
@@ -172,6 +177,10 @@ class PrivateDesktop:
         crop = ["-crop", "{2}x{3}+{0}+{1}".format(*area), "+repage"] if area else []
         self.run("import", "-silent", "-window", "root", *crop,
                  "-define", "png:exclude-chunk=date,tEXt,tIME", path)
+
+    def pixels(self):
+        """Red, green and blue of each pixel of the screen, row by row."""
+        return self.run("import", "-silent", "-window", "root", "-depth", "8", "rgb:-", text=False)
 
     # Beginning and end
 
