@@ -62,8 +62,11 @@ void BridgeDelegate::takeInk(const std::shared_ptr<const InkAnswer>& answer, std
 
 void BridgeDelegate::applyInkEvents(std::span<const InkEvent> events) {
   const bool applied = applyEvents(overlayView, events, platform_.clock.mediaTime());
-  if (isRedrawDue(overlayView, applied, platform_.clock.mediaTime())) {
+  const double now = platform_.clock.mediaTime();
+  if (isRedrawDue(overlayView, applied, now)) {
     overlayView.setNeedsDisplay();
+  } else {
+    overlayView.wipeFadedLaser(now);
   }
 }
 

@@ -83,6 +83,11 @@ void OverlayView::setNeedsDisplay() {
   if (slide && laser) display_->invalidate(laserArea(*slide));
 }
 
+void OverlayView::wipeFadedLaser(double mediaTime) {
+  const bool isGone = !laser || mediaTime - laserAt >= kLaserGoneAfter;
+  if (display_ && isGone && !laserShown_.isEmpty()) display_->invalidate(laserShown_);
+}
+
 Rect OverlayView::slideRect() const {
   const double limit = height_ / aspect;
   const double w = limit < width_ ? limit : width_;

@@ -46,6 +46,9 @@ class OverlayView {
   void setAspect(double ratio);
   void setOverlayImage(std::shared_ptr<const Picture> picture);
   void setNeedsDisplay();
+  // Asks for the place of a laser dot that has gone since it was drawn last. Nothing else would:
+  // the dot was still to be seen a little in the last redraw of its fade.
+  void wipeFadedLaser(double mediaTime);
 
   // The letterboxed slide within the view's bounds. Whether its numbers are sane depends on
   // `aspect`.

@@ -1,4 +1,5 @@
 #include "fakes/helper_test.h"
+#include "fakes/recording_canvas.h"
 
 namespace torvane {
 namespace {
@@ -239,6 +240,20 @@ TEST_F(InkPolling, RedrawIsAskedForAfterEventsAndWhileTheLaserIsAlive) {
   platform.time.advance(0.8);
   EXPECT_TRUE(redrawsAfter(still));
   platform.time.advance(0.2);
+  EXPECT_FALSE(redrawsAfter(still));
+}
+
+TEST_F(InkPolling, LastTraceOfAFadedLaserDotIsWipedOnce) {
+  const std::string still = R"({"seq":2,"presenting":true})";
+  const Rect screen{0, 0, 1920, 1080};
+  RecordingCanvas canvas;
+  tick(R"({"seq":2,"events":[{"t":"laser","x":0.5,"y":0.5}],"presenting":true})");
+  view->setSize(screen.width, screen.height);
+  platform.time.advance(0.89);
+  view->draw(canvas, screen, platform.time.now());
+  platform.time.advance(0.02);
+  EXPECT_TRUE(redrawsAfter(still));
+  view->draw(canvas, screen, platform.time.now());
   EXPECT_FALSE(redrawsAfter(still));
 }
 

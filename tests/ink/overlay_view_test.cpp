@@ -261,6 +261,21 @@ TEST(OverlayRedraw, AsksForWhereTheDotWasAndWhereItIs) {
   EXPECT_TRUE(contains(display.asked[1], {1536 - 38, 540 - 38, 76, 76}));
 }
 
+TEST(OverlayRedraw, AsksForAFadedDotUntilItIsWiped) {
+  OverlayView view;
+  RecordingDisplay display(view);
+  view.placeLaser({0.2, 0.5}, 0);
+  display.settle(0.89);
+  view.wipeFadedLaser(0.89);
+  EXPECT_TRUE(display.asked.empty());
+  view.wipeFadedLaser(0.9);
+  ASSERT_EQ(display.asked.size(), 1U);
+  EXPECT_TRUE(contains(display.asked[0], {384 - 38, 540 - 38, 76, 76}));
+  display.settle(0.9);
+  view.wipeFadedLaser(1);
+  EXPECT_TRUE(display.asked.empty());
+}
+
 TEST(OverlayRedraw, RepaintsOnlyWhatADeletedStrokeTouched) {
   OverlayView view;
   RecordingDisplay display(view);
