@@ -22,6 +22,7 @@
 #include "platform/linux/qt_screens.h"
 #include "platform/linux/qt_status_item.h"
 #include "platform/linux/qt_workspace.h"
+#include "platform/linux/single_instance.h"
 #include "platform/linux/symbol_icon.h"
 #include "platform/linux/system_clock.h"
 #include "platform/linux/termination_signals.h"
@@ -41,6 +42,11 @@ PeerLinkOptions peerLinkOptions(MainQueue& mainQueue) {
     mainQueue.async(std::move(work));
   };
   return options;
+}
+
+// The user's own for this session; empty where there is none.
+std::string sessionFolder() {
+  return PeerLinkOptions::fromEnvironment().runtimeFolder;
 }
 
 // One of each adapter; the later ones may use the earlier ones.
@@ -108,9 +114,10 @@ void configureQt() {
       symbolIcon("dot.radiowaves.left.and.right", QApplication::palette(), false));
 }
 
-int run(LinuxProcessInfo& processInfo) {
+int run(LinuxProcessInfo& processInfo, SingleInstance& instance) {
   LinuxPlatform platform(processInfo);
   BridgeDelegate delegate(platform.ports);
+  instance.onSecondLaunch([&] { platform.statusBar.showWindow(); });
   const TerminationSignals endingSignals([&] { platform.application.terminate(); });
 
   bool hasLaunched = false;
@@ -131,11 +138,14 @@ int run(LinuxProcessInfo& processInfo) {
 int main(int, char** argv) {
   // As it is for the engine, before anything is added to it.
   torvane::LinuxProcessInfo processInfo;
+  const auto instance =
+      torvane::SingleInstance::claim(torvane::sessionFolder(), torvane::mainBundlePath());
+  if (!instance) return 0;  // the one that runs has come to the front
   // Overlay and alerts have to stand above other windows, which Wayland leaves to no program; its
   // sessions have an X server for that. One that has none does without the overlay.
   if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "xcb;wayland");
   int onlyTheName = 1;
   QApplication application(onlyTheName, argv);
   torvane::configureQt();
-  return torvane::run(processInfo);
+  return torvane::run(processInfo, *instance);
 }

@@ -14,7 +14,9 @@
 namespace torvane {
 namespace {
 
-constexpr std::chrono::milliseconds kTrayInterval{500};
+constexpr std::chrono::milliseconds kLookInterval{500};
+constexpr std::chrono::milliseconds kCheckInterval{5000};  // once there is one
+constexpr std::chrono::milliseconds kPatience{5000};       // a panel may start after its programs
 
 }  // namespace
 
@@ -37,16 +39,27 @@ class QtStatusItem::PaletteListener final : public QObject {
 QtStatusItem::QtStatusItem()
     : paletteListener_(std::make_unique<PaletteListener>([this] { showIcon(); })) {
   QObject::connect(&trayTimer_, &QTimer::timeout, &trayTimer_, [this] { lookForTray(); });
-  trayTimer_.start(kTrayInterval);
+  trayTimer_.start(kLookInterval);
   lookForTray();
 }
 
 QtStatusItem::~QtStatusItem() = default;
 
 void QtStatusItem::lookForTray() {
-  if (!isTrayPresent()) return;
-  trayTimer_.stop();
-  putIntoTray();
+  if (!isTrayPresent()) return standInForTray();
+  withoutTray_.invalidate();
+  if (std::exchange(isStandingIn_, false)) standIn_.hide();
+  if (!tray_) putIntoTray();
+  trayTimer_.setInterval(kCheckInterval);
+}
+
+// Once: a window that its user has closed stays closed.
+void QtStatusItem::standInForTray() {
+  trayTimer_.setInterval(kLookInterval);
+  if (!withoutTray_.isValid()) withoutTray_.start();
+  if (isStandingIn_ || !withoutTray_.hasExpired(kPatience.count())) return;
+  isStandingIn_ = true;
+  standIn_.showBehind();
 }
 
 void QtStatusItem::putIntoTray() {
@@ -67,7 +80,9 @@ void QtStatusItem::setIcon(const StatusIcon& icon) {
 }
 
 void QtStatusItem::showIcon() {
-  if (!tray_ || !icon_) return;
+  if (!icon_) return;
+  standIn_.setIcon(*icon_);
+  if (!tray_) return;
   tray_->setToolTip(plainToolTip(icon_->toolTip));
   tray_->setIcon(symbolIcon(icon_->symbolName, QApplication::palette(), icon_->appearsDisabled));
   tray_->show();
@@ -76,11 +91,22 @@ void QtStatusItem::showIcon() {
 void QtStatusItem::setMenu(MenuDelegate& delegate) {
   contextMenu_.setDelegate(delegate);
   clickMenu_.setDelegate(delegate);
+  standIn_.setMenu(delegate);
   contextMenu_.update();
 }
 
 void QtStatusItem::openAtPointer(QSystemTrayIcon::ActivationReason reason) {
   if (reason == QSystemTrayIcon::Trigger) clickMenu_.menu().popup(QCursor::pos());
+}
+
+std::unique_ptr<StatusItem> QtStatusBar::makeStatusItem() {
+  auto item = std::make_unique<QtStatusItem>();
+  window_ = &item->standIn();
+  return item;
+}
+
+void QtStatusBar::showWindow() {
+  if (window_) window_->showInFront();
 }
 
 }  // namespace torvane

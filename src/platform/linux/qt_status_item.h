@@ -1,19 +1,23 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QObject>
+#include <QPointer>
 #include <QSystemTrayIcon>
 #include <QTimer>
 #include <memory>
 #include <optional>
 
 #include "app/status_item.h"
+#include "platform/linux/stand_in_window.h"
 #include "platform/linux/tray_menu.h"
 
 namespace torvane {
 
 // Shown as soon as the desktop has a tray: at login programs start before or after the panel, and
 // Qt remembers for the life of the process that there was no StatusNotifier host when it first
-// looked. So nothing asks Qt for a tray until one is there.
+// looked. So nothing asks Qt for a tray until one is there. A desktop that has had none for some
+// seconds gets a small window with the same menu instead, for as long as that lasts.
 class QtStatusItem final : public StatusItem {
  public:
   QtStatusItem();
@@ -24,10 +28,13 @@ class QtStatusItem final : public StatusItem {
   void setIcon(const StatusIcon& icon) override;
   void setMenu(MenuDelegate& delegate) override;
 
+  [[nodiscard]] StandInWindow& standIn() { return standIn_; }
+
  private:
   class PaletteListener;
 
   void lookForTray();
+  void standInForTray();
   void putIntoTray();
   void showIcon();
   void openAtPointer(QSystemTrayIcon::ActivationReason reason);
@@ -35,6 +42,9 @@ class QtStatusItem final : public StatusItem {
   std::optional<StatusIcon> icon_;
   TrayMenu contextMenu_;  // the panel's own, where it draws menus itself
   TrayMenu clickMenu_;    // for a plain click, drawn by Qt
+  StandInWindow standIn_;
+  bool isStandingIn_ = false;
+  QElapsedTimer withoutTray_;  // valid while there is none
   std::unique_ptr<QSystemTrayIcon> tray_;
   std::unique_ptr<QObject> paletteListener_;
   QTimer trayTimer_;
@@ -42,9 +52,13 @@ class QtStatusItem final : public StatusItem {
 
 class QtStatusBar final : public StatusBar {
  public:
-  [[nodiscard]] std::unique_ptr<StatusItem> makeStatusItem() override {
-    return std::make_unique<QtStatusItem>();
-  }
+  [[nodiscard]] std::unique_ptr<StatusItem> makeStatusItem() override;
+
+  // Brings up the window with the menu, tray or not: the user has started the program once more.
+  void showWindow();
+
+ private:
+  QPointer<StandInWindow> window_;  // of the item made last
 };
 
 }  // namespace torvane

@@ -62,7 +62,13 @@ void TrayMenu::addItem(std::size_t index) {
   action->setChecked(item.isChecked);
   QObject::connect(action, &QAction::triggered, &menu_, [this, action, index] {
     action->setChecked(items_[index].isChecked);  // it is the delegate who says
-    QMetaObject::invokeMethod(&menu_, items_[index].action, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        &menu_,
+        [this, chosen = items_[index].action] {
+          chosen();
+          update();
+        },
+        Qt::QueuedConnection);
   });
 }
 
