@@ -61,4 +61,16 @@ std::string_view utf8Prefix(std::string_view text, std::size_t most) {
   return text.substr(0, most);
 }
 
+std::optional<char32_t> takeCharacter(std::string_view& text) {
+  const std::size_t length = text.empty() ? 0 : characterLength(text);
+  if (length == 0) return std::nullopt;
+  const auto lead = static_cast<std::uint8_t>(text[0]);
+  char32_t character = length == 1 ? lead : lead & (0x7FU >> length);
+  for (std::size_t i = 1; i < length; ++i) {
+    character = (character << 6U) | (static_cast<std::uint8_t>(text[i]) & 0x3FU);
+  }
+  text.remove_prefix(length);
+  return character;
+}
+
 }  // namespace torvane

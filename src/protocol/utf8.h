@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -12,5 +13,9 @@ namespace torvane {
 // The longest beginning of a well-formed text that has at most `most` bytes and cuts no
 // character in two.
 [[nodiscard]] std::string_view utf8Prefix(std::string_view text, std::size_t most);
+
+// Takes the first character off a text; none, and nothing taken, when the text is empty or does not
+// begin with a well-formed character.
+[[nodiscard]] std::optional<char32_t> takeCharacter(std::string_view& text);
 
 }  // namespace torvane

@@ -51,6 +51,24 @@ TEST(Utf8, AcceptsEveryCodePointButSurrogates) {
   }
 }
 
+TEST(Utf8, TakesEveryCodePointOffTheFront) {
+  for (std::uint32_t c = 0; c <= 0x10FFFF; ++c) {
+    const std::string text = encodeCodePoint(c) + "x";
+    std::string_view rest = text;
+    const bool valid = c < 0xD800 || c > 0xDFFF;
+    ASSERT_EQ(takeCharacter(rest), valid ? std::optional<char32_t>(c) : std::nullopt);
+    ASSERT_EQ(rest, valid ? "x" : text);
+  }
+}
+
+TEST(Utf8, TakesNothingOffAnEmptyOrMalformedText) {
+  for (const std::string text : {"", "\x80", "\xE4\xBD", "\xFFx"}) {
+    std::string_view rest = text;
+    EXPECT_EQ(takeCharacter(rest), std::nullopt);
+    EXPECT_EQ(rest, text);
+  }
+}
+
 TEST(Utf8, RefusesEveryCutCharacter) {
   for (const std::uint32_t c : {0x80U, 0x7FFU, 0x800U, 0xFFFFU, 0x10000U, 0x10FFFFU}) {
     const std::string whole = encodeCodePoint(c);

@@ -23,16 +23,6 @@ constexpr std::array<std::pair<char32_t, char32_t>, 7> kForbidden{{{0x00, 0x1F},
                                                                    {0x202A, 0x202E},
                                                                    {0x2066, 0x2069}}};
 
-// Takes the first character off a well-formed text that is not empty.
-char32_t takeCharacter(std::string_view& text) {
-  const auto byte = [&text](std::size_t i) { return static_cast<std::uint8_t>(text[i]); };
-  const std::size_t length = byte(0) < 0x80 ? 1 : byte(0) < 0xE0 ? 2 : byte(0) < 0xF0 ? 3 : 4;
-  char32_t character = length == 1 ? byte(0) : byte(0) & (0x7FU >> length);
-  for (std::size_t i = 1; i < length; ++i) character = (character << 6U) | (byte(i) & 0x3FU);
-  text.remove_prefix(length);
-  return character;
-}
-
 bool isForbidden(char32_t character) {
   return std::any_of(kForbidden.begin(), kForbidden.end(), [character](const auto& range) {
     return character >= range.first && character <= range.second;
@@ -84,8 +74,8 @@ std::variant<PeerInvitation, LinkRefusal> readInvitation(std::string_view messag
 
 bool isAcceptablePeerName(std::string_view name) {
   if (name.empty() || name.size() > kMaxPeerName || !isValidUtf8(name)) return false;
-  while (!name.empty()) {
-    if (isForbidden(takeCharacter(name))) return false;
+  while (const auto character = takeCharacter(name)) {
+    if (isForbidden(*character)) return false;
   }
   return true;
 }
