@@ -17,6 +17,10 @@ class ProcessInfo {
   // Absolute path of the user's home folder, without a trailing slash.
   [[nodiscard]] virtual std::string homeDirectory() const = 0;
 
+  // Absolute path of the folder for temporary files that belongs to this user alone, without a
+  // trailing slash. It need not exist yet.
+  [[nodiscard]] virtual std::string temporaryDirectory() const = 0;
+
   [[nodiscard]] virtual std::map<std::string, std::string> environment() const = 0;
   [[nodiscard]] virtual int processIdentifier() const = 0;
 };

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "protocol/bytes.h"
 
@@ -24,6 +25,13 @@ class FileHandle {
   [[nodiscard]] virtual int descriptor() const = 0;        // for a child's output
 };
 
+struct SymbolicLink {
+  std::string path;    // relative to the folder that was searched
+  std::string target;  // as it is written in the link
+
+  bool operator==(const SymbolicLink&) const = default;
+};
+
 // Plain files by absolute path. Any thread.
 class FileSystem {
  public:
@@ -39,6 +47,28 @@ class FileSystem {
   // where the platform can, every write goes to the end of the file.
   [[nodiscard]] virtual std::unique_ptr<FileHandle> openForWriting(const std::string& path) = 0;
   [[nodiscard]] virtual std::unique_ptr<FileHandle> openForReading(const std::string& path) = 0;
+
+  // Whether there is a folder at `path` itself; a link to one is none.
+  [[nodiscard]] virtual bool isFolder(const std::string& path) const = 0;
+
+  // Makes a folder, and those above it that are missing, for this user alone. True when `path` is
+  // now a real folder of this user that nobody else may enter, in a folder of this user's that
+  // nobody else may change; whoever made them.
+  [[nodiscard]] virtual bool createPrivateFolder(const std::string& path) = 0;
+
+  // Removes whatever is there: a file, a link, or a folder with all that it holds. True when
+  // nothing is there any more.
+  virtual bool removeAll(const std::string& path) = 0;
+
+  // Moves a file or a folder, to another disk too. None when it is done; else a description for
+  // the user, and `from` is as it was.
+  [[nodiscard]] virtual std::optional<std::string> move(const std::string& from,
+                                                        const std::string& to) = 0;
+
+  // Every symbolic link in the folder and in the folders it holds; none when not all of them
+  // could be read. Links are not followed.
+  [[nodiscard]] virtual std::optional<std::vector<SymbolicLink>> symbolicLinks(
+      const std::string& folder) const = 0;
 };
 
 }  // namespace torvane

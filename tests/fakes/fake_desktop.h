@@ -226,6 +226,7 @@ class FakeProcessInfo final : public ProcessInfo {
 
   [[nodiscard]] std::optional<std::string> hostName() const override { return name; }
   [[nodiscard]] std::string homeDirectory() const override { return "/home/presenter"; }
+  [[nodiscard]] std::string temporaryDirectory() const override { return "/temporary"; }
   [[nodiscard]] std::map<std::string, std::string> environment() const override {
     return variables;
   }

@@ -9,13 +9,17 @@
 
 namespace torvane {
 
-// Files in memory. An entry of `unwritable` or `unreadable` cannot be opened that way.
+// Files in memory. An entry of `unwritable` or `unreadable` cannot be opened that way, one of
+// `immovable` cannot be moved, one of `foreign` is a folder of another user.
 class FakeFileSystem final : public FileSystem {
  public:
   std::map<std::string, std::shared_ptr<std::string>> contents;
   std::set<std::string> folders;
   std::set<std::string> unwritable;
   std::set<std::string> unreadable;
+  std::set<std::string> immovable;
+  std::set<std::string> foreign;
+  std::map<std::string, std::string> links;  // → target
 
   void put(const std::string& path, std::string text) {
     contents[path] = std::make_shared<std::string>(std::move(text));
@@ -25,8 +29,17 @@ class FakeFileSystem final : public FileSystem {
     return found != contents.end() ? *found->second : std::string();
   }
 
+  // The files and links of a folder with their relative paths, in order: what a copy of it holds.
+  [[nodiscard]] std::map<std::string, std::string> tree(const std::string& folder) const {
+    std::map<std::string, std::string> found;
+    forEach(contents, folder, [&](const auto& path, const auto& text) { found[path] = *text; });
+    forEach(links, folder, [&](const auto& path, const auto& to) { found[path] = "→ " + to; });
+    return found;
+  }
+
   [[nodiscard]] bool exists(const std::string& path) const override {
-    return contents.count(path) != 0 || folders.count(path) != 0;
+    return contents.count(path) != 0 || folders.count(path) != 0 || links.count(path) != 0 ||
+           !tree(path).empty();
   }
   [[nodiscard]] std::optional<std::uint64_t> fileSize(const std::string& path) const override {
     const auto found = contents.find(path);
@@ -51,7 +64,69 @@ class FakeFileSystem final : public FileSystem {
     return open(path, unreadable);
   }
 
+  [[nodiscard]] bool isFolder(const std::string& path) const override {
+    return contents.count(path) == 0 && links.count(path) == 0 && exists(path);
+  }
+  [[nodiscard]] bool createPrivateFolder(const std::string& path) override {
+    if (foreign.count(path) != 0 || contents.count(path) != 0) return false;
+    folders.insert(path);
+    return true;
+  }
+  bool removeAll(const std::string& path) override {
+    if (foreign.count(path) != 0) return false;
+    removeTree(contents, path);
+    removeTree(links, path);
+    const auto isWithin = [&](const std::string& each) { return relative(each, path).has_value(); };
+    std::erase_if(folders, isWithin);
+    return true;
+  }
+  [[nodiscard]] std::optional<std::string> move(const std::string& from,
+                                                const std::string& to) override {
+    if (immovable.count(from) != 0) return "Permission denied.";
+    if (!exists(from)) return "No such file or directory.";
+    if (exists(to)) return "File exists.";
+    copyTree(from, to);
+    removeAll(from);
+    return std::nullopt;
+  }
+  [[nodiscard]] std::optional<std::vector<SymbolicLink>> symbolicLinks(
+      const std::string& folder) const override {
+    if (unreadable.count(folder) != 0 || !isFolder(folder)) return std::nullopt;
+    std::vector<SymbolicLink> found;
+    forEach(links, folder, [&](const auto& path, const auto& to) { found.push_back({path, to}); });
+    return found;
+  }
+
+  void copyTree(const std::string& from, const std::string& to) {
+    const auto within = [&](const std::string& path) {
+      return path.empty() ? to : to + "/" + path;
+    };
+    const auto files = contents;
+    const auto allLinks = links;
+    if (folders.count(from) != 0) folders.insert(to);
+    forEach(files, from, [&](const auto& path, const auto& text) { put(within(path), *text); });
+    forEach(allLinks, from,
+            [&](const auto& path, const auto& target) { links[within(path)] = target; });
+  }
+
  private:
+  // The part of a path below a folder; empty for the folder itself, none outside it.
+  static std::optional<std::string> relative(const std::string& path, const std::string& folder) {
+    if (path == folder) return std::string();
+    if (!path.starts_with(folder + "/")) return std::nullopt;
+    return path.substr(folder.size() + 1);
+  }
+  template <typename Map, typename Visit>
+  static void forEach(const Map& map, const std::string& folder, Visit visit) {
+    for (const auto& [path, value] : map) {
+      if (const auto part = relative(path, folder)) visit(*part, value);
+    }
+  }
+  template <typename Map>
+  static void removeTree(Map& map, const std::string& folder) {
+    std::erase_if(map, [&](const auto& entry) { return relative(entry.first, folder); });
+  }
+
   class FakeFileHandle final : public FileHandle {
    public:
     explicit FakeFileHandle(std::shared_ptr<std::string> text) : text_(std::move(text)) {}

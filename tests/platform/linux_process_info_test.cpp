@@ -57,5 +57,19 @@ TEST(LinuxProcessInfoTest, KnowsHomeAndEnvironment) {
   ::unsetenv("TORVANE_TEST_VALUE");
 }
 
+TEST(LinuxProcessInfoTest, TemporaryFilesGoWhereOnlyTheUserMayWrite) {
+  const char* given = ::getenv("XDG_CACHE_HOME");
+  const std::string saved = given != nullptr ? given : "";
+  ::setenv("XDG_CACHE_HOME", "/home/anna/cache", 1);
+  EXPECT_EQ(LinuxProcessInfo().temporaryDirectory(), "/home/anna/cache/torvane");
+  for (const char* odd : {"", "relative"}) {
+    ::setenv("XDG_CACHE_HOME", odd, 1);
+    const LinuxProcessInfo info;
+    EXPECT_EQ(info.temporaryDirectory(), info.homeDirectory() + "/.cache/torvane");
+  }
+  ::unsetenv("XDG_CACHE_HOME");
+  if (given != nullptr) ::setenv("XDG_CACHE_HOME", saved.c_str(), 1);
+}
+
 }  // namespace
 }  // namespace torvane

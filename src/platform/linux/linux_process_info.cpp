@@ -42,6 +42,14 @@ std::string findHome() {
   return home;
 }
 
+// /tmp belongs to everybody: what is made there under a name that can be guessed, somebody else may
+// have made before.
+std::string findTemporaryFolder(const std::string& home) {
+  const char* cache = std::getenv("XDG_CACHE_HOME");
+  const bool isGiven = cache != nullptr && cache[0] == '/';
+  return (isGiven ? std::string(cache) : home + "/.cache") + "/torvane";
+}
+
 std::map<std::string, std::string> readEnvironment() {
   std::map<std::string, std::string> result;
   for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry) {
@@ -70,7 +78,9 @@ std::string unquoted(std::string_view value) {
 }  // namespace
 
 LinuxProcessInfo::LinuxProcessInfo(const std::string& machineInfo)
-    : homeDirectory_(findHome()), environment_(readEnvironment()) {
+    : homeDirectory_(findHome()),
+      temporaryDirectory_(findTemporaryFolder(homeDirectory_)),
+      environment_(readEnvironment()) {
   std::string name = prettyHostName(fileText(machineInfo));
   if (name.empty()) name = shortHostName(networkName());
   if (!name.empty()) hostName_ = std::move(name);

@@ -17,6 +17,15 @@ class PosixFileSystem final : public FileSystem {
 
   [[nodiscard]] std::unique_ptr<FileHandle> openForWriting(const std::string& path) override;
   [[nodiscard]] std::unique_ptr<FileHandle> openForReading(const std::string& path) override;
+
+  // In posix_folders.cpp.
+  [[nodiscard]] bool isFolder(const std::string& path) const override;
+  [[nodiscard]] bool createPrivateFolder(const std::string& path) override;
+  bool removeAll(const std::string& path) override;
+  [[nodiscard]] std::optional<std::string> move(const std::string& from,
+                                                const std::string& to) override;
+  [[nodiscard]] std::optional<std::vector<SymbolicLink>> symbolicLinks(
+      const std::string& folder) const override;
 };
 
 }  // namespace torvane

@@ -1,0 +1,176 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "platform/posix/posix_file_system.h"
+#include "support/temporary_folder.h"
+
+namespace torvane {
+namespace {
+
+namespace fs = std::filesystem;
+
+class PosixFolders : public testing::Test {
+ protected:
+  TemporaryFolder folder;
+  PosixFileSystem files;
+
+  static void put(const std::string& path, const std::string& text) {
+    fs::create_directories(fs::path(path).parent_path());
+    std::ofstream(path) << text;
+  }
+  static std::string get(const std::string& path) {
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+  static mode_t mode(const std::string& path) {
+    struct stat found {};
+    return ::lstat(path.c_str(), &found) == 0 ? found.st_mode & 07777U : 0;
+  }
+  void putApplication() {
+    put(folder / "a.app/bin/program", "program");
+    ::chmod((folder / "a.app/bin/program").c_str(), 0755);
+    fs::create_symlink("bin/program", folder / "a.app/link");
+  }
+};
+
+TEST_F(PosixFolders, PrivateFolderIsMadeWithThoseAboveIt) {
+  EXPECT_TRUE(files.createPrivateFolder(folder / "a/b/c"));
+  for (const char* path : {"a", "a/b", "a/b/c"}) EXPECT_EQ(mode(folder / path), 0700U);
+}
+
+TEST_F(PosixFolders, PrivateFolderMayBeThereAlready) {
+  ASSERT_TRUE(files.createPrivateFolder(folder / "a"));
+  EXPECT_TRUE(files.createPrivateFolder(folder / "a"));
+}
+
+TEST_F(PosixFolders, FolderThatOthersMayEnterIsNotPrivate) {
+  for (const mode_t open : {0755U, 0710U, 0701U, 0777U}) {
+    ASSERT_EQ(::mkdir((folder / "a").c_str(), 0700), 0);
+    ASSERT_EQ(::chmod((folder / "a").c_str(), open), 0);
+    EXPECT_FALSE(files.createPrivateFolder(folder / "a"));
+    fs::remove(folder / "a");
+  }
+}
+
+TEST_F(PosixFolders, FolderThatOthersMayReplaceIsNotPrivate) {
+  ASSERT_TRUE(files.createPrivateFolder(folder / "a/b"));
+  ASSERT_EQ(::chmod((folder / "a").c_str(), 0777), 0);
+  EXPECT_FALSE(files.createPrivateFolder(folder / "a/b"));
+}
+
+TEST_F(PosixFolders, FolderOfAnotherUserIsNotPrivate) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only the superuser can give a folder away";
+  ASSERT_TRUE(files.createPrivateFolder(folder / "a/b"));
+  ASSERT_EQ(::chown((folder / "a/b").c_str(), 65534, 65534), 0);
+  EXPECT_FALSE(files.createPrivateFolder(folder / "a/b"));
+  ASSERT_EQ(::chown((folder / "a").c_str(), 65534, 65534), 0);
+  EXPECT_FALSE(files.createPrivateFolder(folder / "a/c"));
+}
+
+TEST_F(PosixFolders, LinkOrFileInAFoldersPlaceIsNotPrivate) {
+  ASSERT_TRUE(files.createPrivateFolder(folder / "real"));
+  fs::create_symlink(folder / "real", folder / "link");
+  put(folder / "file", "");
+  EXPECT_FALSE(files.createPrivateFolder(folder / "link"));
+  EXPECT_FALSE(files.createPrivateFolder(folder / "file"));
+  EXPECT_FALSE(files.createPrivateFolder(folder / "file/below"));
+}
+
+TEST_F(PosixFolders, OnlyARealFolderIsOne) {
+  put(folder / "a/file", "");
+  fs::create_symlink("a", folder / "link");
+  EXPECT_TRUE(files.isFolder(folder / "a"));
+  EXPECT_FALSE(files.isFolder(folder / "link"));
+  EXPECT_FALSE(files.isFolder(folder / "a/file"));
+  EXPECT_FALSE(files.isFolder(folder / "none"));
+}
+
+TEST_F(PosixFolders, RemovesAllAFolderHoldsButNotWhatItsLinksLeadTo) {
+  put(folder / "outside/kept", "text");
+  putApplication();
+  fs::create_symlink(folder / "outside", folder / "a.app/out");
+  EXPECT_TRUE(files.removeAll(folder / "a.app"));
+  EXPECT_FALSE(files.exists(folder / "a.app"));
+  EXPECT_EQ(get(folder / "outside/kept"), "text");
+}
+
+TEST_F(PosixFolders, RemovesAFileALinkAndNothing) {
+  put(folder / "file", "text");
+  fs::create_symlink("file", folder / "link");
+  EXPECT_TRUE(files.removeAll(folder / "link"));
+  EXPECT_EQ(get(folder / "file"), "text");
+  EXPECT_TRUE(files.removeAll(folder / "file"));
+  EXPECT_TRUE(files.removeAll(folder / "file"));
+}
+
+TEST_F(PosixFolders, MovesAFolder) {
+  putApplication();
+  EXPECT_EQ(files.move(folder / "a.app", folder / "b.app"), std::nullopt);
+  EXPECT_EQ(get(folder / "b.app/bin/program"), "program");
+  EXPECT_FALSE(files.exists(folder / "a.app"));
+}
+
+// Another disk than the temporary folder's, on most computers.
+TEST_F(PosixFolders, MovesAFolderToAnotherDisk) {
+  struct stat here {};
+  struct stat there {};
+  if (::stat("/dev/shm", &there) != 0 || ::stat(folder.path().c_str(), &here) != 0 ||
+      here.st_dev == there.st_dev || ::access("/dev/shm", W_OK) != 0) {
+    GTEST_SKIP() << "there is no other disk";
+  }
+  const std::string other = "/dev/shm/torvane-test-" + std::to_string(::getpid());
+  putApplication();
+  EXPECT_EQ(files.move(folder / "a.app", other), std::nullopt);
+  EXPECT_EQ(get(other + "/bin/program"), "program");
+  EXPECT_EQ(mode(other + "/bin/program"), 0755U);
+  EXPECT_EQ(fs::read_symlink(other + "/link"), "bin/program");
+  EXPECT_TRUE(fs::is_empty(folder.path()));
+
+  put(folder / "taken", "text");
+  EXPECT_EQ(files.move(other, folder / "taken"), "File exists.");
+  EXPECT_EQ(get(folder / "taken"), "text");
+  EXPECT_EQ(get(other + "/bin/program"), "program");
+  EXPECT_TRUE(files.removeAll(other));
+}
+
+TEST_F(PosixFolders, SaysWhyAFolderCannotBeMoved) {
+  putApplication();
+  EXPECT_EQ(files.move(folder / "none", folder / "b"), "No such file or directory.");
+  EXPECT_EQ(files.move(folder / "a.app", folder / "none/b"), "No such file or directory.");
+  EXPECT_EQ(files.move(folder / "a.app", std::string("b\0c", 3)), "Invalid argument.");
+  EXPECT_EQ(get(folder / "a.app/bin/program"), "program");
+}
+
+TEST_F(PosixFolders, FindsEveryLinkOfAFolder) {
+  putApplication();
+  fs::create_symlink("../../..", folder / "a.app/bin/up");
+  fs::create_symlink("/nowhere", folder / "a.app/nowhere");
+  put(folder / "outside/deep/file", "");
+  fs::create_symlink("deep", folder / "outside/not-followed");
+  fs::create_symlink(folder / "outside", folder / "a.app/outside");
+  auto links = files.symbolicLinks(folder / "a.app");
+  ASSERT_TRUE(links);
+  std::sort(links->begin(), links->end(),
+            [](const auto& one, const auto& other) { return one.path < other.path; });
+  EXPECT_EQ(*links, (std::vector<SymbolicLink>{{"bin/up", "../../.."},
+                                               {"link", "bin/program"},
+                                               {"nowhere", "/nowhere"},
+                                               {"outside", folder / "outside"}}));
+}
+
+TEST_F(PosixFolders, HasNoLinksToTellOfWhatIsNoFolder) {
+  putApplication();
+  EXPECT_EQ(files.symbolicLinks(folder / "none"), std::nullopt);
+  EXPECT_EQ(files.symbolicLinks(folder / "a.app/bin/program"), std::nullopt);
+  fs::create_symlink("a.app", folder / "b.app");
+  EXPECT_EQ(files.symbolicLinks(folder / "b.app"), std::nullopt);
+}
+
+}  // namespace
+}  // namespace torvane
