@@ -28,6 +28,12 @@ struct HttpRequest {
   double totalTimeout = 0;             // seconds from start to end; 0: no such limit
   std::uint64_t maxResponseBytes = 0;  // a longer response body is an error; 0: no limit
 
+  // When set, the response's body goes to a new file at this absolute path, for this user alone,
+  // and none of it into the result. A file that is there already is an error; when the transfer
+  // fails there is no file. What such a request's completion does for long holds up no other
+  // request but those of its kind.
+  std::optional<std::string> saveTo;
+
   // When set, the request connects to this endpoint or fails like an unreachable server, even
   // where the URL names another host or port; no redirect is followed and no proxy is asked.
   std::optional<HttpEndpoint> onlyEndpoint;

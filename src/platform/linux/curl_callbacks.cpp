@@ -42,20 +42,26 @@ std::size_t CurlTransfer::onBody(char* data, std::size_t size, std::size_t count
 
 bool CurlTransfer::receiveBody(ByteView bytes) {
   noteProgress();
-  std::uint64_t expected = body_.size() + bytes.size();
-  if (body_.empty()) {
+  std::uint64_t expected = received_ + bytes.size();
+  if (received_ == 0) {
     curl_off_t announced = -1;
     curl_easy_getinfo(handle_, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &announced);
     if (announced > 0) expected = std::max(expected, static_cast<std::uint64_t>(announced));
-    body_.reserve(std::min(expected, kMostReserved));
+    if (!file_) body_.reserve(std::min(expected, kMostReserved));
   }
   const std::uint64_t most = job_.request.maxResponseBytes;
   if (most > 0 && expected > most) {
     problem_ = "The response is longer than " + std::to_string(most) + " bytes.";
     return false;
   }
-  body_.insert(body_.end(), bytes.begin(), bytes.end());
-  return true;
+  received_ += bytes.size();
+  if (!file_) {
+    body_.insert(body_.end(), bytes.begin(), bytes.end());
+    return true;
+  }
+  if (file_->write(bytes)) return true;
+  problem_ = kCannotSave;
+  return false;
 }
 
 int CurlTransfer::onProgress(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t uploaded) {

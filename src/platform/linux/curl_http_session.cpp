@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <optional>
 #include <utility>
 
 namespace torvane {
@@ -185,8 +186,28 @@ void CurlHttpSession::waitForEvents() {
   curl_multi_poll(multi_, nullptr, 0, static_cast<int>(wait), nullptr);
 }
 
-CurlHttpSessions::CurlHttpSessions()
-    : shared_(std::make_unique<CurlHttpSession>(kSharedIdleTimeout)) {}
+namespace {
+
+// Requests that save to a file have a thread of their own.
+class SharedHttpSession final : public HttpSession {
+ public:
+  void dataTask(HttpRequest request, HttpCompletion completion) override {
+    if (!request.saveTo) {
+      others_.dataTask(std::move(request), std::move(completion));
+      return;
+    }
+    if (!saving_) saving_.emplace(kSharedIdleTimeout);
+    saving_->dataTask(std::move(request), std::move(completion));
+  }
+
+ private:
+  CurlHttpSession others_{kSharedIdleTimeout};
+  std::optional<CurlHttpSession> saving_;
+};
+
+}  // namespace
+
+CurlHttpSessions::CurlHttpSessions() : shared_(std::make_unique<SharedHttpSession>()) {}
 
 std::unique_ptr<HttpSession> CurlHttpSessions::makeEphemeral(double idleTimeout) {
   return std::make_unique<CurlHttpSession>(idleTimeout);

@@ -54,6 +54,8 @@ std::optional<std::string> CurlTransfer::prepare(HttpJob job) {
   ParsedUrl parsed = parseUrl(request.url, request.onlyEndpoint);
   if (!parsed.url) return std::move(parsed.problem);
   url_ = std::move(parsed.url);
+  if (request.saveTo) file_ = BodyFile::create(*request.saveTo);
+  if (request.saveTo && !file_) return kCannotSave;
   curl_easy_reset(handle_);
   errorText_.front() = '\0';
   setTarget(parsed.isSecure);
@@ -142,15 +144,20 @@ HttpResult CurlTransfer::result(CURLcode code) {
   }
   // A connection that closes between two header lines is a success to libcurl.
   if (!hasHeader_) return failure(kConnectionLost);
-  HttpResult result = failure({});
-  result.error.reset();
+  if (file_ && !file_->keep()) return failure(kCannotSave);
+  HttpResult result = described();
   result.body = std::move(body_);
   return result;
 }
 
 HttpResult CurlTransfer::failure(std::string error) {
-  HttpResult result;
+  HttpResult result = described();
   result.error = std::move(error);
+  return result;
+}
+
+HttpResult CurlTransfer::described() const {
+  HttpResult result;
   if (!hasHeader_) return result;
   long status = 0;
   const char* contentType = nullptr;
@@ -168,6 +175,8 @@ HttpCompletion CurlTransfer::release() {
   curl_slist_free_all(headers_);
   headers_ = nullptr;
   body_ = {};
+  file_.reset();
+  received_ = 0;
   uploaded_ = 0;
   requestsSent_ = 0;
   hasHeader_ = false;

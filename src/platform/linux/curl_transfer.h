@@ -5,14 +5,17 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <memory>
 #include <optional>
 #include <string>
 
 #include "bridge/http_session.h"
+#include "platform/linux/body_file.h"
 #include "platform/linux/curl_address.h"
 
 namespace torvane {
 
+inline constexpr const char* kCannotSave = "The response could not be written to a file.";
 inline constexpr const char* kConnectionLost = "The connection was lost before an answer came.";
 
 // A request with what its session has to remember of it.
@@ -59,7 +62,8 @@ class CurlTransfer {
   void setCallbacks();
 
   void receiveHeader(std::string_view line);
-  bool receiveBody(ByteView bytes);  // false: too long
+  bool receiveBody(ByteView bytes);  // false: too long, or no place for it
+  [[nodiscard]] HttpResult described() const;
   void noteProgress() { job_.lastProgress = HttpJob::Clock::now(); }
 
   // In curl_callbacks.cpp.
@@ -77,6 +81,8 @@ class CurlTransfer {
   HttpJob job_;
   CurlUrl url_;
   Bytes body_;
+  std::unique_ptr<BodyFile> file_;  // where the body goes instead
+  std::uint64_t received_ = 0;      // bytes of the body
   curl_off_t uploaded_ = 0;
   long requestsSent_ = 0;
   bool hasHeader_ = false;

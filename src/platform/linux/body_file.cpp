@@ -1,0 +1,43 @@
+#include "platform/linux/body_file.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace torvane {
+namespace {
+
+constexpr mode_t kPrivateFile = 0600;
+
+}  // namespace
+
+std::unique_ptr<BodyFile> BodyFile::create(const std::string& path) {
+  if (path.find('\0') != std::string::npos) return nullptr;
+  UniqueFd file(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kPrivateFile));
+  if (!file) return nullptr;
+  return std::unique_ptr<BodyFile>(new BodyFile(path, std::move(file)));
+}
+
+BodyFile::~BodyFile() {
+  if (!path_.empty()) ::unlink(path_.c_str());
+}
+
+bool BodyFile::write(ByteView bytes) {
+  while (!bytes.empty()) {
+    const ssize_t count = ::write(file_.get(), bytes.data(), bytes.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) return false;
+    bytes = bytes.subspan(static_cast<std::size_t>(count));
+  }
+  return true;
+}
+
+bool BodyFile::keep() {
+  if (::fsync(file_.get()) != 0) return false;
+  file_.reset();
+  path_.clear();
+  return true;
+}
+
+}  // namespace torvane

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "platform/posix/unique_fd.h"
+#include "protocol/bytes.h"
+
+namespace torvane {
+
+// The file that a response's body goes to; removed again unless it is kept.
+class BodyFile {
+ public:
+  // Makes a new file, for the user alone; null when it cannot be made or is there already.
+  [[nodiscard]] static std::unique_ptr<BodyFile> create(const std::string& path);
+  ~BodyFile();
+  BodyFile(const BodyFile&) = delete;
+  BodyFile& operator=(const BodyFile&) = delete;
+
+  [[nodiscard]] bool write(ByteView bytes);  // false: not all written
+  [[nodiscard]] bool keep();                 // closes it; false: not all of it reached the disk
+
+ private:
+  BodyFile(std::string path, UniqueFd file) : path_(std::move(path)), file_(std::move(file)) {}
+
+  std::string path_;  // empty once the file is kept
+  UniqueFd file_;
+};
+
+}  // namespace torvane
