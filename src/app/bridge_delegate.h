@@ -22,6 +22,7 @@
 #include "protocol/device_key.h"
 #include "protocol/received_ids.h"
 #include "protocol/token_bucket.h"
+#include "update/apply_update.h"
 
 namespace torvane {
 
@@ -163,16 +164,24 @@ class BridgeDelegate final : public MenuDelegate,
   [[nodiscard]] std::optional<Rect> slideShowScreenFrame();
 
   // update/update_check.cpp
+  static const char* const updateBase;  // the update site, without a trailing slash
   std::optional<std::string> availableUpdate;
   [[nodiscard]] std::string myVersion() const;
   [[nodiscard]] bool isInstalledCopy() const;
+  [[nodiscard]] std::string updateURL(const std::string& file) const;
   void checkForUpdate(bool manual);
+  void updateCheckDidEnd(bool manual, const std::string& current,
+                         const std::optional<std::string>& latest);
   void checkForUpdateTick();
   void checkForUpdatesClicked();
 
   // update/update_install.cpp
+  static constexpr const char* teamID = "ZQ4W8N2HJT";  // who signs our updates
   bool updateInProgress = false;
   void installUpdate();
+  [[nodiscard]] UpdatePlan updatePlan() const;
+  void downloadUpdate(const std::string& build);
+  void updateFailed(const std::string& reason);
 
  private:
   // app/bridge_delegate.cpp

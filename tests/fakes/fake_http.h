@@ -35,6 +35,8 @@ class FakeHttpSessions final : public HttpSessions {
   // than its idle time-out fails as a real one would.
   std::function<FakeAnswer(const HttpRequest&)> server;
   std::vector<HttpRequest> requests;
+  // Writes a body to a new file; false when it cannot.
+  std::function<bool(const std::string& path, ByteView body)> save;
   bool keepsRequests = true;              // to be switched off where a test lets hours pass
   std::vector<double> ephemeralTimeouts;  // of each session made
 
@@ -64,12 +66,23 @@ class FakeHttpSessions final : public HttpSessions {
         answer = {httpError("The request timed out."), request.idleTimeout};
       }
       time_.scheduleBackground(
-          answer.delay, [completion = std::move(completion), result = std::move(answer.result)] {
+          answer.delay, [this, request = std::move(request), completion = std::move(completion),
+                         result = std::move(answer.result)]() mutable {
+            if (request.saveTo && !result.error) result = saved(request, std::move(result));
             completion(result);
           });
     }
 
    private:
+    HttpResult saved(const HttpRequest& request, HttpResult result) {
+      if (result.body.size() > request.maxResponseBytes) return httpError("It is too long.");
+      if (!owner_.save || !owner_.save(*request.saveTo, result.body)) {
+        return httpError("It could not be written.");
+      }
+      result.body.clear();
+      return result;
+    }
+
     SimulatedTime& time_;
     FakeHttpSessions& owner_;
   };

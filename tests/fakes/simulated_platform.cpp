@@ -7,6 +7,11 @@ namespace torvane {
 SimulatedPlatform::SimulatedPlatform() {
   defaults.stored["didShowWelcome"] = true;
   files.put("/Library/Developer/CommandLineTools/usr/bin/python3", "");
+  http.save = [this](const std::string& path, ByteView body) {
+    if (files.exists(path) || files.unwritable.count(path) != 0) return false;
+    files.put(path, std::string(asText(body)));
+    return true;
+  };
   processes.program = [](const ProcessLaunch& launch) {
     const bool isProbe = !launch.arguments.empty() && launch.arguments.front() == "--version";
     return isProbe ? FakeProgram{"Python 3.11.2\n", 0, ""} : FakeProgram{};

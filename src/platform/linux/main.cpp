@@ -69,10 +69,10 @@ struct LinuxPlatform {
   QtWorkspace workspace;
   XdgLoginItem loginItem{autostartFolder(processInfo.homeDirectory()),
                          bundle.executablePath().value_or("")};
-  CurlHttpSessions http;
-  std::optional<WebSocketPeerLink> peerLink{std::in_place, peerLinkOptions(mainQueue)};
   PosixFileSystem files;
   PosixProcessLauncher processes;
+  CurlHttpSessions http;  // its threads use those before it to their end
+  std::optional<WebSocketPeerLink> peerLink{std::in_place, peerLinkOptions(mainQueue)};
   std::unique_ptr<X11Session> x11 = X11Session::open();
   XcbWindowServer windowServer{x11.get()};
   QtScreens screens{x11.get()};

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <map>
+#include <string>
+
+#include "fakes/helper_test.h"
+
+namespace torvane {
+
+// What one of the system's tools does instead of its work.
+struct FakeTool {
+  int status = 0;
+  std::string output;
+  bool isMissing = false;
+
+  static FakeTool exiting(int status, std::string output = {}) {
+    return {status, std::move(output), false};
+  }
+  static FakeTool printing(std::string output) { return {0, std::move(output), false}; }
+  static FakeTool missing() { return {0, {}, true}; }
+};
+
+// An installed helper of build 412 on a system whose update site has build 413.
+class UpdateTest : public HelperTest {
+ public:
+  static constexpr const char* kInstalled = "/Applications/Torvane P2P Helper.app";
+  static constexpr const char* kWork = "/temporary/torvane-helper-update-4711";
+  static constexpr const char* kUnpacked =
+      "/temporary/torvane-helper-update-4711/Torvane P2P Helper.app";
+  static constexpr int kLater = kAlertFirstButton + 1;
+
+  FakeAnswer versionAnswer{httpResult(200, "413\n"), 0};
+  FakeAnswer archiveAnswer;
+  std::map<std::string, std::string> archive;  // path → text, or "→ " and a link's target
+  std::map<std::string, FakeTool> tools;       // by name; the ones left out work
+
+  using HelperTest::platform;
+
+  UpdateTest();
+  ~UpdateTest() override;
+  void SetUp() override;
+
+  void putArchive();  // what `archive` holds goes to the site
+  void checkByHand();
+  // A newer build is known, and nothing was asked.
+  void checkByTimer();
+
+  [[nodiscard]] std::vector<HttpRequest> requestsOf(const std::string& file) const;
+  [[nodiscard]] std::vector<std::string> toolsRun() const;
+  [[nodiscard]] std::string lastAlert() const;
+  [[nodiscard]] bool hasQuit() const;
+
+ private:
+  FakeAnswer serve(const HttpRequest& request);
+  FakeProgram run(const ProcessLaunch& launch);
+  FakeProgram ditto(const std::vector<std::string>& arguments);
+  FakeProgram unpack(const std::string& zip, const std::string& into);
+};
+
+}  // namespace torvane

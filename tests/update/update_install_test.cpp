@@ -1,0 +1,317 @@
+#include "fakes/update_test.h"
+
+namespace torvane {
+namespace {
+
+const std::string kFailed = "Helper update not installed.\n\n";
+
+class UpdateInstall : public UpdateTest {
+ protected:
+  [[nodiscard]] std::string menuEntry() {
+    for (const auto& item : helper->menuNeedsUpdate()) {
+      if (item.title.find("Updat") == std::string::npos) continue;
+      return item.title + (item.action ? "" : " (disabled)");
+    }
+    return {};
+  }
+  // Confirms once a download has begun and not ended.
+  void beginDownload() {
+    archiveAnswer.delay = 30;
+    checkByHand();
+  }
+};
+
+TEST_F(UpdateInstall, AsksWithTheBuildAndTwoButtons) {
+  platform.alerts.answers = {kLater};
+  checkByHand();
+  const AlertContent expected = {
+      .message = "Update the Mac helper?",
+      .informativeText =
+          "Build 413 will be downloaded and this app will restart — the iPad reconnects by itself "
+          "a few seconds later. Best done between presentations, not during one.",
+      .buttons = {"Update and Restart", "Later"}};
+  ASSERT_EQ(platform.alerts.shown.size(), 1U);
+  EXPECT_EQ(platform.alerts.shown[0], expected);
+  EXPECT_EQ(platform.log, (CallLog{"activate", "alert Update the Mac helper?"}));
+}
+
+TEST_F(UpdateInstall, LaterDownloadsNothing) {
+  platform.alerts.answers = {kLater};
+  checkByHand();
+  EXPECT_FALSE(helper->updateInProgress);
+  EXPECT_TRUE(requestsOf("/Torvane-P2P-Mac.zip").empty());
+  EXPECT_EQ(menuEntry(), "Update Helper to Build 413…");
+}
+
+TEST_F(UpdateInstall, NeedsAKnownUpdate) {
+  helper->installUpdate();
+  EXPECT_TRUE(platform.alerts.shown.empty());
+  EXPECT_TRUE(platform.log.empty());
+}
+
+TEST_F(UpdateInstall, SecondOneWhileOneIsInProgressDoesNothing) {
+  beginDownload();
+  const auto log = platform.log;
+  helper->installUpdate();
+  platform.time.runDue();
+  EXPECT_EQ(platform.log, log);
+  EXPECT_EQ(requestsOf("/Torvane-P2P-Mac.zip").size(), 1U);
+}
+
+TEST_F(UpdateInstall, ConfirmedTwiceAtOnceIsOneInstall) {
+  platform.alerts.whileUp = [this](const AlertContent&) {
+    platform.alerts.whileUp = nullptr;
+    helper->checkForUpdatesClicked();  // its answer comes while the alert is up
+  };
+  archiveAnswer.delay = 30;
+  checkByHand();
+  EXPECT_EQ(platform.alerts.shown.size(), 2U);
+  EXPECT_EQ(requestsOf("/Torvane-P2P-Mac.zip").size(), 1U);
+}
+
+TEST_F(UpdateInstall, DownloadsTheArchiveToAFile) {
+  beginDownload();
+  const auto requests = requestsOf("/Torvane-P2P-Mac.zip");
+  ASSERT_EQ(requests.size(), 1U);
+  EXPECT_EQ(requests[0].url,
+            BridgeDelegate::updateBase + std::string("/Torvane-P2P-Mac.zip?t=1795161791"));
+  EXPECT_EQ(requests[0].idleTimeout, 60.0);
+  EXPECT_EQ(requests[0].maxResponseBytes, 1073741824U);
+  EXPECT_EQ(requests[0].saveTo, std::string(kWork) + ".zip");
+}
+
+TEST_F(UpdateInstall, MenuSaysUpdatingWhileItRuns) {
+  beginDownload();
+  EXPECT_TRUE(helper->updateInProgress);
+  EXPECT_EQ(menuEntry(), "Updating… (disabled)");
+}
+
+TEST_F(UpdateInstall, RunsTheToolsInOrderAndQuits) {
+  checkByHand();
+  const std::string work = kWork;
+  const std::string app = kUnpacked;
+  EXPECT_EQ(toolsRun(),
+            (std::vector<std::string>{
+                "/usr/bin/ditto|-x|-k|" + work + "/helper.zip|" + work,
+                "/usr/sbin/spctl|-a|-t|exec|" + app, "/usr/bin/codesign|-dv|--verbose=2|" + app,
+                "/usr/libexec/PlistBuddy|-c|Print :CFBundleVersion|" + app + "/Contents/Info.plist",
+                "/usr/bin/ditto|" + app + "|" + kInstalled,
+                "/bin/sh|-c|while /bin/kill -0 4711 2>/dev/null; do sleep 0.2; done; rm -rf '" +
+                    work + "'; open '" + kInstalled + "'"}));
+  EXPECT_EQ(platform.log, (CallLog{"activate", "alert Update the Mac helper?", "terminate"}));
+}
+
+TEST_F(UpdateInstall, NewCopyTakesTheOldOnesPlaceAndTheOldOneIsKept) {
+  const auto before = platform.files.tree(kInstalled);
+  checkByHand();
+  EXPECT_EQ(platform.files.tree(kInstalled), platform.files.tree(kUnpacked));
+  EXPECT_EQ(platform.files.text(std::string(kInstalled) + "/Contents/Info.plist"), "413");
+  EXPECT_EQ(platform.files.tree(std::string(kWork) + "/old.app"), before);
+  EXPECT_FALSE(platform.files.exists(std::string(kWork) + ".zip"));
+}
+
+TEST_F(UpdateInstall, LeavingsOfAnEarlierAttemptAreRemovedFirst) {
+  platform.files.put(std::string(kWork) + "/old.app/bin/older", "older");
+  platform.files.put(std::string(kWork) + ".zip", "half a download");
+  checkByHand();
+  EXPECT_TRUE(hasQuit());
+  EXPECT_FALSE(platform.files.exists(std::string(kWork) + "/old.app/bin/older"));
+}
+
+TEST_F(UpdateInstall, FailedRelaunchIsIgnored) {
+  tools["sh"].isMissing = true;
+  checkByHand();
+  EXPECT_TRUE(hasQuit());
+  EXPECT_EQ(platform.alerts.shown.size(), 1U);
+}
+
+TEST_F(UpdateInstall, MayBeTriedAgainAfterAFailure) {
+  tools["spctl"].status = 3;
+  checkByHand();
+  EXPECT_FALSE(hasQuit());
+  tools.clear();
+  helper->installUpdate();
+  platform.time.runDue();
+  EXPECT_TRUE(hasQuit());
+}
+
+TEST_F(UpdateInstall, HelperThatHasGoneStopsBeforeTheInstalledCopyIsTouched) {
+  const auto before = platform.files.tree(kInstalled);
+  beginDownload();
+  helper.reset();
+  platform.time.advance(60);
+  EXPECT_TRUE(toolsRun().empty());
+  EXPECT_EQ(platform.files.tree(kInstalled), before);
+  EXPECT_FALSE(platform.files.exists(std::string(kWork) + ".zip"));
+}
+
+const std::string kDownload =
+    "The download failed. Check the internet connection and try again from the menu.";
+const std::string kUnpack = "The downloaded file could not be unpacked.";
+const std::string kGatekeeper = "The download failed Gatekeeper verification.";
+const std::string kSigner = "The download is not signed by the expected developer.";
+const std::string kVersion =
+    "The downloaded version does not match the published one — the site may still be deploying. "
+    "Try again in a few minutes.";
+const std::string kReplace = "Could not replace the app in /Applications: ";
+const std::string kInstall = "Could not install the new copy.";
+
+const std::string kPlist = "Torvane P2P Helper.app/Contents/Info.plist";
+
+// One step of the way that goes wrong.
+struct BadStep {
+  const char* name;
+  std::function<void(UpdateTest&)> arrange;
+  std::string reason;
+};
+
+void PrintTo(const BadStep& step, std::ostream* stream) {
+  *stream << step.name;
+}
+
+std::function<void(UpdateTest&)> answered(HttpResult result) {
+  return [result = std::move(result)](UpdateTest& test) { test.archiveAnswer = {result, 0}; };
+}
+
+std::function<void(UpdateTest&)> tool(const char* name, FakeTool does) {
+  return [name, does](UpdateTest& test) { test.tools[name] = does; };
+}
+
+std::function<void(UpdateTest&)> holding(const std::string& path, const std::string& text) {
+  return [path, text](UpdateTest& test) {
+    test.archive[path] = text;
+    test.putArchive();
+  };
+}
+
+HttpResult cutShort() {
+  HttpResult result = httpResult(200, "PKhalf");
+  result.error = "The connection was lost.";
+  return result;
+}
+
+const std::vector<BadStep> kBadSteps = {
+    {"ServerIsGone", answered(httpError("Could not connect.")), kDownload},
+    {"ServerGoesInMidDownload", answered(cutShort()), kDownload},
+    {"ArchiveIsNotFound", answered(httpResult(404, "PK")), kDownload},
+    {"AnswerIsPartial", answered(httpResult(206, "PK")), kDownload},
+    {"AnswerHasNoHeader", answered(HttpResult{}), kDownload},
+    {"DownloadCannotBeWritten",
+     [](UpdateTest& test) {
+       test.platform.files.unwritable.insert(std::string(UpdateTest::kWork) + ".zip");
+     },
+     kDownload},
+    {"DownloadTakesTooLong", [](UpdateTest& test) { test.archiveAnswer.delay = 3600; }, kDownload},
+    {"WorkFolderIsAnotherUsers",
+     [](UpdateTest& test) { test.platform.files.foreign.insert(UpdateTest::kWork); }, kUnpack},
+    {"DownloadCannotBeMoved",
+     [](UpdateTest& test) {
+       test.platform.files.immovable.insert(std::string(UpdateTest::kWork) + ".zip");
+     },
+     kUnpack},
+    {"ArchiveIsNone", answered(httpResult(200, "<html>")), kUnpack},
+    {"ArchiveIsCutShort", answered(httpResult(200, "PKTorvane P2P Helper.app/a")), kUnpack},
+    {"UnpackingToolIsMissing", tool("ditto", FakeTool::missing()), kUnpack},
+    {"UnpackingToolIsKilled", tool("ditto", FakeTool::exiting(9)), kUnpack},
+    {"ArchiveHoldsNothing",
+     [](UpdateTest& test) {
+       test.archive.clear();
+       test.putArchive();
+     },
+     kUnpack},
+    {"ArchiveHoldsAnotherName",
+     [](UpdateTest& test) {
+       test.archive = {{"Other.app/Contents/Info.plist", "413"}};
+       test.putArchive();
+     },
+     kUnpack},
+    {"ApplicationIsAFile",
+     [](UpdateTest& test) {
+       test.archive = {{"Torvane P2P Helper.app", "text"}};
+       test.putArchive();
+     },
+     kUnpack},
+    {"ApplicationIsALink",
+     [](UpdateTest& test) {
+       test.archive = {{"Torvane P2P Helper.app", "→ /Applications/Torvane P2P Helper.app"}};
+       test.putArchive();
+     },
+     kUnpack},
+    {"LinkLeadsOut", holding("Torvane P2P Helper.app/out", "→ /home/presenter"), kUnpack},
+    {"LinkClimbsOut", holding("Torvane P2P Helper.app/bin/out", "→ ../../x"), kUnpack},
+    {"LinksCannotBeRead",
+     [](UpdateTest& test) { test.platform.files.unreadable.insert(UpdateTest::kUnpacked); },
+     kUnpack},
+    {"GatekeeperRefuses", tool("spctl", FakeTool::exiting(3, "rejected")), kGatekeeper},
+    {"GatekeeperIsMissing", tool("spctl", FakeTool::missing()), kGatekeeper},
+    {"SignatureIsMissing",
+     tool("codesign", FakeTool::exiting(1, "code object is not signed at all")), kSigner},
+    {"SigningToolFailsThoughItNamesUs",
+     tool("codesign", FakeTool::exiting(1, "TeamIdentifier=ZQ4W8N2HJT\n")), kSigner},
+    {"SignerIsAnotherTeam", tool("codesign", FakeTool::printing("TeamIdentifier=AAAAAAAAAA\n")),
+     kSigner},
+    {"SignerNamesUsInItsIdentifier",
+     tool("codesign",
+          FakeTool::printing("Identifier=TeamIdentifier=ZQ4W8N2HJT\nTeamIdentifier=AAAAAAAAAA\n")),
+     kSigner},
+    {"SignerIsUnknown", tool("codesign", FakeTool::printing("TeamIdentifier=not set\n")), kSigner},
+    {"SigningToolIsMissing", tool("codesign", FakeTool::missing()), kSigner},
+    {"BuildIsAnotherThanPublished", holding(kPlist, "414"), kVersion},
+    {"BuildIsOlder", holding(kPlist, "411"), kVersion},
+    {"BuildIsTheSameInAnotherSpelling", holding(kPlist, "0413"), kVersion},
+    {"BuildIsUnknown", holding(kPlist, ""), kVersion},
+    {"VersionToolFails", tool("PlistBuddy", FakeTool::exiting(1, "413\n")), kVersion},
+    {"VersionToolIsMissing", tool("PlistBuddy", FakeTool::missing()), kVersion},
+    {"OldCopyCannotBeMoved",
+     [](UpdateTest& test) { test.platform.files.immovable.insert(UpdateTest::kInstalled); },
+     kReplace + "Permission denied."},
+    {"NewCopyIsHalfCopied", tool("second ditto", FakeTool::exiting(1)), kInstall},
+    {"CopyingToolIsKilled", tool("second ditto", FakeTool::exiting(9)), kInstall},
+};
+
+class UpdateFailure : public UpdateInstall, public testing::WithParamInterface<BadStep> {};
+
+TEST_P(UpdateFailure, IsToldAndLeavesTheInstalledCopyAsItWas) {
+  const auto before = platform.files.tree(kInstalled);
+  GetParam().arrange(*this);
+  checkByHand();
+  platform.time.advance(70);
+
+  EXPECT_EQ(platform.alerts.shown.size(), 2U);
+  EXPECT_EQ(platform.alerts.shown.back().message, "Torvane P2P Helper");
+  EXPECT_EQ(lastAlert(), kFailed + GetParam().reason);
+  EXPECT_EQ(platform.files.tree(kInstalled), before);
+  EXPECT_FALSE(platform.files.exists(std::string(kWork) + "/old.app"));
+  EXPECT_FALSE(hasQuit());
+  EXPECT_FALSE(helper->updateInProgress);
+  EXPECT_EQ(menuEntry(), "Update Helper to Build 413…");
+}
+
+INSTANTIATE_TEST_SUITE_P(EachStep, UpdateFailure, testing::ValuesIn(kBadSteps),
+                         [](const auto& step) { return std::string(step.param.name); });
+
+// The build that is on its way is the one that was offered, and must be newer still.
+TEST_F(UpdateInstall, BuildThatEqualsTheRunningOneIsRefusedEvenWhenPublished) {
+  platform.alerts.whileUp = [this](const AlertContent&) {
+    platform.bundle.info["CFBundleVersion"] = "413";
+  };
+  checkByHand();
+  EXPECT_EQ(lastAlert(), kFailed + kVersion);
+  EXPECT_FALSE(hasQuit());
+}
+
+TEST_F(UpdateInstall, LaterStepsDoNotRunAfterAFailure) {
+  tools["codesign"].output = "TeamIdentifier=AAAAAAAAAA\n";
+  checkByHand();
+  EXPECT_EQ(toolsRun().size(), 3U);
+  EXPECT_TRUE(toolsRun().back().starts_with("/usr/bin/codesign|"));
+}
+
+TEST_F(UpdateInstall, ArchiveOfAnotherUsersFolderIsNotUnpacked) {
+  platform.files.foreign.insert(kWork);
+  checkByHand();
+  EXPECT_TRUE(toolsRun().empty());
+}
+
+}  // namespace
+}  // namespace torvane
