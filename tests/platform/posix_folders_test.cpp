@@ -126,14 +126,21 @@ TEST_F(PosixFolders, MovesAFolderToAnotherDisk) {
   }
   const std::string other = "/dev/shm/torvane-test-" + std::to_string(::getpid());
   putApplication();
+  put(folder / "a.app/deep/er/large", std::string(200'000, 'x'));
+  ::chmod((folder / "a.app/deep").c_str(), 0750);
   EXPECT_EQ(files.move(folder / "a.app", other), std::nullopt);
   EXPECT_EQ(get(other + "/bin/program"), "program");
+  EXPECT_EQ(get(other + "/deep/er/large"), std::string(200'000, 'x'));
+  EXPECT_EQ(mode(other + "/deep"), 0750U);
   EXPECT_EQ(mode(other + "/bin/program"), 0755U);
   EXPECT_EQ(fs::read_symlink(other + "/link"), "bin/program");
   EXPECT_TRUE(fs::is_empty(folder.path()));
 
   put(folder / "taken", "text");
   EXPECT_EQ(files.move(other, folder / "taken"), "File exists.");
+  ASSERT_EQ(::mkfifo((other + "/pipe").c_str(), 0600), 0);
+  EXPECT_EQ(files.move(other, folder / "partly"), "Operation not supported.");
+  EXPECT_FALSE(files.exists(folder / "partly"));
   EXPECT_EQ(get(folder / "taken"), "text");
   EXPECT_EQ(get(other + "/bin/program"), "program");
   EXPECT_TRUE(files.removeAll(other));

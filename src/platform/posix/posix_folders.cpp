@@ -1,14 +1,18 @@
 // Folders with all that they hold.
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
 #include <system_error>
 
 #include "platform/posix/posix_file_system.h"
+#include "platform/posix/unique_fd.h"
 
 namespace torvane {
 namespace {
@@ -45,23 +49,73 @@ std::string describe(const std::error_code& error) {
   return error.message() + ".";
 }
 
-void copyTree(const fs::path& from, const fs::path& to, std::error_code& error) {
-  if (entryStatus(to)) {
-    error = std::make_error_code(std::errc::file_exists);
-    return;
+std::error_code lastError() {
+  return {errno, std::generic_category()};
+}
+
+std::error_code copyBytes(int from, int to) {
+  std::array<char, 65536> buffer;
+  while (true) {
+    ssize_t got = ::read(from, buffer.data(), buffer.size());
+    if (got < 0 && errno == EINTR) continue;
+    if (got <= 0) return got < 0 ? lastError() : std::error_code();
+    for (const char* next = buffer.data(); got > 0;) {
+      const ssize_t put = ::write(to, next, static_cast<std::size_t>(got));
+      if (put < 0 && errno != EINTR) return lastError();
+      next += std::max<ssize_t>(put, 0);
+      got -= std::max<ssize_t>(put, 0);
+    }
   }
-  fs::copy(from, to, fs::copy_options::recursive | fs::copy_options::copy_symlinks, error);
+}
+
+// The standard library's own copy says "input/output error" for a full disk.
+std::error_code copyFile(const fs::path& from, const fs::path& to, mode_t mode) {
+  const UniqueFd in(::open(from.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK));
+  if (!in) return lastError();
+  const UniqueFd out(::open(to.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kPrivateMode));
+  if (!out) return lastError();
+  if (const auto error = copyBytes(in.get(), out.get())) return error;
+  return ::fchmod(out.get(), mode) == 0 ? std::error_code() : lastError();
+}
+
+std::error_code copyEntry(const fs::path& from, const fs::path& to);
+
+std::error_code copyFolder(const fs::path& from, const fs::path& to, mode_t mode) {
+  if (::mkdir(to.c_str(), kPrivateMode) != 0) return lastError();
+  std::error_code error;
+  fs::directory_iterator entry(from, error);
+  for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+    if (const auto failed = copyEntry(entry->path(), to / entry->path().filename())) return failed;
+  }
+  if (error) return error;
+  return ::chmod(to.c_str(), mode) == 0 ? std::error_code() : lastError();
+}
+
+std::error_code copyEntry(const fs::path& from, const fs::path& to) {
+  const auto status = entryStatus(from);
+  if (!status) return lastError();
+  const mode_t mode = status->st_mode & kPermissions;
+  std::error_code error = std::make_error_code(std::errc::not_supported);
+  if (S_ISDIR(status->st_mode)) return copyFolder(from, to, mode);
+  if (S_ISREG(status->st_mode)) return copyFile(from, to, mode);
+  if (S_ISLNK(status->st_mode)) fs::copy_symlink(from, to, error);
+  return error;
+}
+
+std::error_code copyTree(const fs::path& from, const fs::path& to) {
+  if (entryStatus(to)) return std::make_error_code(std::errc::file_exists);
+  const std::error_code error = copyEntry(from, to);
   std::error_code ignored;
   if (error) fs::remove_all(to, ignored);
+  return error;
 }
 
 // Across disks. The original is renamed before it is removed, so that it is gone at once or not at
 // all: removing may fail half-way.
 std::error_code moveAcross(const fs::path& from, const fs::path& to) {
-  std::error_code error;
-  std::error_code ignored;
-  copyTree(from, to, error);
+  std::error_code error = copyTree(from, to);
   if (error) return error;
+  std::error_code ignored;
   fs::path aside = from;
   aside += ".moved-" + std::to_string(::getpid());
   fs::rename(from, aside, error);
