@@ -1,0 +1,400 @@
+#!/usr/bin/python3
+"""The whole program updates itself, and does not: installed below /Applications, with an update
+site that serves HTTPS, in a file system and a network of its own.
+
+usage: update_test.py BUNDLE_FOLDER TORVANE_IPAD UPDATE_BASE
+"""
+
+import importlib.machinery
+import importlib.util
+import json
+import os
+import re
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+import urllib.parse
+from pathlib import Path
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+ROOT = os.path.dirname(os.path.dirname(HERE))
+sys.path.insert(0, os.path.join(HERE, "support"))
+
+from private_desktop import PATIENCE, PrivateDesktop, end, skip_where_incomplete, wait_until  # noqa: E402
+
+skip_where_incomplete(("dbus", "gi"))
+
+from alert_texts import ENVIRONMENT, alert_texts  # noqa: E402
+from helper_program import ANSWERED_BEFORE, engine_answers, engine_listens, pair  # noqa: E402
+from status_notifier import Item, start_watcher  # noqa: E402
+from update_world import CONTROL, Site, enter, run, tree  # noqa: E402
+
+NAME = "Torvane P2P Helper.app"
+INSTALLED = "/Applications/" + NAME
+BUILD, NEXT = "412", "413"
+
+CHECK = "Check for Updates"
+OFFER = f"Update Helper to Build {NEXT}…"
+
+DOWNLOAD = "The download failed. Check the internet connection and try again from the menu."
+UNPACK = "The downloaded file could not be unpacked."
+GATEKEEPER = "The download failed Gatekeeper verification."
+SIGNER = "The download is not signed by the expected developer."
+VERSION = ("The downloaded version does not match the published one — the site may still be "
+           "deploying. Try again in a few minutes.")
+REPLACE = "Could not replace the app in /Applications: "
+INSTALL = "Could not install the new copy."
+
+OURS = {"identifier": "app.torvane.p2p-helper", "team": "ZQ4W8N2HJT", "notarized": True}
+
+SITE = None
+APPLICATION = None  # the application as it was built, without its debugging information
+TOOL = None
+
+
+def release_script():
+    loader = importlib.machinery.SourceFileLoader(
+        "make_release", os.path.join(ROOT, "scripts", "make-release"))
+    module = importlib.util.module_from_spec(importlib.util.spec_from_loader("make_release", loader))
+    loader.exec_module(module)
+    return module
+
+
+RELEASE = release_script()
+
+
+def application(folder, build=NEXT, signed_by=OURS):
+    """A copy of the application with this build number and signature."""
+    shutil.copytree(APPLICATION, folder, symlinks=True)
+    for file, number in (("Info.json", r'("CFBundleVersion": )"\d+"'),
+                         ("Contents/Info.plist", r"(<key>CFBundleVersion</key>\s*<string>)\d+")):
+        path = Path(folder, file)
+        quoted = f'"{build}"' if file.endswith("json") else build
+        text, changes = re.subn(number, lambda found: found.group(1) + quoted, path.read_text())
+        assert changes == 1, file
+        path.write_text(text)
+    if signed_by is not None:
+        os.makedirs(os.path.join(folder, "Contents/_CodeSignature"))
+        Path(folder, "Contents/_CodeSignature/signature.json").write_text(json.dumps(signed_by))
+    return Path(folder)
+
+
+def archive(change=None, **options):
+    """The bytes of an archive whose application was changed by `change`."""
+    with tempfile.TemporaryDirectory() as folder:
+        app = application(os.path.join(folder, NAME), **options)
+        if change:
+            change(app)
+        RELEASE.write_archive(app, os.path.join(folder, "zip"))
+        return Path(folder, "zip").read_bytes()
+
+
+def archive_of_entries(*entries):
+    """One that holds just these names and texts; a text that begins with an arrow is a link."""
+    import io
+    import zipfile
+    out = io.BytesIO()
+    with zipfile.ZipFile(out, "w") as packed:
+        for name, text in entries:
+            entry = zipfile.ZipInfo(name)
+            entry.create_system = 3
+            entry.external_attr = (0o120777 if text.startswith("→") else 0o100644) << 16
+            packed.writestr(entry, text.removeprefix("→"))
+    return out.getvalue()
+
+
+def tell(tool, wish):
+    Path(CONTROL, tool).write_text(wish)
+
+
+def forget_wishes():
+    for path in Path(CONTROL).glob("*"):
+        if path.suffix == "" and path.name != "opened":
+            path.unlink()
+
+
+class UpdateTest(unittest.TestCase):
+    def setUp(self):
+        self.assertFalse(engine_listens(), "port 8484 is in use by another program")
+        self.install()
+        self.desktop = self.enterContext(PrivateDesktop())
+        self.desktop.environment.update(
+            ENVIRONMENT, AT_SPI_BUS_ADDRESS=self.desktop.environment["DBUS_SESSION_BUS_ADDRESS"])
+        self.desktop.start_windows()
+        self.watcher = start_watcher(self.desktop)
+        self.assertTrue(self.watcher.stdout.readline().startswith("ready"))
+        self.cache = os.path.join(self.desktop.environment["XDG_CACHE_HOME"], "torvane")
+        defaults = os.path.join(self.desktop.environment["XDG_CONFIG_HOME"], "torvane")
+        os.makedirs(defaults)
+        Path(defaults, "defaults.json").write_text(json.dumps(ANSWERED_BEFORE))
+        SITE.version, SITE.archive, SITE.status, SITE.cut = NEXT.encode(), b"", 200, False
+        SITE.hold.set()
+        SITE.requests.clear()
+        forget_wishes()
+        self.start()
+
+    def install(self):
+        shutil.rmtree(INSTALLED, ignore_errors=True)
+        application(INSTALLED, BUILD)
+        self.before = tree(INSTALLED)
+
+    # The helper and its menu
+
+    def start(self):
+        self.helper = self.desktop.spawn(
+            "helper", [os.path.join(INSTALLED, "bin/torvane-p2p-helper")])
+        self.item = self.next_item()
+        self.addCleanup(end, self.helper)
+
+    def next_item(self):
+        service = self.watcher.stdout.readline().strip()
+        return Item(self.desktop.environment["DBUS_SESSION_BUS_ADDRESS"], service)
+
+    def labels(self):
+        return self.item.labels()
+
+    def texts(self):
+        return alert_texts(self.desktop.log("helper"))
+
+    def alert_in_front(self):
+        windows = self.desktop.windows("--name", "^Torvane P2P Helper$")
+        return bool(windows) and self.desktop.active_window() in windows
+
+    def next_alert(self, count):
+        """The text of the alert with this number, once it can be answered."""
+        wait_until(lambda: len(self.texts()) > count and self.alert_in_front(), "an alert")
+        return self.texts()[count]
+
+    def press(self, key="Return"):
+        windows = set(self.desktop.windows("--name", "^Torvane P2P Helper$"))
+        self.desktop.run("xdotool", "key", key)
+        wait_until(lambda: windows != set(self.desktop.windows(
+            "--name", "^Torvane P2P Helper$")), "the alert's end")
+
+    def confirm(self, entry=None):
+        """Chooses the menu's entry for updates and confirms; how many alerts there were by then."""
+        count = len(self.texts())
+        self.item.choose(entry or (OFFER if OFFER in self.labels() else CHECK))
+        asked = self.next_alert(count)
+        self.assertIn(f"Build {NEXT} will be downloaded", asked)
+        self.press()
+        return count + 1
+
+    def assert_refused(self, reason, because):
+        """An update goes as far as this reason; the installed copy is what it was, and runs."""
+        count = self.confirm()
+        told = self.next_alert(count)
+        self.press()
+        self.assertTrue(told.startswith("Helper update not installed.\n\n" + reason),
+                        f"{because}: {told}")
+        self.assert_untouched(because)
+        self.assertIn(OFFER, self.labels(), because)
+
+    def assert_untouched(self, because=None):
+        self.assertEqual(tree(INSTALLED), self.before, because)
+        self.assertIsNone(self.helper.poll(), because)
+        self.assertEqual(os.listdir("/Applications"), [NAME], because)
+
+    def build_that_answers(self):
+        done = self.desktop.run(TOOL, "info", "--json", "--host", "127.0.0.1", check=False)
+        return json.loads(done.splitlines()[-1])["version"] if done.startswith("{") else done
+
+    # The way that leads to a new copy
+
+    def test_finds_checks_installs_and_opens_the_new_build(self):
+        Path("/tmp/site").mkdir(exist_ok=True)
+        with tempfile.TemporaryDirectory() as folder:
+            app = application(os.path.join(folder, NAME))
+            expected = tree(app)
+            run(sys.executable, os.path.join(ROOT, "scripts", "make-release"), NEXT, "/tmp/site",
+                "--bundle", app, stdout=subprocess.DEVNULL)
+        SITE.version = Path("/tmp/site/version.txt").read_bytes()
+        SITE.archive = Path("/tmp/site/Torvane-P2P-Mac.zip").read_bytes()
+        pair(self.desktop, TOOL, "--host", "127.0.0.1")
+        self.assertEqual(self.build_that_answers(), BUILD)
+
+        SITE.hold.clear()
+        self.confirm(CHECK)
+        wait_until(lambda: "Updating…" in self.labels(), "the menu")
+        self.assertNotIn(OFFER, self.labels())
+        SITE.hold.set()
+
+        self.assertEqual(self.helper.wait(PATIENCE), 0, self.desktop.log("helper"))
+        self.item = self.next_item()
+        self.assertEqual(tree(INSTALLED), expected)
+        wait_until(lambda: self.build_that_answers() == NEXT, "the new build")
+        wait_until(lambda: not os.listdir(self.cache), "the end of the work folder")
+        opened = int(Path(CONTROL, "opened").read_text().split()[-1])
+        self.assertEqual(os.readlink(f"/proc/{opened}/exe"),
+                         os.path.join(INSTALLED, "bin/torvane-p2p-helper"))
+        self.item.choose("Quit")
+        wait_until(lambda: not os.path.exists(f"/proc/{opened}/exe"), "the new copy's end")
+
+    def test_says_when_there_is_nothing_newer(self):
+        for version in (BUILD, "99", "0412"):
+            SITE.version = version.encode()
+            count = len(self.texts())
+            self.item.choose(CHECK)
+            self.assertEqual(self.next_alert(count),
+                             f"You're up to date — build {BUILD} is the latest.")
+            self.press()
+
+    def test_a_site_it_cannot_trust_is_not_reached(self):
+        unreachable = ("Couldn't reach the update server — check the internet connection and try "
+                       "again.")
+        Site.trust(SITE.another_certificate(SITE.host))
+        self.addCleanup(Site.trust, SITE.certificate)
+        for version in (NEXT.encode(), b"4.13", b"413a", b""):
+            SITE.version = version
+            count = len(self.texts())
+            self.item.choose(CHECK)
+            self.assertEqual(self.next_alert(count), unreachable)
+            self.press()
+            Site.trust(SITE.certificate)  # what follows fails for what the site says
+            if version == NEXT.encode():
+                self.assertEqual(SITE.requests_for("/version.txt"), 0)
+
+    # What must not be installed
+
+    def test_refuses_what_is_not_the_published_build_of_ours(self):
+        stranger = {**OURS, "team": "AAAAAAAAAA"}
+        disguised = {**stranger, "identifier": "TeamIdentifier=ZQ4W8N2HJT"}
+        second_line = {**OURS, "team": "ZQ4W8N2HJT\nTeamIdentifier=AAAAAAAAAA"}
+        good = archive()
+        slip = archive_of_entries(
+            (NAME + "/Contents/x", "x"),
+            ("../../../../../../../../../.." + INSTALLED + "/Info.json", "slipped"))
+        elsewhere = archive_of_entries((NAME, "→" + INSTALLED))
+
+        def leads_out(app):
+            os.symlink("/etc", app / "Resources/out")
+
+        def climbs_out(app):
+            os.symlink("../../old.app", app / "Resources/out")
+
+        for because, payload, reason in (
+                ("another team", archive(signed_by=stranger), SIGNER),
+                ("our team in the identifier's line", archive(signed_by=disguised), SIGNER),
+                ("two teams", archive(signed_by=second_line), SIGNER),
+                ("no signature", archive(signed_by=None), GATEKEEPER),
+                ("not notarized", archive(signed_by={**OURS, "notarized": False}), GATEKEEPER),
+                ("notarized but without a team",
+                 archive(signed_by={"identifier": "x", "notarized": True}), SIGNER),
+                ("an older build", archive(build="411"), VERSION),
+                ("the same build", archive(build=BUILD), VERSION),
+                ("another build than published", archive(build="414"), VERSION),
+                ("a truncated archive", good[:-2000], UNPACK),
+                ("an empty archive", b"", UNPACK),
+                ("a web page", b"<html>", UNPACK),
+                ("an entry that leads out", slip, UNPACK),
+                ("an application that is a link", elsewhere, UNPACK),
+                ("a link that leads out", archive(leads_out), UNPACK),
+                ("a link that climbs out", archive(climbs_out), UNPACK)):
+            SITE.archive = payload
+            self.assert_refused(reason, because)
+
+    def test_trouble_on_the_way_leaves_everything_as_it_was(self):
+        SITE.archive = archive()
+        SITE.cut = True
+        self.assert_refused(DOWNLOAD, "the server is gone in mid-download")
+        SITE.cut, SITE.status = False, 404
+        self.assert_refused(DOWNLOAD, "there is no archive")
+        SITE.status = 200
+        for tool, reason in (("unpack", UNPACK), ("spctl", GATEKEEPER), ("codesign", SIGNER),
+                             ("PlistBuddy", VERSION), ("copy", INSTALL)):
+            tell(tool, "kill")
+            self.assert_refused(reason, f"{tool} is killed")
+            forget_wishes()
+        os.chown(self.cache, 65534, 65534)
+        os.chmod(self.cache, 0o777)
+        self.assert_refused(UNPACK, "another user prepared the folder")
+
+    def test_a_full_disk_leaves_everything_as_it_was(self):
+        def with_ballast(app):
+            (app / "Resources/ballast").write_bytes(os.urandom(1 << 20) * 16)
+
+        SITE.archive = archive(with_ballast)
+        megabyte = 1 << 20
+        new = sum(len(content or b"") for _, content in self.before.values()) + 16 * megabyte
+        archived = len(SITE.archive)
+        os.makedirs(self.cache, 0o700)
+        old = new - 16 * megabyte
+        for because, room, reason in (
+                ("no room for the download", archived // 2, DOWNLOAD),
+                ("no room to unpack", archived + new // 2, UNPACK),
+                ("no room for the old copy", archived + new + old // 2, REPLACE + "No space left")):
+            run("mount", "-t", "tmpfs", "-o", f"mode=0700,size={room}", "tmpfs", self.cache)
+            self.assert_refused(reason, because)
+            run("umount", self.cache)
+
+        self.helper.terminate()
+        self.helper.wait(PATIENCE)
+        run("mount", "-t", "tmpfs", "-o", f"mode=0755,size={old + 4 * megabyte}", "tmpfs",
+            "/Applications")
+        self.addCleanup(run, "umount", "-l", "/Applications")
+        self.install()
+        self.start()
+        self.assert_refused(INSTALL, "no room for the new copy")
+
+    def test_a_helper_that_is_killed_on_the_way_runs_again(self):
+        SITE.archive = archive()
+        for tool in ("unpack", "spctl", "codesign", "PlistBuddy"):
+            tell(tool, "wait")
+            self.confirm()
+            wait_until(lambda: os.path.exists(f"{CONTROL}/{tool}-reached"), tool)
+            self.helper.kill()
+            self.helper.wait(PATIENCE)
+            wait_until(lambda: not engine_listens(), "the engine's end")
+            forget_wishes()
+            self.assertEqual(tree(INSTALLED), self.before, tool)
+            self.start()
+        count = len(self.texts())
+        self.item.choose(CHECK)
+        self.next_alert(count)
+        self.press("Escape")
+        self.assertIn(OFFER, self.labels())
+        self.assert_untouched()
+
+    def test_quitting_in_mid_download_leaves_nothing_behind(self):
+        SITE.archive = archive()
+        SITE.hold.clear()
+        self.confirm()
+        wait_until(lambda: os.listdir(self.cache), "the download")
+        self.item.choose("Quit")
+        self.assertEqual(self.helper.wait(PATIENCE), 0)
+        self.assertEqual(os.listdir(self.cache), [])
+        self.assertEqual(tree(INSTALLED), self.before)
+
+    def test_a_copy_elsewhere_offers_nothing(self):
+        self.helper.terminate()
+        self.helper.wait(PATIENCE)
+        elsewhere = os.path.join(self.desktop.folder, NAME)
+        application(elsewhere, BUILD)
+        self.helper = self.desktop.spawn(
+            "helper", [os.path.join(elsewhere, "bin/torvane-p2p-helper")])
+        self.item = self.next_item()
+        self.assertFalse([label for label in self.labels() if "Updat" in label])
+
+
+def main():
+    global SITE, APPLICATION, TOOL
+    bundle, TOOL, base = (sys.argv.pop(1) for _ in range(3))
+    address = urllib.parse.urlsplit(base)
+    SITE = Site(address.hostname, address.port or 443)
+    Site.trust(SITE.certificate)
+    APPLICATION = "/tmp/application"
+    shutil.copytree(bundle, APPLICATION)
+    if shutil.which("strip"):
+        run("strip", os.path.join(APPLICATION, "bin/torvane-p2p-helper"))
+    unittest.main(verbosity=2)
+
+
+if __name__ == "__main__":
+    if len(sys.argv) < 4:
+        raise SystemExit(__doc__)
+    enter(ROOT, os.path.abspath(sys.argv[1]), os.path.dirname(os.path.abspath(sys.argv[2])))
+    main()
