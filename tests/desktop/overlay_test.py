@@ -98,14 +98,10 @@ class OverlayTest(unittest.TestCase):
             self.stage.send({"t": "laser", "x": 0.25, "y": 0.75})
             return screen.is_like(320, 580, (244, 61, 48))
 
-        def is_gone(screen):
-            self.stage.send({"t": "begin", "id": 3, "x": 0.5, "y": 0.1})  # asks for a redraw
-            return screen.is_all(SHOW, SCREEN)
-
         self.stage.wait_for(is_dot, "the dot")
         self.stage.keep(NAME + "-laser")
         self.stage.send({"t": "laserend"})
-        self.stage.wait_for(is_gone, "nothing but the show")
+        self.wait_for_bare_show()
 
     def test_shows_a_picture_under_the_ink(self):
         file = os.path.join(self.desktop.folder, "picture.png")
