@@ -56,7 +56,7 @@ class Installer {
         run("/usr/libexec/PlistBuddy",
             {"-c", "Print :CFBundleVersion", application_ + "/Contents/Info.plist"});
     const std::string_view version = trimmedText(result.output);
-    const bool isNewer = compareBuilds(version, plan_.currentBuild) > 0;
+    const bool isNewer = std::is_gt(compareBuilds(version, plan_.currentBuild));
     if (result.status != 0 || version != expecting || !isNewer) return kWrongVersion;
     return std::nullopt;
   }

@@ -85,7 +85,7 @@ std::weak_ordering compareBuilds(std::string_view left, std::string_view right) 
       if (!leftCharacter || !rightCharacter) break;  // no text: nothing that could be compared
       order = *leftCharacter <=> *rightCharacter;
     }
-    if (order != 0) return order;
+    if (std::is_neq(order)) return order;
     left = leftRest;
     right = rightRest;
   }

@@ -64,7 +64,7 @@ void BridgeDelegate::updateCheckDidEnd(bool manual, const std::string& current,
     if (manual) alert(kUnreachable);
     return;
   }
-  const bool isNewer = compareBuilds(*latest, current) > 0;
+  const bool isNewer = std::is_gt(compareBuilds(*latest, current));
   availableUpdate = isNewer ? latest : std::nullopt;
   if (!manual) return;
   if (isNewer) {
