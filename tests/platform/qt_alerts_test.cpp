@@ -12,6 +12,8 @@
 
 #include "platform/linux/qt_application.h"
 #include "platform/linux/qt_main_queue.h"
+#include "platform/linux/qt_text.h"
+#include "support/naughty_names.h"
 #include "support/qt_event_loop.h"
 
 namespace torvane {
@@ -113,6 +115,23 @@ TEST_F(QtAlertsTest, ShowsTextsAsTheyAre) {
     EXPECT_TRUE(box.buttons().at(1)->shortcut().isEmpty());
     box.close();
   });
+}
+
+TEST_F(QtAlertsTest, NaughtyNamesAreShownAsTheyAreAndTheLayoutHolds) {
+  const auto names = naughtyNames();
+  if (names.empty()) GTEST_SKIP() << "no list of naughty names below TORVANE_VECTORS_DIR";
+  for (const auto& name : names) {
+    run({.message = "Pair with “" + name + "”?", .informativeText = name, .buttons = {"A", "B"}},
+        [&](QMessageBox& box) {
+          EXPECT_EQ(box.informativeText(), qtText(name));
+          for (const auto* label : box.findChildren<QLabel*>()) {
+            EXPECT_EQ(label->textFormat(), Qt::PlainText);
+          }
+          EXPECT_LE(box.width(), 1000) << name;
+          EXPECT_GE(box.buttons().at(0)->width(), 20);
+          box.close();
+        });
+  }
 }
 
 TEST_F(QtAlertsTest, IsAModalWindowUnderTheProgramsName) {

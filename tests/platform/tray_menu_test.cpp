@@ -6,6 +6,7 @@
 #include <QTextDocument>
 
 #include "platform/linux/qt_text.h"
+#include "support/naughty_names.h"
 #include "support/qt_event_loop.h"
 
 namespace torvane {
@@ -169,6 +170,33 @@ TEST(PlainToolTipTest, IsNeverTakenForRichText) {
     const QString shown = plainToolTip(hostile);
     EXPECT_FALSE(Qt::mightBeRichText(shown));
     EXPECT_EQ(QString(shown).remove(QChar(0x2060)), qtText(hostile));
+  }
+}
+
+// What Qt draws of a label: two '&' are one, a single one marks a key.
+QString drawnByQt(const QString& label) {
+  QString drawn;
+  for (qsizetype i = 0; i < label.size(); ++i) {
+    if (label[i] == '&' && ++i == label.size()) break;
+    drawn += label[i];
+  }
+  return drawn;
+}
+
+TEST(NaughtyNamesTest, AreShownAsTheyAreInMenuAndTooltip) {
+  const auto names = naughtyNames();
+  if (names.empty()) GTEST_SKIP() << "no list of naughty names below TORVANE_VECTORS_DIR";
+  FakeMenuDelegate delegate;
+  TrayMenu menu;
+  menu.setDelegate(delegate);
+  for (const auto& name : names) {
+    QString single = qtText(name);
+    for (const char mark : {'\t', '\n', '\r'}) single.replace(mark, ' ');
+    delegate.items = {line(name, 1)};
+    menu.update();
+    EXPECT_EQ(drawnByQt(menu.menu().actions().at(0)->text()), "    " + single) << name;
+    EXPECT_EQ(shownByPanel(sentByQt(exportedLabel(name))), qtText(name).toStdString());
+    EXPECT_FALSE(Qt::mightBeRichText(plainToolTip("connected (" + name + ")"))) << name;
   }
 }
 
