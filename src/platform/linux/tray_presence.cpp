@@ -36,7 +36,8 @@ bool hasStatusNotifierHost() {
 
 bool hasXEmbedTray() {
   const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-  if (x11 == nullptr) return false;
+  // Qt's platform without a screen has the interface, but no server behind it.
+  if (x11 == nullptr || x11->connection() == nullptr) return false;
   xcb_connection_t* connection = x11->connection();
   constexpr std::string_view kSelection = "_NET_SYSTEM_TRAY_S0";
   const auto atomRequest = xcb_intern_atom(
