@@ -9,6 +9,7 @@ namespace torvane {
 namespace {
 
 constexpr int kInFrontMilliseconds = 500;
+constexpr int kCompositorStartMilliseconds = 2000;
 
 // Without a display there is nothing to stand in front of, and tests want their surfaces.
 bool isOffscreen() {
@@ -52,8 +53,12 @@ void QtOverlaySurface::keepInFront() {
   widget_.raise();
 }
 
+// A compositor that is only just starting can miss that the window loses its shape, and would cut
+// off all other ink from then on.
 void QtOverlaySurface::followCompositor() {
-  widget_.setTranslucent(!session_ || session_->hasCompositor());
+  const bool hasCompositor = !session_ || session_->hasCompositor();
+  if (!hasCompositor) compositorStart_.setRemainingTime(kCompositorStartMilliseconds);
+  widget_.setTranslucent(hasCompositor && compositorStart_.hasExpired());
 }
 
 QtOverlaySurfaces::QtOverlaySurfaces(const Clock& clock, X11Session* session)

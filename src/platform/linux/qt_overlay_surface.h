@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDeadlineTimer>
 #include <QTimer>
 #include <memory>
 
@@ -32,6 +33,7 @@ class QtOverlaySurface final : public OverlaySurface {
   X11Session* session_;
   OverlayWidget widget_;
   QTimer inFront_;
+  QDeadlineTimer compositorStart_;  // expired where there was one from the beginning
 };
 
 class QtOverlaySurfaces final : public OverlaySurfaces {
