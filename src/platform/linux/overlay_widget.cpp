@@ -49,11 +49,6 @@ void OverlayWidget::setTranslucent(bool isTranslucent) {
   winId();  // makes the window, so that it has its shape before it is shown
   applyShape();
   update();
-  if (!isTranslucent || !isVisible()) return;
-  // A compositor that is starting may have read the shape and missed its change; it reads it again
-  // when a window appears.
-  hide();
-  show();
 }
 
 void OverlayWidget::resizeEvent(QResizeEvent*) {
