@@ -1,0 +1,80 @@
+# Where things go when they are installed, and the Debian package (scripts/make-deb).
+# The program's folder is installed as it is built: it finds its resources by its own place, through
+# the link in bin/ too.
+find_program(TORVANE_PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH)
+find_program(TORVANE_GZIP gzip)
+
+set(TORVANE_PACKAGE_MAINTAINER "The Torvane developers <developers@torvane.example>" CACHE STRING
+  "Who answers for the package: a name and an address")
+set(name torvane-p2p-helper)
+set(home lib/${name})
+
+# By build number within a version. A package of 1.0.1 is newer than any of 1.0.
+set(CPACK_DEBIAN_PACKAGE_VERSION "${PROJECT_VERSION}+${TORVANE_BUILD_NUMBER}")
+set(CPACK_PACKAGE_CONTACT "${TORVANE_PACKAGE_MAINTAINER}")
+
+# Programs
+set(bundle "${PROJECT_BINARY_DIR}/bundle/Torvane P2P Helper")
+install(TARGETS ${name} DESTINATION ${home}/bin)
+install(FILES "${bundle}/Info.json" DESTINATION ${home})
+install(FILES "${bundle}/Resources/torvane.py" DESTINATION ${home}/Resources)
+install(CODE "
+  set(folder \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/bin\")
+  file(MAKE_DIRECTORY \"\${folder}\")
+  file(CREATE_LINK ../${home}/bin/${name} \"\${folder}/${name}\" SYMBOLIC)")
+
+# What a desktop shows of it
+set(packaging ${PROJECT_SOURCE_DIR}/packaging)
+set(made ${PROJECT_BINARY_DIR}/packaging)
+set(id app.torvane.p2p-helper)
+configure_file(${packaging}/${id}.metainfo.xml.in ${made}/${id}.metainfo.xml @ONLY)
+install(FILES ${packaging}/${id}.desktop DESTINATION share/applications)
+install(FILES ${made}/${id}.metainfo.xml DESTINATION share/metainfo)
+install(FILES ${packaging}/${name}.svg DESTINATION share/icons/hicolor/scalable/apps)
+
+# Manual pages and Debian's documents, packed; the date is the environment's SOURCE_DATE_EPOCH.
+string(TIMESTAMP TORVANE_PACKAGE_DATE "%a, %d %b %Y %H:%M:%S +0000" UTC)
+set(TORVANE_BUNDLE_PARENT ${CMAKE_INSTALL_PREFIX}/lib)
+configure_file(${packaging}/${name}.1.in ${made}/${name}.1 @ONLY)
+configure_file(${packaging}/changelog.in ${made}/changelog @ONLY)
+add_custom_command(OUTPUT ${made}/torvane-ipad.1
+  COMMAND ${TORVANE_PYTHON} ${packaging}/man-page $<TARGET_FILE:torvane-ipad> > torvane-ipad.1
+  DEPENDS torvane-ipad ${packaging}/man-page WORKING_DIRECTORY ${made} VERBATIM)
+foreach(text ${name}.1 torvane-ipad.1 changelog)
+  add_custom_command(OUTPUT ${made}/${text}.gz
+    COMMAND ${TORVANE_GZIP} -9nkf ${text}
+    DEPENDS ${made}/${text} WORKING_DIRECTORY ${made} VERBATIM)
+  list(APPEND packed ${made}/${text}.gz)
+endforeach()
+add_custom_target(packed_texts ALL DEPENDS ${packed})
+install(FILES ${made}/${name}.1.gz ${made}/torvane-ipad.1.gz DESTINATION share/man/man1)
+install(FILES ${made}/changelog.gz ${packaging}/copyright DESTINATION share/doc/${name})
+install(FILES ${packaging}/lintian-overrides DESTINATION share/lintian/overrides RENAME ${name})
+
+# The package
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME ${name})
+set(CPACK_PACKAGE_VENDOR "The Torvane developers")
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "lets an iPad run the presentation on this computer")
+set(CPACK_PACKAGE_DESCRIPTION
+  "A small program in the status bar through which an iPad runs the presentation
+on this computer, without a shared network and without an address to type. An
+iPad is approved once; from then on it connects by itself. Pen strokes and a
+laser dot from the iPad appear over the slide show.
+.
+torvane-ipad stands in for an iPad on the command line.")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE
+  GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SECTION utils)
+set(CPACK_DEBIAN_PACKAGE_HOMEPAGE ${TORVANE_UPDATE_BASE})
+# Libraries are found by what the programs are linked with. The engine runs on Python; without Avahi
+# iPads do not find this computer, but can connect by its address.
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_DEPENDS python3)
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS avahi-daemon)
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS libreoffice-impress)
+include(CPack)
