@@ -109,7 +109,7 @@ void configureQt() {
   QApplication::setQuitOnLastWindowClosed(false);
   QApplication::setQuitLockEnabled(false);
   QApplication::setApplicationName("Torvane P2P Helper");
-  QApplication::setDesktopFileName("torvane-p2p-helper");
+  QApplication::setDesktopFileName("app.torvane.p2p-helper");
   QApplication::setWindowIcon(
       symbolIcon("dot.radiowaves.left.and.right", QApplication::palette(), false));
 }
