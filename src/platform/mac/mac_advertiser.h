@@ -1,0 +1,37 @@
+#pragma once
+
+#import <MultipeerConnectivity/MultipeerConnectivity.h>
+
+#include <memory>
+#include <string>
+
+#include "peer/peer_session.h"
+#include "platform/mac/peer_tokens.h"
+
+// Passes on what the advertiser reports, on the framework's own queue.
+@interface TorvaneAdvertiserEvents : NSObject <MCNearbyServiceAdvertiserDelegate>
+// `delegate` outlives this object.
+- (instancetype)initWithDelegate:(torvane::AdvertiserDelegate*)delegate
+                          tokens:(std::shared_ptr<torvane::PeerTokens>)tokens;
+@end
+
+namespace torvane {
+
+// Advertises nothing but the service and the name.
+class MacAdvertiser final : public Advertiser {
+ public:
+  MacAdvertiser(MCPeerID* peer, const std::string& serviceType, std::shared_ptr<PeerTokens> tokens,
+                AdvertiserDelegate& delegate);
+  ~MacAdvertiser() override;
+  MacAdvertiser(const MacAdvertiser&) = delete;
+  MacAdvertiser& operator=(const MacAdvertiser&) = delete;
+
+  void start() override;
+  void stop() override;
+
+ private:
+  TorvaneAdvertiserEvents* events_;  // the advertiser itself does not keep it
+  MCNearbyServiceAdvertiser* advertiser_;
+};
+
+}  // namespace torvane

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "app/alert.h"
+
+namespace torvane {
+
+class MacAlerts final : public Alerts {
+ public:
+  int runModal(const AlertContent& content) override;
+};
+
+}  // namespace torvane

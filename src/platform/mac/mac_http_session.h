@@ -1,0 +1,52 @@
+#pragma once
+
+#import <Foundation/Foundation.h>
+
+#include <map>
+#include <memory>
+#include <utility>
+
+#include "bridge/http_session.h"
+
+@class TorvaneTransfers;
+
+namespace torvane {
+
+// Requests go through sessions of the system that keep nothing on disk: one for each total
+// time-out, which the system knows for whole sessions only, and for each of pinned and free.
+class MacHttpSession final : public HttpSession {
+ public:
+  explicit MacHttpSession(double idleTimeout) : idleTimeout_(idleTimeout) {}
+  ~MacHttpSession() override;
+  MacHttpSession(const MacHttpSession&) = delete;
+  MacHttpSession& operator=(const MacHttpSession&) = delete;
+
+  void dataTask(HttpRequest request, HttpCompletion completion) override;
+
+ private:
+  struct Channel {
+    NSURLSession* session;
+    TorvaneTransfers* transfers;
+  };
+  using ChannelKey = std::pair<bool, double>;  // whether it is pinned, total time-out
+
+  Channel& channelFor(const HttpRequest& request);
+  [[nodiscard]] Channel makeChannel(bool isPinned, double totalTimeout) const;
+
+  double idleTimeout_;
+  std::map<ChannelKey, Channel> channels_;
+};
+
+class MacHttpSessions final : public HttpSessions {
+ public:
+  HttpSession& shared() override { return shared_; }
+  [[nodiscard]] std::unique_ptr<HttpSession> makeEphemeral(double idleTimeout) override {
+    return std::make_unique<MacHttpSession>(idleTimeout);
+  }
+
+ private:
+  static constexpr double kSystemIdleTimeout = 60;
+  MacHttpSession shared_{kSystemIdleTimeout};
+};
+
+}  // namespace torvane

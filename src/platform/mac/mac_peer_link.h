@@ -1,0 +1,27 @@
+#pragma once
+
+#import <MultipeerConnectivity/MultipeerConnectivity.h>
+
+#include <map>
+#include <memory>
+
+#include "peer/peer_session.h"
+#include "platform/mac/peer_tokens.h"
+
+namespace torvane {
+
+class MacPeerLink final : public PeerLink {
+ public:
+  [[nodiscard]] PeerID makePeerID(const std::string& displayName) override;
+  [[nodiscard]] std::shared_ptr<PeerSession> makeSession(const PeerID& self,
+                                                         PeerSessionDelegate& delegate) override;
+  [[nodiscard]] std::unique_ptr<Advertiser> makeAdvertiser(const PeerID& self,
+                                                           const std::string& serviceType,
+                                                           AdvertiserDelegate& delegate) override;
+
+ private:
+  std::shared_ptr<PeerTokens> tokens_ = std::make_shared<PeerTokens>();
+  std::map<PeerID, MCPeerID*> own_;
+};
+
+}  // namespace torvane

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "app/permissions.h"
+
+namespace torvane {
+
+class MacAccessibility final : public Accessibility {
+ public:
+  void promptForTrust() override;
+};
+
+class MacPrivacyDatabase final : public PrivacyDatabase {
+ public:
+  [[nodiscard]] bool canRead(const std::string& path) const override;
+};
+
+}  // namespace torvane

@@ -1,0 +1,5 @@
+#pragma once
+
+#include <Foundation/Foundation.h>
+
+extern "C" double CACurrentMediaTime(void);

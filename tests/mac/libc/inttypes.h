@@ -1,0 +1,18 @@
+#pragma once
+
+#include <darwin_types.h>
+
+#define PRIu64 "llu"
+#define PRId64 "lld"
+
+DARWIN_BEGIN
+typedef struct {
+  intmax_t quot, rem;
+} imaxdiv_t;
+intmax_t imaxabs(intmax_t);
+imaxdiv_t imaxdiv(intmax_t, intmax_t);
+intmax_t strtoimax(const char*, char**, int);
+uintmax_t strtoumax(const char*, char**, int);
+intmax_t wcstoimax(const wchar_t*, wchar_t**, int);
+uintmax_t wcstoumax(const wchar_t*, wchar_t**, int);
+DARWIN_END

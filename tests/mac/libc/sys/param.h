@@ -1,0 +1,3 @@
+#pragma once
+
+#include <darwin_types.h>
