@@ -24,7 +24,7 @@ NSURLSessionConfiguration* configuration(bool isPinned, double idle, double tota
   settings.HTTPCookieStorage = nil;
   settings.URLCache = nil;
   settings.URLCredentialStorage = nil;
-  if (isPinned) settings.connectionProxyDictionary = @{};  // none, whatever the system's are
+  if (isPinned) settings.connectionProxyDictionary = [NSDictionary dictionary];  // none
   return settings;
 }
 

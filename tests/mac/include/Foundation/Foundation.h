@@ -113,13 +113,13 @@ enum : NSStringEncoding { NSUTF8StringEncoding = 4 };
 @interface NSDictionary<__covariant KeyType, __covariant ObjectType> : NSObject <NSFastEnumeration>
 @property(readonly) NSUInteger count;
 - (nullable ObjectType)objectForKey:(KeyType)aKey;
++ (instancetype)dictionary;
 + (instancetype)dictionaryWithObjects:(const ObjectType _Nonnull[_Nullable])objects
                               forKeys:(const KeyType<NSCopying> _Nonnull[_Nullable])keys
                                 count:(NSUInteger)cnt;
 @end
 
 @interface NSMutableDictionary<KeyType, ObjectType> : NSDictionary <KeyType, ObjectType>
-+ (instancetype)dictionary;
 - (void)setObject:(ObjectType)anObject forKey:(KeyType<NSCopying>)aKey;
 @end
 

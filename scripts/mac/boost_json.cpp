@@ -1,0 +1,2 @@
+// Boost.JSON as a part of the program.
+#include <boost/json/src.hpp>

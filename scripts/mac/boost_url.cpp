@@ -1,0 +1,2 @@
+// Boost.URL as a part of the program.
+#include <boost/url/src.hpp>
