@@ -27,6 +27,12 @@ SODIUM = ("-DCONFIGURED=1 -DSODIUM_STATIC=1 -DNATIVE_LITTLE_ENDIAN=1 -DHAVE_TI_M
           "-DHAVE_MMAP=1 -DHAVE_MLOCK=1 -DHAVE_MPROTECT=1 -DHAVE_POSIX_MEMALIGN=1 "
           "-DHAVE_ARC4RANDOM=1 -DHAVE_ARC4RANDOM_BUF=1 -DHAVE_SAFE_ARC4RANDOM=1 -DHAVE_GETPID=1 -w")
 
+# The same sources on Linux, against fakes of the frameworks.
+SANITIZERS = "-fsanitize=address,undefined -fno-sanitize=vptr,function -fno-sanitize-recover=all"
+LINUX = f"-std=c++20 -O1 -g1 {SANITIZERS} -fno-omit-frame-pointer -I src -I tests"
+LINUX_OBJC = ("-x objective-c++ -fobjc-runtime=gnustep-2.0 -fobjc-arc -fblocks "
+              "-isystem tests/mac/include")
+
 RULES = """\
 builddir = {out}
 rule compile
@@ -37,6 +43,10 @@ rule compile
 rule link
   command = ld64.lld-19 -arch $arch -platform_version macos 13.0 13.0 -syslibroot {out}/sdk $
     -adhoc_codesign -dead_strip -fatal_warnings -o $out $in $libraries
+  description = $out
+rule link_test
+  command = clang++-19 -fuse-ld=lld {sanitizers} -o $out $in -lgtest_main -lgtest -lboost_json $
+    -lboost_url -lsodium -lpthread
   description = $out
 rule stubs
   command = rm -rf {out}/sdk && python3 scripts/mac/link_stubs.py $in {out}/sdk && touch $out
@@ -69,7 +79,7 @@ class NinjaFile:
     def __init__(self, out):
         self.out = out
         launcher = "ccache " if subprocess.run(["which", "ccache"], capture_output=True).returncode == 0 else ""
-        self.lines = [RULES.format(out=out.relative_to(ROOT), launcher=launcher)]
+        self.lines = [RULES.format(out=out.relative_to(ROOT), launcher=launcher, sanitizers=SANITIZERS)]
         self.system = (f"-nostdinc -isystem tests/mac/libcxx -isystem {LLVM}/include/c++/v1 "
                        f"-isystem {resources()}/include -isystem tests/mac/libc "
                        f"-isystem {self.name('boost')} -isystem {self.name('libsodium')}/src/libsodium/include")
@@ -106,11 +116,34 @@ class NinjaFile:
         self.lines.append(f"build {self.name(f'helper.{arch}')}: link {' '.join(objects)} | {self.name('sdk.made')}\n"
                           f"  arch = {arch}\n  libraries = {libraries}")
 
+    def linux(self, source, flags):
+        base = re.sub(r"[^\w.]", "_", str(source.relative_to(ROOT)))
+        made = self.name(f"obj/linux/{base}.o")
+        self.lines.append(f"build {made}: compile {source.relative_to(ROOT)}\n"
+                          f"  compiler = clang++-19\n  flags = {flags}")
+        return made
+
+    def test(self):
+        own = f"{LINUX} {WARNINGS}"
+        tests = ROOT / "tests/mac"
+        objects = [self.linux(source, own) for folder in CORE
+                   for source in sorted((ROOT / "src" / folder).glob("*.cpp"))]
+        objects += [self.linux(source, f"{own} {LINUX_OBJC}" +
+                               (" -Dmain=torvane_main" if source.name == "main.mm" else ""))
+                    for source in sorted((ROOT / "src/platform/mac").glob("*.mm"))]
+        objects += [self.linux(source, f"{LINUX} {LINUX_OBJC} -w")
+                    for source in sorted([*tests.glob("fakes/*.mm"), *tests.glob("*_test.mm")])]
+        objects += [self.linux(source, f"-std=c++20 -O1 -g1 -I tests {'' if source.suffix == '.S' else WARNINGS + ' -Wno-c99-extensions'}")
+                    for source in sorted([*tests.glob("runtime/*.cpp"), *tests.glob("runtime/*.S")])]
+        objects.append(self.linux(ROOT / "tests/support/signing_device.cpp", own))
+        self.lines.append(f"build {self.name('mac_test')}: link_test {' '.join(objects)}")
+
     def text(self):
         self.lines.append(f"build {self.name('sdk.made')}: stubs tests/mac/exports.txt {self.name('cxx.txt')} "
                           f"| scripts/mac/link_stubs.py")
         for arch in ARCHITECTURES:
             self.program(arch)
+        self.test()
         return "\n".join(self.lines) + "\n"
 
 

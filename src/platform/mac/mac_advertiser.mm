@@ -60,7 +60,7 @@ struct GuardedValve {
       invitationHandler(NO, nil);
       return;
     }
-    void (^answer)(BOOL, MCSession*) = [invitationHandler copy];
+    void (^answer)(BOOL, MCSession*) = invitationHandler;  // copies it
     _delegate->advertiserDidReceiveInvitation(
         _tokens->identify(peerID), key,
         [answer, key, valve = _valve](bool accept,

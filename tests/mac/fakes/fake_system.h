@@ -1,0 +1,95 @@
+// A Mac made of nothing: what the program asked of it, and what it is to answer.
+#pragma once
+
+#import <AppKit/AppKit.h>
+#import <MultipeerConnectivity/MultipeerConnectivity.h>
+
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace fake {
+
+struct Alert {
+  std::string message;
+  std::string informativeText;
+  std::vector<std::string> buttons;
+  NSUInteger style;
+};
+
+struct Request {
+  std::string url;
+  std::string method;
+  std::string body;
+  std::map<std::string, std::string> headers;
+  double timeout = 0;
+  NSURLSession* session = nil;
+  NSURLSessionDataTask* task = nil;
+};
+
+struct Timer {
+  double due;
+  double interval;  // 0: once
+  std::function<void()> fire;
+};
+
+struct System {
+  std::vector<std::string> log;  // everything that was asked for, in its order
+
+  // The main run loop
+  std::mutex mutex;
+  std::vector<std::function<void()>> performed;  // for the next turn
+  std::vector<std::function<void()>> dispatched;  // for the other queues
+  std::vector<Timer> timers;
+  double now = 1000;
+
+  std::function<int(const Alert&)> onAlert = [](const Alert&) { return 1000; };
+  std::map<std::string, id> defaults;
+  std::map<std::string, id> info;
+  std::vector<std::string> readableFiles;
+  std::function<void()> body;  // of [NSApp run]
+
+  NSApplication* application = nil;
+  NSStatusItem* statusItem = nil;
+  NSMenu* menu = nil;
+  std::vector<NSMenuItem*> items;
+  std::vector<NSWindow*> windows;
+  std::vector<Request> requests;
+  std::vector<MCSession*> sessions;
+  std::vector<MCPeerID*> connected;  // to the newest session
+  MCNearbyServiceAdvertiser* advertiser = nil;
+  std::vector<std::pair<std::string, CGRect>> listedWindows;
+  std::vector<CGRect> screens = {{{0, 0}, {1920, 1080}}};
+};
+
+System& system();
+void reset();
+inline void say(const std::string& what) {
+  system().log.push_back(what);
+}
+bool said(const std::string& what);
+
+// Runs what waits in the main run loop as one of its turns does: what comes in meanwhile waits for
+// the next turn, of this loop or of one nested in it. False when nothing waited.
+bool turn();
+void settle();  // turns until nothing waits
+void advance(double seconds);
+void drainQueues();
+void elsewhere(const std::function<void()>& work);  // on another thread, until it is done
+
+std::string text(NSString* string);
+NSString* string(const std::string& text);
+NSError* error(const std::string& description);
+
+// The answer to a request, on a thread that is not the main one.
+void respond(const Request& request, int status, const std::string& type, const std::string& body);
+void fail(const Request& request, const std::string& description);
+
+void choose(NSMenuItem* item);
+std::string title(NSMenuItem* item);
+
+}  // namespace fake
