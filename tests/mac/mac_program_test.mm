@@ -23,11 +23,13 @@ using Events = id<MCSessionDelegate, MCNearbyServiceAdvertiserDelegate>;
 class MacProgram : public testing::Test {
  protected:
   MacProgram() {
-    fake::reset();
-    system().readableFiles = {
-        "/nonexistent/home/Library/Application Support/com.apple.TCC/TCC.db"};
-    system().defaults["didShowWelcome"] = [NSNumber numberWithBool:YES];
-    system().info["CFBundleVersion"] = @"42";
+    @autoreleasepool {
+      fake::reset();
+      system().readableFiles = {
+          "/nonexistent/home/Library/Application Support/com.apple.TCC/TCC.db"};
+      system().defaults["didShowWelcome"] = [NSNumber numberWithBool:YES];
+      system().info["CFBundleVersion"] = @"42";
+    }
   }
   ~MacProgram() override {
     fake::reset();
@@ -53,14 +55,16 @@ class MacProgram : public testing::Test {
   }
 
   static MCPeerID* pad() { return [[MCPeerID alloc] initWithDisplayName:@"Zoë's iPad"]; }
-  static id<MCSessionDelegate> sessionEvents(std::size_t i) { return system().sessions[i].delegate; }
+  static id<MCSessionDelegate> sessionEvents(std::size_t i) {
+    return system().sessions[i].delegate;
+  }
 
   // Invites; the answer, as it comes, is "yes 0" for the first session, "no", or nothing yet.
   static std::shared_ptr<std::string> invite(MCPeerID* peer, const test::SigningDevice& device) {
     auto answer = std::make_shared<std::string>();
     const auto key = device.rawKey();
     id<MCNearbyServiceAdvertiserDelegate> events = system().advertiser.delegate;
-    fake::elsewhere([&] {
+    fake::elsewhere([&, answer] {
       [events advertiser:system().advertiser
           didReceiveInvitationFromPeer:peer
                            withContext:[NSData dataWithBytes:key.data() length:key.size()]

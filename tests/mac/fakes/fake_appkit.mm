@@ -263,9 +263,7 @@ extern "C" id objc_msgSend(id, SEL, ...);
 void choose(NSMenuItem* item) {
   ((void (*)(id, SEL, id))objc_msgSend)(item.target, item->_action, item);
 }
-std::string title(NSMenuItem* item) {
-  return item->_title;
-}
+std::string title(NSMenuItem* item) { return item->_title; }
 }  // namespace fake
 
 // What a status item's button shows, in words.

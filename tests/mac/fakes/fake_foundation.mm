@@ -366,9 +366,7 @@ static NSNumber* number(char kind, double d, unsigned long long i) {
 @end
 
 namespace fake {
-std::string text(NSString* string) {
-  return string != nil ? [string text] : std::string("nil");
-}
+std::string text(NSString* string) { return string != nil ? [string text] : std::string("nil"); }
 NSString* string(const std::string& text) {
   return [[NSString alloc] initWithBytes:text.data()
                                   length:text.size()
@@ -382,19 +380,9 @@ NSError* error(const std::string& description) {
 }  // namespace fake
 
 extern "C" {
-NSString* NSHomeDirectory(void) {
-  return @"/nonexistent/home";
-}
-void NSLog(NSString* format, ...) {
-  fake::say("NSLog " + fake::text(format));
-}
-CFTypeID CFGetTypeID(CFTypeRef value) {
-  return (CFTypeID)((__bridge NSNumber*)value)->_kind;
-}
-CFTypeID CFBooleanGetTypeID(void) {
-  return 'b';
-}
-Boolean CFNumberIsFloatType(CFNumberRef value) {
-  return ((__bridge NSNumber*)value)->_kind == 'd';
-}
+NSString* NSHomeDirectory(void) { return @"/nonexistent/home"; }
+void NSLog(NSString* format, ...) { fake::say("NSLog " + fake::text(format)); }
+CFTypeID CFGetTypeID(CFTypeRef value) { return (CFTypeID)((__bridge NSNumber*)value)->_kind; }
+CFTypeID CFBooleanGetTypeID(void) { return 'b'; }
+Boolean CFNumberIsFloatType(CFNumberRef value) { return ((__bridge NSNumber*)value)->_kind == 'd'; }
 }

@@ -21,16 +21,12 @@ struct CGImageSource : Counted {
 };
 
 extern "C" {
-void CFRelease(CFTypeRef object) {
-  delete static_cast<const Counted*>(object);
-}
+void CFRelease(CFTypeRef object) { delete static_cast<const Counted*>(object); }
 
 const CFStringRef kCGColorSpaceSRGB = (__bridge CFStringRef) @"sRGB";
-CGColorSpaceRef CGColorSpaceCreateWithName(CFStringRef) {
-  return new CGColorSpace;
-}
-CGContextRef CGBitmapContextCreate(void*, size_t width, size_t height, size_t, size_t, CGColorSpaceRef,
-                                   uint32_t info) {
+CGColorSpaceRef CGColorSpaceCreateWithName(CFStringRef) { return new CGColorSpace; }
+CGContextRef CGBitmapContextCreate(void*, size_t width, size_t height, size_t, size_t,
+                                   CGColorSpaceRef, uint32_t info) {
   if (info != (2U | 2U << 12)) say("another bitmap");
   auto* context = new CGContext;
   context->width = width;
@@ -38,15 +34,9 @@ CGContextRef CGBitmapContextCreate(void*, size_t width, size_t height, size_t, s
   context->pixels.resize(width * height * 4);
   return context;
 }
-void* CGBitmapContextGetData(CGContextRef c) {
-  return c->pixels.data();
-}
-size_t CGBitmapContextGetBytesPerRow(CGContextRef c) {
-  return c->width * 4;
-}
-CGImageRef CGBitmapContextCreateImage(CGContextRef) {
-  return new CGImage;
-}
+void* CGBitmapContextGetData(CGContextRef c) { return c->pixels.data(); }
+size_t CGBitmapContextGetBytesPerRow(CGContextRef c) { return c->width * 4; }
+CGImageRef CGBitmapContextCreateImage(CGContextRef) { return new CGImage; }
 void CGContextSaveGState(CGContextRef) {}
 void CGContextRestoreGState(CGContextRef) {}
 void CGContextTranslateCTM(CGContextRef, CGFloat, CGFloat) {}
@@ -66,12 +56,8 @@ void CGContextSetLineJoin(CGContextRef, CGLineJoin) {}
 void CGContextBeginPath(CGContextRef) {}
 void CGContextMoveToPoint(CGContextRef, CGFloat, CGFloat) {}
 void CGContextAddLineToPoint(CGContextRef, CGFloat, CGFloat) {}
-void CGContextStrokePath(CGContextRef) {
-  say("stroke");
-}
-void CGContextFillEllipseInRect(CGContextRef, CGRect) {
-  say("oval");
-}
+void CGContextStrokePath(CGContextRef) { say("stroke"); }
+void CGContextFillEllipseInRect(CGContextRef, CGRect) { say("oval"); }
 
 const CFStringRef kCGWindowOwnerName = (__bridge CFStringRef) @"owner";
 const CFStringRef kCGWindowBounds = (__bridge CFStringRef) @"bounds";
@@ -111,13 +97,16 @@ CFStringRef CGImageSourceGetType(CGImageSourceRef source) {
   type = fake::string(source->data.substr(0, source->data.find(' ')));
   return (__bridge CFStringRef)type;
 }
-CFDictionaryRef CGImageSourceCopyPropertiesAtIndex(CGImageSourceRef source, size_t, CFDictionaryRef) {
+CFDictionaryRef CGImageSourceCopyPropertiesAtIndex(CGImageSourceRef source, size_t,
+                                                   CFDictionaryRef) {
   int width = 0, height = 0;
   std::sscanf(source->data.c_str(), "%*s %d %d", &width, &height);
   return (__bridge_retained CFDictionaryRef) @{@"width" : @(width), @"height" : @(height)};
 }
-CGImageRef CGImageSourceCreateThumbnailAtIndex(CGImageSourceRef source, size_t, CFDictionaryRef options) {
-  say("decode " + source->data + " with " + std::to_string(((__bridge NSDictionary*)options).count));
+CGImageRef CGImageSourceCreateThumbnailAtIndex(CGImageSourceRef source, size_t,
+                                               CFDictionaryRef options) {
+  say("decode " + source->data + " with " +
+      std::to_string(((__bridge NSDictionary*)options).count));
   return new CGImage;
 }
 

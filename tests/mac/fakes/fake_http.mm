@@ -143,8 +143,9 @@
   const bool direct = settings.connectionProxyDictionary != nil;
   const bool keepsNothing = settings.HTTPCookieStorage == nil && settings.URLCache == nil &&
                             settings.URLCredentialStorage == nil && !settings.HTTPShouldSetCookies;
-  fake::say("session" + std::string(direct ? " direct" : "") + (keepsNothing ? " keeps nothing" : "") +
-            " idle " + std::to_string((int)settings.timeoutIntervalForRequest) + " total " +
+  fake::say("session" + std::string(direct ? " direct" : "") +
+            (keepsNothing ? " keeps nothing" : "") + " idle " +
+            std::to_string((int)settings.timeoutIntervalForRequest) + " total " +
             std::to_string((int)settings.timeoutIntervalForResource));
   NSURLSession* session = [[NSURLSession alloc] init];
   session->_events = delegate;
@@ -196,9 +197,7 @@ void respond(const Request& request, int status, const std::string& type, const 
 void fail(const Request& request, const std::string& description) {
   id<NSURLSessionDataDelegate> events = request.session->_events;
   elsewhere([&] {
-    [events URLSession:request.session
-                      task:request.task
-      didCompleteWithError:error(description)];
+    [events URLSession:request.session task:request.task didCompleteWithError:error(description)];
   });
 }
 

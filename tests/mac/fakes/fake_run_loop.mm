@@ -70,9 +70,8 @@ void advance(double seconds) {
   settle();
   for (;;) {
     auto& timers = system().timers;
-    const auto next = std::min_element(timers.begin(), timers.end(), [](const Timer& a, const Timer& b) {
-      return a.due < b.due;
-    });
+    const auto next = std::min_element(
+        timers.begin(), timers.end(), [](const Timer& a, const Timer& b) { return a.due < b.due; });
     if (next == timers.end() || next->due > end) break;
     Timer timer = *next;
     system().now = timer.due;
@@ -135,7 +134,5 @@ void dispatch_sync(dispatch_queue_t, __attribute__((noescape)) dispatch_block_t 
   fake::drainQueues();
   block();
 }
-double CACurrentMediaTime(void) {
-  return fake::system().now;
-}
+double CACurrentMediaTime(void) { return fake::system().now; }
 }

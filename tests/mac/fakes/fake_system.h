@@ -42,7 +42,7 @@ struct System {
 
   // The main run loop
   std::mutex mutex;
-  std::vector<std::function<void()>> performed;  // for the next turn
+  std::vector<std::function<void()>> performed;   // for the next turn
   std::vector<std::function<void()>> dispatched;  // for the other queues
   std::vector<Timer> timers;
   double now = 1000;
@@ -68,9 +68,7 @@ struct System {
 
 System& system();
 void reset();
-inline void say(const std::string& what) {
-  system().log.push_back(what);
-}
+inline void say(const std::string& what) { system().log.push_back(what); }
 bool said(const std::string& what);
 
 // Runs what waits in the main run loop as one of its turns does: what comes in meanwhile waits for

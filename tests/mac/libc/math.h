@@ -32,13 +32,14 @@ typedef double double_t;
   float name##f(float, float); \
   long double name##l(long double, long double);
 OF_ONE(acos)
-OF_ONE(asin) OF_ONE(atan) OF_ONE(acosh) OF_ONE(asinh) OF_ONE(atanh) OF_ONE(cos) OF_ONE(sin)
-    OF_ONE(tan) OF_ONE(cosh) OF_ONE(sinh) OF_ONE(tanh) OF_ONE(exp) OF_ONE(exp2) OF_ONE(expm1)
-        OF_ONE(log) OF_ONE(log10) OF_ONE(log1p) OF_ONE(log2) OF_ONE(logb) OF_ONE(sqrt) OF_ONE(cbrt)
-            OF_ONE(fabs) OF_ONE(ceil) OF_ONE(floor) OF_ONE(trunc) OF_ONE(round) OF_ONE(rint)
-                OF_ONE(nearbyint) OF_ONE(erf) OF_ONE(erfc) OF_ONE(lgamma) OF_ONE(tgamma)
-                    OF_TWO(atan2) OF_TWO(pow) OF_TWO(fmod) OF_TWO(hypot) OF_TWO(fdim) OF_TWO(fmax)
-                        OF_TWO(fmin) OF_TWO(copysign) OF_TWO(nextafter) OF_TWO(remainder)
+OF_ONE(asin)
+OF_ONE(atan) OF_ONE(acosh) OF_ONE(asinh) OF_ONE(atanh) OF_ONE(cos) OF_ONE(sin) OF_ONE(tan)
+    OF_ONE(cosh) OF_ONE(sinh) OF_ONE(tanh) OF_ONE(exp) OF_ONE(exp2) OF_ONE(expm1) OF_ONE(log)
+        OF_ONE(log10) OF_ONE(log1p) OF_ONE(log2) OF_ONE(logb) OF_ONE(sqrt) OF_ONE(cbrt) OF_ONE(fabs)
+            OF_ONE(ceil) OF_ONE(floor) OF_ONE(trunc) OF_ONE(round) OF_ONE(rint) OF_ONE(nearbyint)
+                OF_ONE(erf) OF_ONE(erfc) OF_ONE(lgamma) OF_ONE(tgamma) OF_TWO(atan2) OF_TWO(pow)
+                    OF_TWO(fmod) OF_TWO(hypot) OF_TWO(fdim) OF_TWO(fmax) OF_TWO(fmin)
+                        OF_TWO(copysign) OF_TWO(nextafter) OF_TWO(remainder)
 #undef OF_ONE
 #undef OF_TWO
 

@@ -302,7 +302,8 @@ void objc_destroyWeak(Object** place) {
 
 // Properties that the compiler writes the methods of. Here a copy is the object itself.
 Object* objc_getProperty(Object* object, Selector*, long offset, bool) {
-  return objc_retainAutorelease(*reinterpret_cast<Object**>(reinterpret_cast<char*>(object) + offset));
+  return objc_retainAutorelease(
+      *reinterpret_cast<Object**>(reinterpret_cast<char*>(object) + offset));
 }
 void objc_setProperty(Object* object, Selector*, long offset, Object* value, bool, bool) {
   objc_storeStrong(reinterpret_cast<Object**>(reinterpret_cast<char*>(object) + offset), value);
