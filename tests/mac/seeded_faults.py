@@ -37,7 +37,7 @@ FAULTS = [
      "didCompleteWithError:(NSError*)error {", "didCompleteWithErrors:(NSError*)error {", "methods"),
     ("a message that nobody declares", f"{MAC}/mac_alerts.mm", "[alert runModal]", "[alert runModel]", "compiler"),
     ("a required delegate method removed", f"{MAC}/mac_peer_session.mm",
-     "didReceiveData:(NSData*)data\n          fromPeer", "didReceive:(NSData*)data\n          fromPeer", "compiler"),
+     "didStartReceivingResourceWithName:", "didStartReceivingResourceNamed:", "compiler"),
     ("something newer than macOS 13 of the C++ library", f"{MAC}/mac_clock.mm",
      "#include <chrono>\n", "#include <charconv>\n#include <chrono>\n"
      "inline char* newer(char* p) { return std::to_chars(p, p + 9, 1.0).ptr; }\n", "compiler"),
@@ -140,8 +140,19 @@ def check_test(path):
     return run([f"{FAULTY}/mac_test"])
 
 
-CHECKS = {"facts": check_facts, "methods": check_methods, "compiler": check_compiler, "link": check_link,
-          "signature": check_signature, "test": check_test}
+# Each check, and what it says when it has found something: failing for another reason is no find.
+CHECKS = {
+    "facts": (check_facts, r"[1-9]\d* wrong or unknown"),
+    "methods": (check_methods, r"is declared nowhere"),
+    "compiler": (check_compiler, r"error: (no visible|.*instance method|method '.*' in protocol|'to_chars' is unavailable)"),
+    "link": (check_link, r"undefined symbol"),
+    "signature": (check_signature, r"page 1 differs"),
+    "test": (check_test, r"FAILED|AddressSanitizer|LeakSanitizer|is not implemented"),
+}
+# With nothing wrong, none of them may find anything.
+CONTROLS = [("tests/mac/include/AppKit/AppKit.h", "facts"), (f"{MAC}/mac_status_item.mm", "methods"),
+            (f"{MAC}/mac_status_item.mm", "compiler"), ("tests/mac/exports.txt", "link"),
+            (f"{MAC}/mac_alerts.mm", "test")]
 
 
 def is_found(path, old, new, check):
@@ -154,10 +165,20 @@ def is_found(path, old, new, check):
             sys.exit(f"{path} has nothing like: {old}")
         (FAULTY / path).parent.mkdir(parents=True, exist_ok=True)
         (FAULTY / path).write_text(text.replace(old, new, 1))
-    return CHECKS[check](path).returncode != 0
+    perform, evidence = CHECKS[check]
+    result = perform(path)
+    if result.returncode == 0:
+        return False
+    said = result.stdout + result.stderr
+    if not re.search(evidence, said):
+        sys.exit(f"the {check} failed for another reason:\n{said[-2000:]}")
+    return True
 
 
 def main():
+    for path, check in CONTROLS:
+        if is_found(path, "\n", "\n", check):
+            sys.exit(f"the {check} finds something where nothing is wrong ({path})")
     missed = 0
     for what, path, old, new, check in FAULTS:
         found = is_found(path, old, new, check)

@@ -31,6 +31,7 @@ typedef double double_t;
   double name(double, double); \
   float name##f(float, float); \
   long double name##l(long double, long double);
+// clang-format off
 OF_ONE(acos)
 OF_ONE(asin)
 OF_ONE(atan) OF_ONE(acosh) OF_ONE(asinh) OF_ONE(atanh) OF_ONE(cos) OF_ONE(sin) OF_ONE(tan)
@@ -40,6 +41,7 @@ OF_ONE(atan) OF_ONE(acosh) OF_ONE(asinh) OF_ONE(atanh) OF_ONE(cos) OF_ONE(sin) O
                 OF_ONE(erf) OF_ONE(erfc) OF_ONE(lgamma) OF_ONE(tgamma) OF_TWO(atan2) OF_TWO(pow)
                     OF_TWO(fmod) OF_TWO(hypot) OF_TWO(fdim) OF_TWO(fmax) OF_TWO(fmin)
                         OF_TWO(copysign) OF_TWO(nextafter) OF_TWO(remainder)
+// clang-format on
 #undef OF_ONE
 #undef OF_TWO
 
