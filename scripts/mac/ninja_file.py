@@ -4,6 +4,7 @@ Every source of the core, of platform/posix and of platform/mac is compiled for 
 with libsodium and Boost's two libraries, and linked against the project's own link stubs.
 """
 
+import os
 import re
 import subprocess
 import sys
@@ -13,7 +14,7 @@ ROOT = Path(__file__).resolve().parent.parent.parent
 ARCHITECTURES = ("arm64", "x86_64")
 CORE = ("protocol", "bridge", "engine", "ink", "peer", "update", "app", "platform/posix")
 FRAMEWORKS = ("AppKit", "ApplicationServices", "CoreFoundation", "CoreGraphics", "Foundation",
-              "ImageIO", "MultipeerConnectivity", "QuartzCore")
+              "ImageIO", "MultipeerConnectivity", "QuartzCore", "ServiceManagement")
 LLVM = "/usr/lib/llvm-19"
 
 OPTIMISED = "-Os -g0 -fvisibility=hidden -ffunction-sections"
@@ -54,6 +55,15 @@ rule stubs
 """
 
 
+def update_base():
+    """The update site that the CMake build takes, unless the environment names another."""
+    text = (ROOT / "cmake/UpdateBase.cmake").read_text()
+    known = re.search(r'set\(TORVANE_UPDATE_BASE "([^"]+)"', text)[1]
+    base = os.environ.get("TORVANE_UPDATE_BASE", known)
+    subprocess.run(["cmake", f"-DTORVANE_UPDATE_BASE={base}", "-P", str(ROOT / "cmake/UpdateBase.cmake")], check=True)
+    return base
+
+
 def resources():
     return subprocess.run(["clang-19", "-print-resource-dir"], check=True, capture_output=True,
                           text=True).stdout.strip()
@@ -78,6 +88,7 @@ def sodium_headers(out):
 class NinjaFile:
     def __init__(self, out):
         self.out = out
+        self.base = update_base()
         launcher = "ccache " if subprocess.run(["which", "ccache"], capture_output=True).returncode == 0 else ""
         self.lines = [RULES.format(out=out.relative_to(ROOT), launcher=launcher, sanitizers=SANITIZERS)]
         self.system = (f"-nostdinc -isystem tests/mac/libcxx -isystem {LLVM}/include/c++/v1 "
@@ -87,12 +98,15 @@ class NinjaFile:
     def name(self, path):
         return str((self.out / path).relative_to(ROOT))
 
+    def site(self, source):
+        return f"'-DTORVANE_UPDATE_BASE=\"{self.base}\"' " if source.name == "update_check.cpp" else ""
+
     def compile(self, arch, source, flags, compiler="clang++-19"):
         base = re.sub(r"[^\w.]", "_", str(source.relative_to(self.out if source.is_relative_to(self.out) else ROOT)))
         made = self.name(f"obj/{arch}/{base}.o")
         self.lines.append(f"build {made}: compile {source.relative_to(ROOT)}\n"
                           f"  compiler = {compiler}\n"
-                          f"  flags = -target {arch}-apple-macos13 {OPTIMISED} {flags}")
+                          f"  flags = {self.site(source)}-target {arch}-apple-macos13 {OPTIMISED} {flags}")
         return made
 
     def program(self, arch):
@@ -120,7 +134,7 @@ class NinjaFile:
         base = re.sub(r"[^\w.]", "_", str(source.relative_to(ROOT)))
         made = self.name(f"obj/linux/{base}.o")
         self.lines.append(f"build {made}: compile {source.relative_to(ROOT)}\n"
-                          f"  compiler = clang++-19\n  flags = {flags}")
+                          f"  compiler = clang++-19\n  flags = {self.site(source)}{flags}")
         return made
 
     def test(self):

@@ -332,6 +332,49 @@ TEST_F(MacProgram, StopsExceptionsAtTheEdge) {
   });
 }
 
+TEST_F(MacProgram, TogglesLaunchAtLoginAndTellsWhyItCannot) {
+  run([&] {
+    const auto toggle = [] {
+      NSMenu* menu = system().statusItem.menu;
+      [menu.delegate menuNeedsUpdate:menu];
+      for (NSMenuItem* item : system().items) {
+        if (fake::title(item) != "Launch at Login") continue;
+        const bool isOn = item.state == NSControlStateValueOn;
+        fake::choose(item);
+        return isOn;
+      }
+      ADD_FAILURE() << "no such item";
+      return false;
+    };
+    EXPECT_FALSE(toggle());
+    EXPECT_EQ(lastLine(), "register");
+    system().loginStatus = SMAppServiceStatusEnabled;
+    EXPECT_TRUE(toggle());
+    EXPECT_EQ(lastLine(), "unregister");
+
+    system().loginStatus = SMAppServiceStatusRequiresApproval;
+    system().loginFails = true;
+    std::string told;
+    system().onAlert = [&](const fake::Alert& alert) {
+      told = alert.informativeText;
+      return 1000;
+    };
+    EXPECT_FALSE(toggle());
+    EXPECT_EQ(told, "Couldn't change Launch at Login: Not today.");
+  });
+}
+
+TEST_F(MacProgram, EndsAnotherCopyThatRuns) {
+  system().info["CFBundleIdentifier"] = @"app.torvane.p2p-helper";
+  const int gone = 0x7ffffffe;  // no process has this number
+  system().runningApplications = {{gone, "/Users/me/Downloads/Torvane P2P Helper.app"},
+                                  {4711, "/Applications/Torvane P2P Helper.app"}};
+  run([&] {
+    EXPECT_TRUE(said("force " + std::to_string(gone)));
+    EXPECT_FALSE(said("force 4711"));
+  });
+}
+
 TEST_F(MacProgram, TellsWhyItIsNotAdvertised) {
   run([&] {
     id<MCNearbyServiceAdvertiserDelegate> events = system().advertiser.delegate;

@@ -10,8 +10,8 @@
 #include <string>
 
 #include "bridge/http_session.h"
-#include "platform/linux/body_file.h"
 #include "platform/linux/curl_address.h"
+#include "platform/posix/body_file.h"
 
 namespace torvane {
 

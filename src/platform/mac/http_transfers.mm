@@ -14,7 +14,15 @@ namespace {
 struct Transfer {
   torvane::HttpCompletion completion;
   std::uint64_t maxBytes = 0;
+  std::unique_ptr<torvane::BodyFile> file;  // for the body; none: it goes into the result
+  std::uint64_t received = 0;
   torvane::HttpResult result;
+
+  [[nodiscard]] bool take(torvane::ByteView bytes) {
+    if (file) return file->write(bytes);
+    result.body.insert(result.body.end(), bytes.begin(), bytes.end());
+    return true;
+  }
 
   [[nodiscard]] bool isTooLong(std::uint64_t bytes) const {
     return maxBytes != 0 && bytes > maxBytes;
@@ -50,9 +58,10 @@ torvane::HttpResponse described(NSHTTPURLResponse* response) {
 
 - (void)expectTask:(NSURLSessionTask*)task
           maxBytes:(std::uint64_t)maxBytes
+            saveTo:(std::unique_ptr<torvane::BodyFile>)file
         completion:(torvane::HttpCompletion)completion {
   const std::lock_guard lock(_mutex);
-  _transfers[task.taskIdentifier] = {std::move(completion), maxBytes, {}};
+  _transfers[task.taskIdentifier] = {std::move(completion), maxBytes, std::move(file), 0, {}};
 }
 
 // Stays where it is until the task's end, which the same queue reports after everything else.
@@ -91,13 +100,13 @@ torvane::HttpResponse described(NSHTTPURLResponse* response) {
   torvane::atEdge([&] {
     Transfer* transfer = [self transferOf:dataTask];
     if (transfer == nullptr || transfer->result.error) return;
-    torvane::Bytes& body = transfer->result.body;
-    if (transfer->isTooLong(body.size() + data.length)) {
+    transfer->received += data.length;
+    if (transfer->isTooLong(transfer->received)) {
       [self task:dataTask isTooLong:transfer];
-      return;
+    } else if (!transfer->take({static_cast<const std::uint8_t*>(data.bytes), data.length})) {
+      transfer->result.error = "The file cannot be saved.";
+      [dataTask cancel];
     }
-    const auto* first = static_cast<const std::uint8_t*>(data.bytes);
-    body.insert(body.end(), first, first + data.length);
   });
 }
 
@@ -125,7 +134,10 @@ torvane::HttpResponse described(NSHTTPURLResponse* response) {
     if (ended.empty()) return;
     torvane::HttpResult& result = ended.mapped().result;
     if (error != nil && !result.error) result.error = torvane::toText(error.localizedDescription);
+    const auto& file = ended.mapped().file;
+    if (!result.error && file && !file->keep()) result.error = "The file cannot be saved.";
     if (result.error) result.body.clear();
+    ended.mapped().file.reset();  // removes what is not kept, before anybody looks
     ended.mapped().completion(std::move(result));
   });
 }

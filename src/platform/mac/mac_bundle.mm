@@ -9,6 +9,12 @@ namespace torvane {
 
 std::string MacBundle::path() const { return toText([NSBundle mainBundle].bundlePath); }
 
+std::optional<std::string> MacBundle::executablePath() const {
+  NSString* path = [NSBundle mainBundle].executablePath;
+  if (path == nil) return std::nullopt;
+  return toText(path);
+}
+
 std::optional<std::string> MacBundle::pathForResource(const std::string& name,
                                                       const std::string& type) const {
   NSString* path = [[NSBundle mainBundle] pathForResource:toNSString(name) ofType:toNSString(type)];

@@ -4,7 +4,7 @@
 
 #include <map>
 #include <memory>
-#include <utility>
+#include <tuple>
 
 #include "bridge/http_session.h"
 
@@ -28,7 +28,8 @@ class MacHttpSession final : public HttpSession {
     NSURLSession* session;
     TorvaneTransfers* transfers;
   };
-  using ChannelKey = std::pair<bool, double>;  // whether it is pinned, total time-out
+  // Whether it is pinned, whether bodies go to files, total time-out.
+  using ChannelKey = std::tuple<bool, bool, double>;
 
   Channel& channelFor(const HttpRequest& request);
   [[nodiscard]] Channel makeChannel(bool isPinned, double totalTimeout) const;

@@ -41,6 +41,12 @@ NSURLRequest* toURLRequest(NSURL* url, const HttpRequest& request, double idleTi
   return made;
 }
 
+void failSoon(NSURLSession* session, const char* problem, HttpCompletion completion) {
+  [session.delegateQueue addOperationWithBlock:^{
+    atEdge([&] { completion({std::nullopt, {}, problem}); });
+  }];
+}
+
 }  // namespace
 
 MacHttpSession::~MacHttpSession() {
@@ -57,26 +63,33 @@ MacHttpSession::Channel MacHttpSession::makeChannel(bool isPinned, double totalT
 }
 
 MacHttpSession::Channel& MacHttpSession::channelFor(const HttpRequest& request) {
-  const ChannelKey key{request.onlyEndpoint.has_value(), request.totalTimeout};
+  const ChannelKey key{request.onlyEndpoint.has_value(), request.saveTo.has_value(),
+                       request.totalTimeout};
   const auto known = channels_.find(key);
   if (known != channels_.end()) return known->second;
-  return channels_.emplace(key, makeChannel(key.first, key.second)).first->second;
+  return channels_.emplace(key, makeChannel(std::get<0>(key), std::get<2>(key))).first->second;
 }
 
 void MacHttpSession::dataTask(HttpRequest request, HttpCompletion completion) {
   Channel& channel = channelFor(request);
   NSURL* url = [NSURL URLWithString:toNSString(request.url)];
   if (url == nil || (request.onlyEndpoint && !leadsTo(url, *request.onlyEndpoint))) {
-    NSOperationQueue* queue = channel.session.delegateQueue;
-    [queue addOperationWithBlock:^{
-      atEdge([&] { completion({std::nullopt, {}, "Could not connect to the server."}); });
-    }];
+    failSoon(channel.session, "Could not connect to the server.", std::move(completion));
     return;
+  }
+  std::unique_ptr<BodyFile> file;
+  if (request.saveTo) {
+    file = BodyFile::create(*request.saveTo);
+    if (!file) {
+      failSoon(channel.session, "The file cannot be saved.", std::move(completion));
+      return;
+    }
   }
   NSURLSessionDataTask* task =
       [channel.session dataTaskWithRequest:toURLRequest(url, request, idleTimeout_)];
   [channel.transfers expectTask:task
                        maxBytes:request.maxResponseBytes
+                         saveTo:std::move(file)
                      completion:std::move(completion)];
   [task resume];
 }

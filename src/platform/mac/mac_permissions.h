@@ -6,6 +6,7 @@ namespace torvane {
 
 class MacAccessibility final : public Accessibility {
  public:
+  [[nodiscard]] bool isTrusted() const override;
   void promptForTrust() override;
 };
 

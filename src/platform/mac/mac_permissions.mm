@@ -7,6 +7,8 @@
 
 namespace torvane {
 
+bool MacAccessibility::isTrusted() const { return AXIsProcessTrusted(); }
+
 void MacAccessibility::promptForTrust() {
   NSDictionary* options = @{(__bridge NSString*)kAXTrustedCheckOptionPrompt : @YES};
   AXIsProcessTrustedWithOptions((__bridge CFDictionaryRef)options);

@@ -11,6 +11,7 @@ class MacProcessInfo final : public ProcessInfo {
 
   [[nodiscard]] std::optional<std::string> hostName() const override { return hostName_; }
   [[nodiscard]] std::string homeDirectory() const override { return homeDirectory_; }
+  [[nodiscard]] std::string temporaryDirectory() const override { return temporaryDirectory_; }
   [[nodiscard]] std::map<std::string, std::string> environment() const override {
     return environment_;
   }
@@ -19,6 +20,7 @@ class MacProcessInfo final : public ProcessInfo {
  private:
   std::optional<std::string> hostName_;
   std::string homeDirectory_;
+  std::string temporaryDirectory_;
   std::map<std::string, std::string> environment_;
   int processIdentifier_;
 };

@@ -8,7 +8,11 @@ namespace torvane {
 
 MacProcessInfo::MacProcessInfo()
     : homeDirectory_(toText(NSHomeDirectory())),
+      temporaryDirectory_(toText(NSTemporaryDirectory())),
       processIdentifier_([NSProcessInfo processInfo].processIdentifier) {
+  while (temporaryDirectory_.size() > 1 && temporaryDirectory_.ends_with('/')) {
+    temporaryDirectory_.pop_back();
+  }
   NSString* name = [NSHost currentHost].localizedName;
   if (name.length > 0) hostName_ = toText(name);
   NSDictionary<NSString*, NSString*>* environment = [NSProcessInfo processInfo].environment;

@@ -9,16 +9,19 @@
 #include "platform/mac/mac_bundle.h"
 #include "platform/mac/mac_clock.h"
 #include "platform/mac/mac_http_session.h"
+#include "platform/mac/mac_login_item.h"
 #include "platform/mac/mac_main_queue.h"
 #include "platform/mac/mac_overlay_surface.h"
 #include "platform/mac/mac_peer_link.h"
 #include "platform/mac/mac_permissions.h"
 #include "platform/mac/mac_picture_decoder.h"
 #include "platform/mac/mac_process_info.h"
+#include "platform/mac/mac_running_applications.h"
 #include "platform/mac/mac_screens.h"
 #include "platform/mac/mac_status_item.h"
 #include "platform/mac/mac_user_defaults.h"
 #include "platform/mac/mac_window_server.h"
+#include "platform/mac/mac_workspace.h"
 #include "platform/posix/posix_child_process.h"
 #include "platform/posix/posix_file_system.h"
 #include "platform/posix/thread_background_queue.h"
@@ -39,6 +42,9 @@ struct MacPlatform {
   MacProcessInfo processInfo;
   MacAccessibility accessibility;
   MacPrivacyDatabase privacyDatabase;
+  MacRunningApplications runningApplications;
+  MacWorkspace workspace;
+  MacLoginItem loginItem;
   MacHttpSessions http;
   MacPeerLink peerLink;
   PosixFileSystem files;
@@ -59,6 +65,9 @@ struct MacPlatform {
                  .processInfo = processInfo,
                  .accessibility = accessibility,
                  .privacyDatabase = privacyDatabase,
+                 .runningApplications = runningApplications,
+                 .workspace = workspace,
+                 .loginItem = loginItem,
                  .http = http,
                  .peerLink = peerLink,
                  .files = files,

@@ -380,6 +380,7 @@ NSError* error(const std::string& description) {
 }  // namespace fake
 
 extern "C" {
+NSString* NSTemporaryDirectory(void) { return @"/nonexistent/temporary/"; }
 NSString* NSHomeDirectory(void) { return @"/nonexistent/home"; }
 void NSLog(NSString* format, ...) { fake::say("NSLog " + fake::text(format)); }
 CFTypeID CFGetTypeID(CFTypeRef value) { return (CFTypeID)((__bridge NSNumber*)value)->_kind; }

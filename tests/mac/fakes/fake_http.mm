@@ -15,6 +15,14 @@
   url->_text = fake::text(string);
   return url->_text.find("://") != std::string::npos ? url : nil;
 }
++ (NSURL*)fileURLWithPath:(NSString*)path {
+  NSURL* url = [[NSURL alloc] init];
+  url->_text = "file://" + fake::text(path);
+  return url;
+}
+- (NSString*)path {
+  return fake::string(_text.substr(_text.find('/', _text.find("://") + 3)));
+}
 - (std::string)authority {
   const auto from = _text.find("://") + 3;
   return _text.substr(from, _text.find_first_of("/?#", from) - from);
@@ -40,6 +48,76 @@
   const auto colon = rest.find(':');
   if (colon == std::string::npos) return nil;
   return [NSNumber numberWithInt:std::atoi(rest.c_str() + colon + 1)];
+}
+@end
+
+@implementation NSWorkspace
++ (NSWorkspace*)sharedWorkspace {
+  return [[NSWorkspace alloc] init];
+}
+- (BOOL)openURL:(NSURL*)url {
+  fake::say("open " + url->_text);
+  return YES;
+}
+@end
+
+@implementation NSFileManager
++ (NSFileManager*)defaultManager {
+  return [[NSFileManager alloc] init];
+}
+- (BOOL)trashItemAtURL:(NSURL*)url resultingItemURL:(NSURL**)result error:(NSError**)error {
+  fake::say("trash " + url->_text);
+  return YES;
+}
+@end
+
+@interface NSRunningApplication () {
+ @public
+  int _identifier;
+}
+@end
+@implementation NSRunningApplication
++ (NSArray<NSRunningApplication*>*)runningApplicationsWithBundleIdentifier:(NSString*)identifier {
+  NSMutableArray* running = [NSMutableArray array];
+  for (const auto& application : fake::system().runningApplications) {
+    NSRunningApplication* made = [[NSRunningApplication alloc] init];
+    made->_identifier = application.first;
+    [running addObject:made];
+  }
+  return running;
+}
++ (instancetype)runningApplicationWithProcessIdentifier:(int)identifier {
+  NSRunningApplication* made = [[NSRunningApplication alloc] init];
+  made->_identifier = identifier;
+  return made;
+}
+- (int)processIdentifier {
+  return _identifier;
+}
+- (NSURL*)bundleURL {
+  return [NSURL fileURLWithPath:fake::string(fake::system().runningApplications[_identifier])];
+}
+- (BOOL)forceTerminate {
+  fake::say("force " + std::to_string(_identifier));
+  return YES;
+}
+@end
+
+@implementation SMAppService
++ (SMAppService*)mainAppService {
+  return [[SMAppService alloc] init];
+}
+- (SMAppServiceStatus)status {
+  return fake::system().loginStatus;
+}
+- (BOOL)registerAndReturnError:(NSError**)error {
+  fake::say("register");
+  if (fake::system().loginFails) *error = fake::error("Not today.");
+  return !fake::system().loginFails;
+}
+- (BOOL)unregisterAndReturnError:(NSError**)error {
+  fake::say("unregister");
+  return YES;
 }
 @end
 

@@ -3,8 +3,8 @@
 
 #import <AppKit/AppKit.h>
 #import <MultipeerConnectivity/MultipeerConnectivity.h>
+#import <ServiceManagement/ServiceManagement.h>
 
-#include <deque>
 #include <functional>
 #include <map>
 #include <memory>
@@ -51,6 +51,9 @@ struct System {
   std::map<std::string, id> defaults;
   std::map<std::string, id> info;
   std::vector<std::string> readableFiles;
+  std::map<int, std::string> runningApplications;  // process → bundle
+  SMAppServiceStatus loginStatus = SMAppServiceStatusNotRegistered;
+  bool loginFails = false;
   std::function<void()> body;  // of [NSApp run]
 
   NSApplication* application = nil;

@@ -19,6 +19,7 @@ DARWIN_BEGIN
 int access(const char*, int);
 int close(int);
 int dup2(int, int);
+int fsync(int);
 uid_t geteuid(void);
 pid_t getpid(void);
 uid_t getuid(void);

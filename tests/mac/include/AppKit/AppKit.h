@@ -32,6 +32,20 @@ typedef NS_ENUM(NSInteger, NSApplicationActivationPolicy) {
 
 extern "C" __kindof NSApplication* NSApp;
 
+@interface NSWorkspace : NSObject
+@property(class, readonly, strong) NSWorkspace* sharedWorkspace;
+- (BOOL)openURL:(NSURL*)url;
+@end
+
+@interface NSRunningApplication : NSObject
++ (NSArray<NSRunningApplication*>*)runningApplicationsWithBundleIdentifier:
+    (NSString*)bundleIdentifier;
++ (nullable instancetype)runningApplicationWithProcessIdentifier:(int)pid;
+@property(readonly) int processIdentifier;
+@property(nullable, readonly, copy) NSURL* bundleURL;
+- (BOOL)forceTerminate;
+@end
+
 // Colours and pictures
 
 @interface NSColor : NSObject

@@ -4,5 +4,6 @@
 
 extern "C" {
 extern CFStringRef kAXTrustedCheckOptionPrompt;
+Boolean AXIsProcessTrusted(void);
 Boolean AXIsProcessTrustedWithOptions(CFDictionaryRef options);
 }

@@ -135,6 +135,7 @@ enum : NSStringEncoding { NSUTF8StringEncoding = 4 };
 @interface NSBundle : NSObject
 @property(class, readonly, strong) NSBundle* mainBundle;
 @property(readonly, copy) NSString* bundlePath;
+@property(nullable, readonly, copy) NSString* executablePath;
 @property(nullable, readonly, copy) NSDictionary<NSString*, id>* infoDictionary;
 - (nullable NSString*)pathForResource:(nullable NSString*)name ofType:(nullable NSString*)ext;
 @end
@@ -199,11 +200,20 @@ typedef NSString* NSRunLoopMode;
 
 @interface NSURL : NSObject
 + (nullable instancetype)URLWithString:(NSString*)URLString;
++ (NSURL*)fileURLWithPath:(NSString*)path;
+@property(nullable, readonly, copy) NSString* path;
 @property(nullable, readonly, copy) NSString* scheme;
 @property(nullable, readonly, copy) NSString* user;
 @property(nullable, readonly, copy) NSString* password;
 @property(nullable, readonly, copy) NSString* host;
 @property(nullable, readonly, copy) NSNumber* port;
+@end
+
+@interface NSFileManager : NSObject
+@property(class, readonly, strong) NSFileManager* defaultManager;
+- (BOOL)trashItemAtURL:(NSURL*)url
+      resultingItemURL:(NSURL* _Nullable __autoreleasing* _Nullable)outResultingURL
+                 error:(NSError* _Nullable __autoreleasing* _Nullable)error;
 @end
 
 typedef NS_ENUM(NSUInteger, NSURLRequestCachePolicy) { NSURLRequestUseProtocolCachePolicy = 0 };
@@ -293,6 +303,7 @@ typedef NS_ENUM(NSInteger, NSURLSessionResponseDisposition) { NSURLSessionRespon
 extern "C" {
 extern const NSRunLoopMode NSRunLoopCommonModes;
 NSString* NSHomeDirectory(void);
+NSString* NSTemporaryDirectory(void);
 void NSLog(NSString* format, ...) __attribute__((format(__NSString__, 1, 2)));
 }
 

@@ -11,6 +11,8 @@
 #define S_ISDIR(m) (((m)&S_IFMT) == S_IFDIR)
 #define S_ISREG(m) (((m)&S_IFMT) == S_IFREG)
 #define S_ISLNK(m) (((m)&S_IFMT) == S_IFLNK)
+#define S_IWGRP 0000020
+#define S_IWOTH 0000002
 #define S_IRWXU 0000700
 #define S_IRWXG 0000070
 #define S_IRWXO 0000007
@@ -47,5 +49,6 @@ int lstat(const char*, struct stat*) DARWIN_INODE64("lstat");
 int fstat(int, struct stat*) DARWIN_INODE64("fstat");
 int mkdir(const char*, mode_t);
 int chmod(const char*, mode_t);
+int fchmod(int, mode_t);
 mode_t umask(mode_t);
 DARWIN_END

@@ -1,4 +1,4 @@
-#include "platform/linux/body_file.h"
+#include "platform/posix/body_file.h"
 
 #include <fcntl.h>
 #include <unistd.h>

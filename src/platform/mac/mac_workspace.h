@@ -1,0 +1,13 @@
+#pragma once
+
+#include "app/workspace.h"
+
+namespace torvane {
+
+class MacWorkspace final : public Workspace {
+ public:
+  void openURL(const std::string& url) override;
+  bool moveToTrash(const std::string& path) override;
+};
+
+}  // namespace torvane
