@@ -146,7 +146,7 @@ class MenuTest(unittest.TestCase):
         self.assertEqual(self.desktop.windows("--name", ALERT), [])
 
     def test_explains_how_it_works(self):
-        self.start()
+        self.start_with_engine()
         for key in ("Return", "Escape"):
             self.item.choose("How Does This Work?")
             self.alert("how-it-works")
@@ -154,7 +154,7 @@ class MenuTest(unittest.TestCase):
         self.assertIsNone(self.helper.poll())
 
     def test_launches_at_login_when_told_to(self):
-        self.start()
+        self.start_with_engine()
         path = os.path.join(self.desktop.environment["XDG_CONFIG_HOME"], "autostart",
                             "torvane-p2p-helper.desktop")
         self.assertFalse(os.path.exists(path))
@@ -173,7 +173,7 @@ class MenuTest(unittest.TestCase):
         self.assertNotEqual(self.entry("Launch at Login").get("toggle-state"), 1)
 
     def test_says_why_launch_at_login_cannot_be_changed(self):
-        self.start()
+        self.start_with_engine()
         with open(os.path.join(self.desktop.environment["XDG_CONFIG_HOME"], "autostart"), "w",
                   encoding="utf-8"):
             pass  # a file where the folder should be
