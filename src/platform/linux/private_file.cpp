@@ -9,21 +9,13 @@
 #include <cstdio>
 #include <filesystem>
 
+#include "platform/posix/write_all.h"
+
 namespace torvane {
 namespace {
 
 constexpr mode_t kPrivateFolder = 0700;
 constexpr mode_t kPrivateFile = 0600;
-
-bool writeAll(int descriptor, std::string_view content) {
-  while (!content.empty()) {
-    const ssize_t written = ::write(descriptor, content.data(), content.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) return false;
-    content.remove_prefix(static_cast<std::size_t>(written));
-  }
-  return true;
-}
 
 }  // namespace
 

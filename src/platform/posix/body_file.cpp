@@ -3,7 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <cerrno>
+#include "platform/posix/write_all.h"
 
 namespace torvane {
 namespace {
@@ -24,13 +24,7 @@ BodyFile::~BodyFile() {
 }
 
 bool BodyFile::write(ByteView bytes) {
-  while (!bytes.empty()) {
-    const ssize_t count = ::write(file_.get(), bytes.data(), bytes.size());
-    if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) return false;
-    bytes = bytes.subspan(static_cast<std::size_t>(count));
-  }
-  return true;
+  return writeAll(file_.get(), asText(bytes));
 }
 
 bool BodyFile::keep() {

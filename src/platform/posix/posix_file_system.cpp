@@ -9,6 +9,7 @@
 #include <limits>
 
 #include "platform/posix/unique_fd.h"
+#include "platform/posix/write_all.h"
 
 namespace torvane {
 namespace {
@@ -53,15 +54,7 @@ class PosixFileHandle final : public FileHandle {
 
   bool seekToEnd() override { return ::lseek(file_.get(), 0, SEEK_END) >= 0; }
 
-  bool write(std::string_view bytes) override {
-    while (!bytes.empty()) {
-      const ssize_t count = ::write(file_.get(), bytes.data(), bytes.size());
-      if (count < 0 && errno == EINTR) continue;
-      if (count <= 0) return false;
-      bytes.remove_prefix(static_cast<std::size_t>(count));
-    }
-    return true;
-  }
+  bool write(std::string_view bytes) override { return writeAll(file_.get(), bytes); }
 
   [[nodiscard]] Bytes read(std::size_t most) override {
     Bytes bytes;

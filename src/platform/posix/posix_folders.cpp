@@ -4,7 +4,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -13,6 +12,7 @@
 
 #include "platform/posix/posix_file_system.h"
 #include "platform/posix/unique_fd.h"
+#include "platform/posix/write_all.h"
 
 namespace torvane {
 namespace {
@@ -56,15 +56,10 @@ std::error_code lastError() {
 std::error_code copyBytes(int from, int to) {
   std::array<char, 65536> buffer;
   while (true) {
-    ssize_t got = ::read(from, buffer.data(), buffer.size());
+    const ssize_t got = ::read(from, buffer.data(), buffer.size());
     if (got < 0 && errno == EINTR) continue;
     if (got <= 0) return got < 0 ? lastError() : std::error_code();
-    for (const char* next = buffer.data(); got > 0;) {
-      const ssize_t put = ::write(to, next, static_cast<std::size_t>(got));
-      if (put < 0 && errno != EINTR) return lastError();
-      next += std::max<ssize_t>(put, 0);
-      got -= std::max<ssize_t>(put, 0);
-    }
+    if (!writeAll(to, {buffer.data(), static_cast<std::size_t>(got)})) return lastError();
   }
 }
 
