@@ -76,6 +76,11 @@ std::size_t contentLength(std::string_view header) {
   return length;
 }
 
+std::string_view targetOf(std::string_view request) {
+  const auto from = request.find(' ') + 1;
+  return request.substr(from, request.find(' ', from) - from);
+}
+
 class PythonEngine final : public Engine {
  public:
   explicit PythonEngine(const std::string& script) {
@@ -118,13 +123,19 @@ std::unique_ptr<Engine> startPythonEngine(const std::string& script) {
 }
 
 std::unique_ptr<Engine> FastEngine::start() {
-  UniqueFd listener = listenOnEnginePort();
-  if (listener.get() < 0) return nullptr;
-  return std::make_unique<FastEngine>(std::move(listener));
+  return start([](std::string_view) { return std::string(kState); });
 }
 
-FastEngine::FastEngine(UniqueFd listener)
-    : listener_(std::move(listener)), ending_(::eventfd(0, EFD_CLOEXEC)) {
+std::unique_ptr<Engine> FastEngine::start(Bodies bodies) {
+  UniqueFd listener = listenOnEnginePort();
+  if (listener.get() < 0) return nullptr;
+  return std::make_unique<FastEngine>(std::move(listener), std::move(bodies));
+}
+
+FastEngine::FastEngine(UniqueFd listener, Bodies bodies)
+    : listener_(std::move(listener)),
+      ending_(::eventfd(0, EFD_CLOEXEC)),
+      bodies_(std::move(bodies)) {
   thread_ = std::thread([this] { run(); });
 }
 
@@ -156,16 +167,17 @@ void FastEngine::accept() {
   connections_.push_back({std::move(socket), {}});
 }
 
-bool FastEngine::answer(Connection& connection) {
-  static const std::string kAnswer =
-      "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nContent-Length: " +
-      std::to_string(kState.size()) + std::string(kHeaderEnd) + std::string(kState);
+bool FastEngine::answer(Connection& connection) const {
   if (!receive(connection.socket.get(), connection.unread)) return false;
   for (;;) {
     const auto end = connection.unread.find(kHeaderEnd);
     if (end == std::string::npos) return true;
+    const std::string body = bodies_(targetOf(connection.unread));
     connection.unread.erase(0, end + kHeaderEnd.size());
-    if (!sendAll(connection.socket.get(), kAnswer)) return false;
+    const std::string header =
+        "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nContent-Length: " +
+        std::to_string(body.size()) + std::string(kHeaderEnd);
+    if (!sendAll(connection.socket.get(), header + body)) return false;
   }
 }
 

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -21,14 +23,18 @@ class Engine {
 // The engine that ships with the program. None when it does not come up.
 [[nodiscard]] std::unique_ptr<Engine> startPythonEngine(const std::string& script);
 
-// As quick an engine as can be: one thread, which answers every request at once with the same
-// state.
+// As quick an engine as can be: one thread, which answers every request at once, with the same
+// state if nothing else is said.
 class FastEngine final : public Engine {
  public:
+  // The body of the answer for a request's target. On the engine's thread.
+  using Bodies = std::function<std::string(std::string_view target)>;
+
   // None when it cannot listen.
   [[nodiscard]] static std::unique_ptr<Engine> start();
+  [[nodiscard]] static std::unique_ptr<Engine> start(Bodies bodies);
 
-  explicit FastEngine(UniqueFd listener);
+  FastEngine(UniqueFd listener, Bodies bodies);
   ~FastEngine() override;
   FastEngine(const FastEngine&) = delete;
   FastEngine& operator=(const FastEngine&) = delete;
@@ -41,10 +47,11 @@ class FastEngine final : public Engine {
 
   void run();
   void accept();
-  static bool answer(Connection& connection);  // false: it ended
+  bool answer(Connection& connection) const;  // false: it ended
 
   UniqueFd listener_;
   UniqueFd ending_;
+  Bodies bodies_;
   std::vector<Connection> connections_;
   std::thread thread_;  // last: it uses the members above
 };

@@ -12,6 +12,7 @@
 #include <random>
 #include <string>
 
+#include "ink/ink_events.h"
 #include "support/ink_strokes.h"
 #include "support/overlay_screen.h"
 
@@ -82,25 +83,50 @@ std::size_t memoryInUse() {
   return info.uordblks + info.hblkhd;
 }
 
-void benchFrames(OverlayView& view, OverlayScreen& screen, int strokes) {
+// What one poll brings: the events of 80 ms, applied and drawn.
+void poll(OverlayView& view, OverlayScreen& screen, std::vector<InkEvent> events) {
+  const bool applied = applyEvents(view, events, screen.now);
+  if (isRedrawDue(view, applied, screen.now)) view.setNeedsDisplay();
+  screen.settle();
+}
+
+void benchPolls(OverlayView& view, OverlayScreen& screen, int strokes) {
   std::mt19937 random(11);
-  const auto hand = wanderingStroke(random, 400, kStep);
-  view.begin(strokes, hand[0]);
-  print("frame: one new point", measured(300, [&](int i) {
-          view.append(strokes, hand[static_cast<std::size_t>(i)]);
-          view.setNeedsDisplay();
-          screen.settle();
+  const auto hand = wanderingStroke(random, 1200, kStep);
+  const auto point = [&](int i) { return hand[static_cast<std::size_t>(i) % hand.size()]; };
+  poll(view, screen, {BeginStroke{strokes, point(0)}});
+  print("poll: four new points", measured(290, [&](int i) {
+          std::vector<InkEvent> events;
+          for (int k = 0; k < 4; ++k) events.push_back(AppendPoint{strokes, point(4 * i + k)});
+          poll(view, screen, events);
         }));
-  print("frame: the laser dot moves", measured(300, [&](int i) {
-          view.placeLaser(hand[static_cast<std::size_t>(i)], screen.now);
-          view.setNeedsDisplay();
-          screen.settle();
-        }));
-  print("frame: nothing changed", measured(300, [&](int) {
-          view.laser.reset();
-          view.setNeedsDisplay();
-          screen.settle();
-        }));
+  print("poll: the laser dot moves",
+        measured(290, [&](int i) { poll(view, screen, {PlaceLaser{point(4 * i)}}); }));
+  screen.now += 1;
+  poll(view, screen, {PlaceLaser{point(0)}});
+  screen.now += 1;
+  print("poll: nothing new", measured(290, [&](int) { poll(view, screen, {}); }));
+}
+
+// What a careless program would hold its main thread up with.
+void benchHostile() {
+  OverlayView view;
+  OverlayScreen screen(view, kWidth, kHeight);
+  std::vector<std::int64_t> ids;
+  for (int id = 0; id < 200'000; ++id) {
+    view.begin(id, {0.5, 0.5});
+    view.append(id, {0.5 + 1e-6 * id, 0.6});
+    ids.push_back(id);
+  }
+  std::puts("hostile drawings");
+  rebuild("200,000 strokes on top of each other", view, screen);
+  print("200,000 strokes deleted at once", measured(1, [&](int) { view.remove(ids); }));
+  rebuild("  and what is left drawn", view, screen);
+  view.begin(1, {0.5, 0.5});
+  std::mt19937 random(3);
+  std::uniform_real_distribution<double> anywhere(0, 1);
+  for (int i = 0; i < 20'000; ++i) view.append(1, {anywhere(random), anywhere(random)});
+  rebuild("20,000 lines across the whole screen", view, screen);
 }
 
 void bench(int strokes) {
@@ -114,7 +140,7 @@ void bench(int strokes) {
               perPoint);
   OverlayScreen screen(*view, kWidth, kHeight);
   rebuild("first drawing", *view, screen);
-  benchFrames(*view, screen, strokes);
+  benchPolls(*view, screen, strokes);
   view->setAspect(0.75);
   rebuild("another aspect", *view, screen);
   if (strokes > 1) {
@@ -139,4 +165,5 @@ int main(int count, char** arguments) {
   if (count > 1) counts.clear();
   for (int i = 1; i < count; ++i) counts.push_back(std::atoi(arguments[i]));
   for (const int strokes : counts) torvane::bench(strokes);
+  torvane::benchHostile();
 }
