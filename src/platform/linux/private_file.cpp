@@ -5,10 +5,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
 
+#include "platform/posix/unique_fd.h"
 #include "platform/posix/write_all.h"
 
 namespace torvane {
@@ -16,6 +18,7 @@ namespace {
 
 constexpr mode_t kPrivateFolder = 0700;
 constexpr mode_t kPrivateFile = 0600;
+constexpr std::size_t kPiece = 16 << 10;  // bytes that are read at once
 
 }  // namespace
 
@@ -39,21 +42,18 @@ bool writePrivateFile(const std::string& path, std::string_view content) {
 }
 
 std::optional<std::string> readSmallFile(const std::string& path, std::size_t most) {
-  const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-  if (descriptor < 0) return std::nullopt;
-  std::string content(most + 1, '\0');
-  std::size_t size = 0;
-  ssize_t got = 0;
+  const UniqueFd file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   struct stat status {};
-  const bool isFile = ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
-  do {
-    got = isFile ? ::read(descriptor, content.data() + size, content.size() - size) : -1;
-    if (got > 0) size += static_cast<std::size_t>(got);
-  } while (got > 0 || (got < 0 && isFile && errno == EINTR));
-  ::close(descriptor);
-  if (got < 0 || size > most) return std::nullopt;
-  content.resize(size);
-  return content;
+  if (::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
+  std::string content;
+  std::array<char, kPiece> piece;
+  while (content.size() <= most) {
+    const ssize_t got = ::read(file.get(), piece.data(), piece.size());
+    if (got == 0) return content;
+    if (got < 0 && errno != EINTR) return std::nullopt;
+    if (got > 0) content.append(piece.data(), static_cast<std::size_t>(got));
+  }
+  return std::nullopt;
 }
 
 FileLock::FileLock(const std::string& path)
