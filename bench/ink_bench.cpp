@@ -7,6 +7,7 @@
 #include <time.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <random>
@@ -90,9 +91,16 @@ void poll(OverlayView& view, OverlayScreen& screen, std::vector<InkEvent> events
   screen.settle();
 }
 
+// The same line, turned back wherever it would leave the screen.
+std::vector<Point> keptOnScreen(std::vector<Point> line) {
+  const auto folded = [](double value) { return std::abs(std::remainder(value, 2)); };
+  for (Point& point : line) point = {folded(point.x), folded(point.y)};
+  return line;
+}
+
 void benchPolls(OverlayView& view, OverlayScreen& screen, int strokes) {
   std::mt19937 random(11);
-  const auto hand = wanderingStroke(random, 1200, kStep);
+  const auto hand = keptOnScreen(wanderingStroke(random, 1200, kStep));
   const auto point = [&](int i) { return hand[static_cast<std::size_t>(i) % hand.size()]; };
   poll(view, screen, {BeginStroke{strokes, point(0)}});
   print("poll: four new points", measured(290, [&](int i) {

@@ -1,5 +1,6 @@
 #include "ink/ink_layer.h"
 
+#include <algorithm>
 #include <limits>
 
 namespace torvane {
@@ -11,11 +12,20 @@ constexpr std::size_t kMostSpoiledParts = 16;
 
 // Work is counted, not timed, so that it is the same on every machine and in every test. A unit is
 // about a nanosecond.
-constexpr std::int64_t kWorkPerCall = 16'000'000;
+constexpr std::int64_t kWorkPerCall = 12'000'000;
 constexpr std::int64_t kWorkPerPlace = 5;
 constexpr std::int64_t kWorkPerPoint = 5;
 constexpr std::int64_t kWorkPerTile = 50'000;
 constexpr double kWorkPerSquarePixel = 4;
+
+bool isLarge(const Rect& part) {
+  return part.area() > kTileWidth * kTileHeight;
+}
+
+bool belongTogether(const Rect& a, const Rect& b) {
+  if (isLarge(a) || isLarge(b)) return isLarge(a) && isLarge(b);
+  return united(a, b).area() <= 1.5 * (a.area() + b.area());
+}
 
 // The part of the slide, in fractions, whose ink may touch `area`.
 Rect fractionsAround(const Rect& area, const Rect& slide) {
@@ -28,22 +38,35 @@ Rect fractionsAround(const Rect& area, const Rect& slide) {
 
 }  // namespace
 
+// Points that follow each other make one part, and so does all that is large: then the parts cover
+// little more than what they stand for. Small parts stay apart from what is large, which they
+// overtake: one of them is what the presenter is just drawing.
 void InkLayer::spoil(const Rect& area) {
   if (area.isEmpty()) return;
-  for (auto& part : spoiled_) {
-    // Points that follow each other make one part. Parts far from each other stay apart, and what
-    // is being drawn stays apart from a long rebuild, which it overtakes.
-    if (part.area() > kTileWidth * kTileHeight && area.area() < kTileWidth * kTileHeight) continue;
-    const Rect both = united(part, area);
-    if (both.area() > 1.5 * (part.area() + area.area())) continue;
-    part = both;
-    return;
+  Rect whole = area;
+  const auto joins = [&](const Rect& part) {
+    if (!belongTogether(part, whole)) return false;
+    whole = united(part, whole);
+    return true;
+  };
+  while (std::erase_if(spoiled_, joins) > 0) {
   }
-  if (spoiled_.size() < kMostSpoiledParts) {
-    spoiled_.push_back(area);
-  } else {
-    spoiled_.back() = united(spoiled_.back(), area);
-  }
+  spoiled_.push_back(whole);
+  if (spoiled_.size() > kMostSpoiledParts) uniteTwoSmallParts();
+}
+
+// The oldest two. There are always that many: what is large is one part, and two more at most that
+// a tile was taken from.
+void InkLayer::uniteTwoSmallParts() {
+  Rect both;
+  int missing = 2;
+  std::erase_if(spoiled_, [&](const Rect& part) {
+    if (missing == 0 || isLarge(part)) return false;
+    --missing;
+    both = united(both, part);
+    return true;
+  });
+  spoil(both);
 }
 
 void InkLayer::spoilAll(const Rect& view) {
@@ -94,11 +117,10 @@ void InkLayer::copyTo(Canvas& canvas, const Rect& area) const {
   if (layer_) canvas.copyLayer(*layer_, area);
 }
 
-// The smallest part goes first: it is what the presenter is just drawing.
+// The newest part goes first, and what is large last.
 Rect InkLayer::takeTile(const Rect& view) {
-  const auto part =
-      std::min_element(spoiled_.begin(), spoiled_.end(),
-                       [](const Rect& a, const Rect& b) { return a.area() < b.area(); });
+  const auto newest = std::find_if_not(spoiled_.rbegin(), spoiled_.rend(), isLarge);
+  const auto part = newest == spoiled_.rend() ? spoiled_.end() - 1 : newest.base() - 1;
   const Rect rest = intersected(widenedToWhole(*part), view);
   spoiled_.erase(part);
   const double right = std::min(rest.right(), rest.x + kTileWidth);

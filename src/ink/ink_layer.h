@@ -53,6 +53,7 @@ class InkLayer {
     std::size_t run = 0;
   };
 
+  void uniteTwoSmallParts();
   [[nodiscard]] Rect takeTile(const Rect& view);
   void startJob(const InkScene& scene);
   bool continueJob(const InkScene& scene);
