@@ -32,6 +32,19 @@ def descriptors(pid):
     return len(os.listdir(f"/proc/{pid}/fd"))
 
 
+def connections_to(port, pid):
+    """How many of its descriptors are TCP connections to this port of any computer."""
+    rows = (line.split() for line in read(f"/proc/{pid}/net/tcp").splitlines()[1:])
+    sockets = {f"socket:[{row[9]}]" for row in rows if int(row[2].split(":")[1], 16) == port}
+    count = 0
+    for descriptor in os.listdir(f"/proc/{pid}/fd"):
+        try:
+            count += os.readlink(f"/proc/{pid}/fd/{descriptor}") in sockets
+        except OSError:  # closed meanwhile
+            continue
+    return count
+
+
 def threads(pid):
     return len(os.listdir(f"/proc/{pid}/task"))
 
