@@ -61,9 +61,15 @@ class FileSystem {
   virtual bool removeAll(const std::string& path) = 0;
 
   // Moves a file or a folder, to another disk too. None when it is done; else a description for
-  // the user, and `from` is as it was.
-  [[nodiscard]] virtual std::optional<std::string> move(const std::string& from,
-                                                        const std::string& to) = 0;
+  // the user, and `from` is as it was. What is copied to another disk is left as `original`, a path
+  // in the same folder, where one is given; the caller removes it, or moves it back, for which its
+  // disk needs no room.
+  [[nodiscard]] virtual std::optional<std::string> move(
+      const std::string& from, const std::string& to,
+      const std::optional<std::string>& original) = 0;
+
+  // What is in a folder; empty when it cannot be read.
+  [[nodiscard]] virtual std::vector<std::string> names(const std::string& folder) const = 0;
 
   // Every symbolic link in the folder and in the folders it holds; none when not all of them
   // could be read. Links are not followed.

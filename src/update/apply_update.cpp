@@ -1,5 +1,6 @@
 #include "update/apply_update.h"
 
+#include <algorithm>
 #include <array>
 #include <vector>
 
@@ -12,6 +13,8 @@ namespace {
 
 using Reason = std::optional<std::string>;  // none: the step is done
 
+constexpr int kNoSuchProcess = 1;  // the exit status of kill
+
 constexpr const char* kNotUnpacked = "The downloaded file could not be unpacked.";
 constexpr const char* kNotAssessed = "The download failed Gatekeeper verification.";
 constexpr const char* kNotSigned = "The download is not signed by the expected developer.";
@@ -22,6 +25,18 @@ constexpr const char* kNotReplaced = "Could not replace the app in /Applications
 constexpr const char* kNotInstalled = "Could not install the new copy.";
 constexpr const char* kNotWanted = "The update was cancelled.";  // by the program's end
 
+// The process whose work folder, or download, has this name.
+std::optional<std::string> workFolderProcess(std::string_view name) {
+  constexpr std::string_view kDownload = ".zip";
+  if (!name.starts_with(kWorkFolderPrefix)) return std::nullopt;
+  name.remove_prefix(std::string_view(kWorkFolderPrefix).size());
+  if (name.ends_with(kDownload)) name.remove_suffix(kDownload.size());
+  const bool isNumber =
+      std::all_of(name.begin(), name.end(), [](char c) { return c >= '0' && c <= '9'; });
+  if (name.empty() || !isNumber) return std::nullopt;
+  return std::string(name);
+}
+
 class Installer {
  public:
   Installer(FileSystem& files, ProcessLauncher& processes, const UpdatePlan& plan)
@@ -31,8 +46,9 @@ class Installer {
     files_.removeAll(plan_.workFolder);
     // Whoever else may write there could change the application after it has been checked.
     if (!files_.createPrivateFolder(plan_.workFolder)) return kNotUnpacked;
+    removeLeavings(OldCopies::keep);
     const std::string zip = plan_.workFolder + "/helper.zip";
-    static_cast<void>(files_.move(zipAt, zip));  // shows at the next step
+    static_cast<void>(files_.move(zipAt, zip, std::nullopt));  // shows at the next step
     if (run("/usr/bin/ditto", {"-x", "-k", zip, plan_.workFolder}).status != 0) return kNotUnpacked;
     const auto links = files_.symbolicLinks(application_);
     if (!files_.isFolder(application_) || !links || !staysInside(*links)) return kNotUnpacked;
@@ -62,14 +78,21 @@ class Installer {
   }
 
   Reason replace() {
-    if (const auto error = files_.move(plan_.bundlePath, oldCopy_)) return kNotReplaced + *error;
-    if (run("/usr/bin/ditto", {application_, plan_.bundlePath}).status == 0) return std::nullopt;
-    files_.removeAll(plan_.bundlePath);  // half a copy would stand in the way
-    static_cast<void>(files_.move(oldCopy_, plan_.bundlePath));
-    return kNotInstalled;
+    files_.removeAll(original_);  // of an attempt that was cut off
+    const auto error = files_.move(plan_.bundlePath, oldCopy_, original_);
+    if (error) return kNotReplaced + *error;
+    if (run("/usr/bin/ditto", {application_, plan_.bundlePath}).status != 0) {
+      putBack();
+      return kNotInstalled;
+    }
+    files_.removeAll(original_);
+    removeLeavings(OldCopies::remove);
+    return std::nullopt;
   }
 
+  // Anything else between the quotes of the command would be a command itself.
   void relaunch() {
+    if ((plan_.workFolder + plan_.bundlePath).find('\'') != std::string::npos) return;
     ProcessLaunch shell;
     shell.executable = "/bin/sh";
     shell.arguments = {"-c", relaunchCommand(plan_)};
@@ -77,6 +100,30 @@ class Installer {
   }
 
  private:
+  enum class OldCopies { keep, remove };
+
+  // From another disk the old copy might not fit back any more: the program that runs keeps the
+  // room of its file.
+  void putBack() {
+    files_.removeAll(plan_.bundlePath);  // half a copy would stand in the way
+    const bool hasOriginal = files_.isFolder(original_);
+    static_cast<void>(
+        files_.move(hasOriginal ? original_ : oldCopy_, plan_.bundlePath, std::nullopt));
+    files_.removeAll(hasOriginal ? oldCopy_ : original_);
+  }
+
+  // What is left of processes that were killed. An old copy among it may be the only intact one,
+  // until a new one has been installed.
+  void removeLeavings(OldCopies oldCopies) {
+    for (const std::string& name : files_.names(plan_.temporaryFolder)) {
+      const auto process = workFolderProcess(name);
+      if (!process || *process == std::to_string(plan_.processIdentifier)) continue;
+      const std::string path = plan_.temporaryFolder + "/" + name;
+      if (oldCopies == OldCopies::keep && files_.isFolder(path + "/old.app")) continue;
+      if (run("/bin/kill", {"-0", *process}).status == kNoSuchProcess) files_.removeAll(path);
+    }
+  }
+
   ToolResult run(const std::string& tool, const std::vector<std::string>& arguments) {
     return runTool(processes_, tool, arguments);
   }
@@ -86,6 +133,7 @@ class Installer {
   const UpdatePlan& plan_;
   const std::string application_ = plan_.workFolder + "/" + kApplicationName;
   const std::string oldCopy_ = plan_.workFolder + "/old.app";
+  const std::string original_ = plan_.bundlePath + ".old";  // while oldCopy_ is on another disk
 };
 
 }  // namespace

@@ -9,12 +9,14 @@
 
 namespace torvane {
 
-inline constexpr const char* kApplicationName = "Torvane P2P Helper.app";  // in the archive
+inline constexpr const char* kApplicationName = "Torvane P2P Helper.app";   // in the archive
+inline constexpr const char* kWorkFolderPrefix = "torvane-helper-update-";  // a process ID follows
 
 // What an update replaces, and where it is prepared.
 struct UpdatePlan {
-  std::string bundlePath;  // of the copy that runs
-  std::string workFolder;
+  std::string bundlePath;       // of the copy that runs
+  std::string temporaryFolder;  // this user's alone; holds the work folders
+  std::string workFolder;       // of this process
   std::string currentBuild;
   std::string teamID;
   int processIdentifier = 0;

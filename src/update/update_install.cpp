@@ -43,9 +43,10 @@ void BridgeDelegate::installUpdate() {
 
 UpdatePlan BridgeDelegate::updatePlan() const {
   const int pid = platform_.processInfo.processIdentifier();
-  const std::string work = platform_.processInfo.temporaryDirectory() + "/torvane-helper-update-";
+  const std::string temporary = platform_.processInfo.temporaryDirectory();
   return {.bundlePath = platform_.bundle.path(),
-          .workFolder = work + std::to_string(pid),
+          .temporaryFolder = temporary,
+          .workFolder = temporary + "/" + kWorkFolderPrefix + std::to_string(pid),
           .currentBuild = myVersion(),
           .teamID = teamID,
           .processIdentifier = pid};
@@ -57,7 +58,7 @@ void BridgeDelegate::downloadUpdate(const std::string& build) {
   const UpdatePlan plan = updatePlan();
   const std::string zip = plan.workFolder + ".zip";
   FileSystem& files = platform_.files;
-  static_cast<void>(files.createPrivateFolder(platform_.processInfo.temporaryDirectory()));
+  static_cast<void>(files.createPrivateFolder(plan.temporaryFolder));
   files.remove(zip);
   HttpRequest request;
   request.url = updateURL("/Torvane-P2P-Mac.zip");

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <map>
 #include <memory>
 #include <set>
@@ -20,6 +21,7 @@ class FakeFileSystem final : public FileSystem {
   std::set<std::string> immovable;
   std::set<std::string> foreign;
   std::map<std::string, std::string> links;  // → target
+  std::set<std::string> disks;               // folders that are another disk
 
   void put(const std::string& path, std::string text) {
     contents[path] = std::make_shared<std::string>(std::move(text));
@@ -80,14 +82,26 @@ class FakeFileSystem final : public FileSystem {
     std::erase_if(folders, isWithin);
     return true;
   }
-  [[nodiscard]] std::optional<std::string> move(const std::string& from,
-                                                const std::string& to) override {
+  [[nodiscard]] std::optional<std::string> move(
+      const std::string& from, const std::string& to,
+      const std::optional<std::string>& original) override {
     if (immovable.count(from) != 0) return "Permission denied.";
     if (!exists(from)) return "No such file or directory.";
     if (exists(to)) return "File exists.";
     copyTree(from, to);
+    if (original && areOnDifferentDisks(from, to)) copyTree(from, *original);
     removeAll(from);
     return std::nullopt;
+  }
+  [[nodiscard]] std::vector<std::string> names(const std::string& folder) const override {
+    std::set<std::string> found;
+    const auto add = [&](const std::string& path, const auto&) {
+      if (!path.empty()) found.insert(path.substr(0, path.find('/')));
+    };
+    forEach(contents, folder, add);
+    forEach(links, folder, add);
+    for (const auto& each : folders) add(relative(each, folder).value_or(""), each);
+    return {found.begin(), found.end()};
   }
   [[nodiscard]] std::optional<std::vector<SymbolicLink>> symbolicLinks(
       const std::string& folder) const override {
@@ -110,6 +124,11 @@ class FakeFileSystem final : public FileSystem {
   }
 
  private:
+  [[nodiscard]] bool areOnDifferentDisks(const std::string& one, const std::string& other) const {
+    return std::any_of(disks.begin(), disks.end(), [&](const std::string& disk) {
+      return relative(one, disk).has_value() != relative(other, disk).has_value();
+    });
+  }
   // The part of a path below a folder; empty for the folder itself, none outside it.
   static std::optional<std::string> relative(const std::string& path, const std::string& folder) {
     if (path == folder) return std::string();

@@ -111,24 +111,49 @@ TEST_F(PosixFolders, RemovesAFileALinkAndNothing) {
 
 TEST_F(PosixFolders, MovesAFolder) {
   putApplication();
-  EXPECT_EQ(files.move(folder / "a.app", folder / "b.app"), std::nullopt);
+  EXPECT_EQ(files.move(folder / "a.app", folder / "b.app", std::nullopt), std::nullopt);
   EXPECT_EQ(get(folder / "b.app/bin/program"), "program");
   EXPECT_FALSE(files.exists(folder / "a.app"));
 }
 
 // Another disk than the temporary folder's, on most computers.
-TEST_F(PosixFolders, MovesAFolderToAnotherDisk) {
-  struct stat here {};
-  struct stat there {};
-  if (::stat("/dev/shm", &there) != 0 || ::stat(folder.path().c_str(), &here) != 0 ||
-      here.st_dev == there.st_dev || ::access("/dev/shm", W_OK) != 0) {
-    GTEST_SKIP() << "there is no other disk";
+class PosixFoldersOnTwoDisks : public PosixFolders {
+ protected:
+  std::string other = "/dev/shm/torvane-test-" + std::to_string(::getpid());
+
+  void SetUp() override {
+    struct stat here {};
+    struct stat there {};
+    if (::stat("/dev/shm", &there) != 0 || ::stat(folder.path().c_str(), &here) != 0 ||
+        here.st_dev == there.st_dev || ::access("/dev/shm", W_OK) != 0) {
+      GTEST_SKIP() << "there is no other disk";
+    }
   }
-  const std::string other = "/dev/shm/torvane-test-" + std::to_string(::getpid());
+  void TearDown() override { fs::remove_all(other); }
+};
+
+TEST_F(PosixFoldersOnTwoDisks, LeavesTheOriginalAsideWhereToldTo) {
+  putApplication();
+  const std::string original = folder / "original";
+  EXPECT_EQ(files.move(folder / "a.app", other, original), std::nullopt);
+  EXPECT_FALSE(files.exists(folder / "a.app"));
+  EXPECT_EQ(get(original + "/bin/program"), "program");
+  EXPECT_EQ(get(other + "/bin/program"), "program");
+}
+
+TEST_F(PosixFoldersOnTwoDisks, WhatCannotBeSetAsideIsWhereItWas) {
+  putApplication();
+  put(folder / "original/in/the/way", "");
+  EXPECT_EQ(files.move(folder / "a.app", other, folder / "original"), "Directory not empty.");
+  EXPECT_EQ(get(folder / "a.app/bin/program"), "program");
+  EXPECT_FALSE(files.exists(other));
+}
+
+TEST_F(PosixFoldersOnTwoDisks, MovesAFolderToAnotherDisk) {
   putApplication();
   put(folder / "a.app/deep/er/large", std::string(200'000, 'x'));
   ::chmod((folder / "a.app/deep").c_str(), 0750);
-  EXPECT_EQ(files.move(folder / "a.app", other), std::nullopt);
+  EXPECT_EQ(files.move(folder / "a.app", other, std::nullopt), std::nullopt);
   EXPECT_EQ(get(other + "/bin/program"), "program");
   EXPECT_EQ(get(other + "/deep/er/large"), std::string(200'000, 'x'));
   EXPECT_EQ(mode(other + "/deep"), 0750U);
@@ -137,20 +162,36 @@ TEST_F(PosixFolders, MovesAFolderToAnotherDisk) {
   EXPECT_TRUE(fs::is_empty(folder.path()));
 
   put(folder / "taken", "text");
-  EXPECT_EQ(files.move(other, folder / "taken"), "File exists.");
+  EXPECT_EQ(files.move(other, folder / "taken", std::nullopt), "File exists.");
   ASSERT_EQ(::mkfifo((other + "/pipe").c_str(), 0600), 0);
-  EXPECT_EQ(files.move(other, folder / "partly"), "Operation not supported.");
+  EXPECT_EQ(files.move(other, folder / "partly", std::nullopt), "Operation not supported.");
   EXPECT_FALSE(files.exists(folder / "partly"));
   EXPECT_EQ(get(folder / "taken"), "text");
   EXPECT_EQ(get(other + "/bin/program"), "program");
-  EXPECT_TRUE(files.removeAll(other));
+}
+
+TEST_F(PosixFolders, LeavesNoOriginalOnTheSameDisk) {
+  putApplication();
+  EXPECT_EQ(files.move(folder / "a.app", folder / "b.app", folder / "original"), std::nullopt);
+  EXPECT_EQ(get(folder / "b.app/bin/program"), "program");
+  EXPECT_FALSE(files.exists(folder / "original"));
+}
+
+TEST_F(PosixFolders, TellsTheNamesOfWhatAFolderHolds) {
+  putApplication();
+  auto names = files.names(folder / "a.app");
+  std::sort(names.begin(), names.end());
+  EXPECT_EQ(names, (std::vector<std::string>{"bin", "link"}));
+  EXPECT_TRUE(files.names(folder / "none").empty());
 }
 
 TEST_F(PosixFolders, SaysWhyAFolderCannotBeMoved) {
   putApplication();
-  EXPECT_EQ(files.move(folder / "none", folder / "b"), "No such file or directory.");
-  EXPECT_EQ(files.move(folder / "a.app", folder / "none/b"), "No such file or directory.");
-  EXPECT_EQ(files.move(folder / "a.app", std::string("b\0c", 3)), "Invalid argument.");
+  EXPECT_EQ(files.move(folder / "none", folder / "b", std::nullopt), "No such file or directory.");
+  EXPECT_EQ(files.move(folder / "a.app", folder / "none/b", std::nullopt),
+            "No such file or directory.");
+  EXPECT_EQ(files.move(folder / "a.app", std::string("b\0c", 3), std::nullopt),
+            "Invalid argument.");
   EXPECT_EQ(get(folder / "a.app/bin/program"), "program");
 }
 

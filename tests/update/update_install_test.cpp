@@ -118,6 +118,88 @@ TEST_F(UpdateInstall, LeavingsOfAnEarlierAttemptAreRemovedFirst) {
   EXPECT_FALSE(platform.files.exists(std::string(kWork) + "/old.app/bin/older"));
 }
 
+TEST_F(UpdateInstall, LeavingsOfProcessesThatHaveEndedAreRemoved) {
+  const std::string other = "/temporary/torvane-helper-update-4000";
+  platform.files.put(other + "/helper.zip", "PK");
+  platform.files.put(other + ".zip", "half a download");
+  tools["kill"].status = 1;
+  tools["spctl"].status = 3;
+  checkByHand();
+  EXPECT_EQ(toolsRun()[0], "/bin/kill|-0|4000");
+  EXPECT_FALSE(platform.files.exists(other));
+  EXPECT_FALSE(platform.files.exists(other + ".zip"));
+}
+
+TEST_F(UpdateInstall, LeavingsOfWhatMayStillRunStay) {
+  const std::string other = "/temporary/torvane-helper-update-4000/helper.zip";
+  platform.files.put(other, "PK");
+  for (const bool isMissing : {false, true}) {
+    tools["kill"].isMissing = isMissing;
+    tools["spctl"].status = 3;
+    checkByHand();
+    EXPECT_TRUE(platform.files.exists(other));
+  }
+}
+
+TEST_F(UpdateInstall, OtherNamesAreNoLeavings) {
+  tools["kill"].status = 1;
+  for (const char* name : {"torvane-helper-update-", "torvane-helper-update-12x", "4000.zip",
+                           "torvane-helper-update-.zip"}) {
+    platform.files.put(std::string("/temporary/") + name + "/kept", "text");
+  }
+  checkByHand();
+  EXPECT_TRUE(hasQuit());
+  EXPECT_EQ(toolsRun().size(), 6U);
+  EXPECT_TRUE(platform.files.exists("/temporary/torvane-helper-update-/kept"));
+}
+
+TEST_F(UpdateInstall, OldCopyOfAKilledProcessStaysUntilANewOneIsInPlace) {
+  const std::string old = "/temporary/torvane-helper-update-4000/old.app";
+  platform.files.put(old + "/bin/torvane-p2p-helper", "the program of 411");
+  tools["kill"].status = 1;
+  tools["second ditto"].status = 1;
+  checkByHand();
+  EXPECT_TRUE(platform.files.exists(old));
+  tools.erase("second ditto");
+  checkByHand();
+  EXPECT_TRUE(hasQuit());
+  EXPECT_FALSE(platform.files.exists(old));
+}
+
+TEST_F(UpdateInstall, OriginalOnAnotherDiskGoesOnceTheNewCopyIsInPlace) {
+  platform.files.disks = {"/Applications"};
+  const auto before = platform.files.tree(kInstalled);
+  platform.files.put(std::string(kInstalled) + ".old/bin/older", "older");
+  checkByHand();
+  EXPECT_TRUE(hasQuit());
+  EXPECT_EQ(platform.files.tree(kInstalled), platform.files.tree(kUnpacked));
+  EXPECT_EQ(platform.files.tree(std::string(kWork) + "/old.app"), before);
+  EXPECT_FALSE(platform.files.exists(std::string(kInstalled) + ".old"));
+}
+
+// The disk may be too full to take back what was copied to another one.
+TEST_F(UpdateInstall, OriginalOnAnotherDiskIsWhatGoesBack) {
+  platform.files.disks = {"/Applications"};
+  platform.files.immovable.insert(std::string(kWork) + "/old.app");
+  const auto before = platform.files.tree(kInstalled);
+  tools["second ditto"].status = 1;
+  checkByHand();
+  EXPECT_EQ(platform.files.tree(kInstalled), before);
+  EXPECT_EQ(platform.files.names("/Applications"),
+            std::vector<std::string>{"Torvane P2P Helper.app"});
+  EXPECT_FALSE(platform.files.exists(std::string(kWork) + "/old.app"));
+}
+
+TEST_F(UpdateInstall, PathWithAQuoteNeverReachesTheShell) {
+  const std::string installed = "/Applications/Anna's/Torvane P2P Helper.app";
+  ASSERT_EQ(platform.files.move(kInstalled, installed, std::nullopt), std::nullopt);
+  platform.bundle.bundlePath = installed;
+  checkByHand();
+  EXPECT_TRUE(hasQuit());
+  EXPECT_EQ(platform.files.text(installed + "/Contents/Info.plist"), "413");
+  EXPECT_EQ(toolsRun().back(), std::string("/usr/bin/ditto|") + kUnpacked + "|" + installed);
+}
+
 TEST_F(UpdateInstall, FailedRelaunchIsIgnored) {
   tools["sh"].isMissing = true;
   checkByHand();

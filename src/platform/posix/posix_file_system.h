@@ -22,8 +22,10 @@ class PosixFileSystem final : public FileSystem {
   [[nodiscard]] bool isFolder(const std::string& path) const override;
   [[nodiscard]] bool createPrivateFolder(const std::string& path) override;
   bool removeAll(const std::string& path) override;
-  [[nodiscard]] std::optional<std::string> move(const std::string& from,
-                                                const std::string& to) override;
+  [[nodiscard]] std::optional<std::string> move(
+      const std::string& from, const std::string& to,
+      const std::optional<std::string>& original) override;
+  [[nodiscard]] std::vector<std::string> names(const std::string& folder) const override;
   [[nodiscard]] std::optional<std::vector<SymbolicLink>> symbolicLinks(
       const std::string& folder) const override;
 };

@@ -107,14 +107,16 @@ std::error_code copyTree(const fs::path& from, const fs::path& to) {
 
 // Across disks. The original is renamed before it is removed, so that it is gone at once or not at
 // all: removing may fail half-way.
-std::error_code moveAcross(const fs::path& from, const fs::path& to) {
+std::error_code moveAcross(const fs::path& from, const fs::path& to,
+                           const std::optional<std::string>& original) {
   std::error_code error = copyTree(from, to);
   if (error) return error;
   std::error_code ignored;
   fs::path aside = from;
   aside += ".moved-" + std::to_string(::getpid());
-  fs::rename(from, aside, error);
-  fs::remove_all(error ? to : aside, ignored);
+  fs::rename(from, original.value_or(aside), error);
+  if (error) fs::remove_all(to, ignored);
+  if (!original) fs::remove_all(aside, ignored);
   return error;
 }
 
@@ -141,13 +143,24 @@ bool PosixFileSystem::removeAll(const std::string& path) {
   return !entryStatus(path);
 }
 
-std::optional<std::string> PosixFileSystem::move(const std::string& from, const std::string& to) {
+std::optional<std::string> PosixFileSystem::move(const std::string& from, const std::string& to,
+                                                 const std::optional<std::string>& original) {
   std::error_code error = std::make_error_code(std::errc::invalid_argument);
-  if (!isUsable(from) || !isUsable(to)) return describe(error);
+  if (!isUsable(from) || !isUsable(to) || !isUsable(original.value_or(to))) return describe(error);
   fs::rename(from, to, error);
-  if (error == std::errc::cross_device_link) error = moveAcross(from, to);
+  if (error == std::errc::cross_device_link) error = moveAcross(from, to, original);
   if (error) return describe(error);
   return std::nullopt;
+}
+
+std::vector<std::string> PosixFileSystem::names(const std::string& folder) const {
+  std::vector<std::string> found;
+  std::error_code error;
+  fs::directory_iterator entry(folder, error);
+  for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+    found.push_back(entry->path().filename());
+  }
+  return found;
 }
 
 std::optional<std::vector<SymbolicLink>> PosixFileSystem::symbolicLinks(
