@@ -7,6 +7,7 @@ usage: update_test.py BUNDLE_FOLDER TORVANE_IPAD UPDATE_BASE
 
 import importlib.machinery
 import importlib.util
+import io
 import json
 import os
 import re
@@ -18,24 +19,30 @@ import tempfile
 import time
 import unittest
 import urllib.parse
+import zipfile
 from pathlib import Path
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 ROOT = os.path.dirname(os.path.dirname(HERE))
 sys.path.insert(0, os.path.join(HERE, "support"))
 
-from private_desktop import PATIENCE, PrivateDesktop, end, skip_where_incomplete, wait_until  # noqa: E402
+from private_desktop import (  # noqa: E402
+    PATIENCE, DesktopError, PrivateDesktop, end, skip_where_incomplete, wait_until)
 
 skip_where_incomplete(("dbus", "gi"))
 
 from alert_texts import ENVIRONMENT, alert_texts  # noqa: E402
 from helper_program import ANSWERED_BEFORE, engine_answers, engine_listens, pair  # noqa: E402
 from status_notifier import Item, start_watcher  # noqa: E402
-from update_world import CONTROL, Site, enter, run, tree  # noqa: E402
+from update_world import CONTROL, Site, enter, run, size_of, tree  # noqa: E402
 
 NAME = "Torvane P2P Helper.app"
 INSTALLED = "/Applications/" + NAME
+SET_ASIDE = INSTALLED + ".old"
+CACHE_HOME = "/var/cache/torvane-update-test"  # on the same disk as the installed copy
 BUILD, NEXT = "412", "413"
+MEGABYTE = 1 << 20
+LOST = 20  # seconds until a click or a key that had no effect is taken for lost
 
 CHECK = "Check for Updates"
 OFFER = f"Update Helper to Build {NEXT}…"
@@ -50,6 +57,7 @@ REPLACE = "Could not replace the app in /Applications: "
 INSTALL = "Could not install the new copy."
 
 OURS = {"identifier": "app.torvane.p2p-helper", "team": "ZQ4W8N2HJT", "notarized": True}
+NO_PROGRAM = b"not to be started\n"  # in applications that are refused before they could be
 
 SITE = None
 APPLICATION = None  # the application as it was built, without its debugging information
@@ -67,9 +75,11 @@ def release_script():
 RELEASE = release_script()
 
 
-def application(folder, build=NEXT, signed_by=OURS):
-    """A copy of the application with this build number and signature."""
+def application(folder, build=NEXT, signed_by=OURS, program=None):
+    """A copy of the application with this build number, signature and, instead of its own, program."""
     shutil.copytree(APPLICATION, folder, symlinks=True)
+    if program:
+        Path(folder, "bin/torvane-p2p-helper").write_bytes(program)
     for file, number in (("Info.json", r'("CFBundleVersion": )"\d+"'),
                          ("Contents/Info.plist", r"(<key>CFBundleVersion</key>\s*<string>)\d+")):
         path = Path(folder, file)
@@ -83,22 +93,21 @@ def application(folder, build=NEXT, signed_by=OURS):
     return Path(folder)
 
 
-def archive(change=None, **options):
+def archive(change=None, program=NO_PROGRAM, **options):
     """The bytes of an archive whose application was changed by `change`."""
     with tempfile.TemporaryDirectory() as folder:
-        app = application(os.path.join(folder, NAME), **options)
+        app = application(os.path.join(folder, NAME), program=program, **options)
         if change:
             change(app)
         RELEASE.write_archive(app, os.path.join(folder, "zip"))
         return Path(folder, "zip").read_bytes()
 
 
-def archive_of_entries(*entries):
-    """One that holds just these names and texts; a text that begins with an arrow is a link."""
-    import io
-    import zipfile
-    out = io.BytesIO()
-    with zipfile.ZipFile(out, "w") as packed:
+def archive_of_entries(*entries, beside=b""):
+    """One that holds these names and texts, beside what another holds; a text that begins with an
+    arrow is a link."""
+    out = io.BytesIO(beside)
+    with zipfile.ZipFile(out, "a") as packed:
         for name, text in entries:
             entry = zipfile.ZipInfo(name)
             entry.create_system = 3
@@ -127,18 +136,22 @@ class UpdateTest(unittest.TestCase):
         self.desktop.start_windows()
         self.watcher = start_watcher(self.desktop)
         self.assertTrue(self.watcher.stdout.readline().startswith("ready"))
-        self.cache = os.path.join(self.desktop.environment["XDG_CACHE_HOME"], "torvane")
+        self.desktop.environment["XDG_CACHE_HOME"] = CACHE_HOME
+        shutil.rmtree(CACHE_HOME, ignore_errors=True)
+        self.cache = os.path.join(CACHE_HOME, "torvane")
+        os.makedirs(self.cache, 0o700)
         defaults = os.path.join(self.desktop.environment["XDG_CONFIG_HOME"], "torvane")
         os.makedirs(defaults)
         Path(defaults, "defaults.json").write_text(json.dumps(ANSWERED_BEFORE))
-        SITE.version, SITE.archive, SITE.status, SITE.cut = NEXT.encode(), b"", 200, False
+        SITE.version, SITE.archive, SITE.status, SITE.cut = NEXT.encode(), archive(), 200, False
         SITE.hold.set()
         SITE.requests.clear()
         forget_wishes()
         self.start()
 
     def install(self):
-        shutil.rmtree(INSTALLED, ignore_errors=True)
+        for folder in (INSTALLED, SET_ASIDE):
+            shutil.rmtree(folder, ignore_errors=True)
         application(INSTALLED, BUILD)
         self.before = tree(INSTALLED)
 
@@ -166,20 +179,49 @@ class UpdateTest(unittest.TestCase):
 
     def next_alert(self, count):
         """The text of the alert with this number, once it can be answered."""
-        wait_until(lambda: len(self.texts()) > count and self.alert_in_front(), "an alert")
+        try:
+            wait_until(lambda: len(self.texts()) > count and self.alert_in_front(), "an alert")
+        except DesktopError as error:
+            self.fail(f"{error}\nmenu: {self.labels()}\nalerts: {self.texts()[count - 1:]}\n"
+                      f"in front: {self.desktop.active_window()}")
         return self.texts()[count]
 
     def press(self, key="Return"):
         windows = set(self.desktop.windows("--name", "^Torvane P2P Helper$"))
-        self.desktop.run("xdotool", "key", key)
-        wait_until(lambda: windows != set(self.desktop.windows(
-            "--name", "^Torvane P2P Helper$")), "the alert's end")
+        self.until(lambda: self.desktop.run("xdotool", "key", key),
+                   lambda: windows != set(self.desktop.windows("--name", "^Torvane P2P Helper$")),
+                   "the alert's end")
 
-    def confirm(self, entry=None):
+    def choose(self, *entries):
+        """Chooses one of these entries, whichever the menu has, and waits for the alert that comes
+        of it; its text."""
+        count = len(self.texts())
+
+        def click():
+            entry = next((entry for entry in entries if entry in self.labels()), None)
+            if entry:
+                try:
+                    self.item.choose(entry)
+                except LookupError:
+                    pass  # the menu was built anew in between
+
+        self.until(click, lambda: len(self.texts()) > count, f"an alert after {entries}")
+        return self.next_alert(count)
+
+    def until(self, act, has_effect, what):
+        """Acts until it had an effect: a menu that is built anew just then loses a click."""
+        for seconds in (LOST, LOST, PATIENCE):
+            act()
+            try:
+                return wait_until(has_effect, what, seconds)
+            except DesktopError:
+                pass
+        self.fail(f"{what}: nothing\nmenu: {self.labels()}\nalerts: {self.texts()}")
+
+    def confirm(self, *entries):
         """Chooses the menu's entry for updates and confirms; how many alerts there were by then."""
         count = len(self.texts())
-        self.item.choose(entry or (OFFER if OFFER in self.labels() else CHECK))
-        asked = self.next_alert(count)
+        asked = self.choose(*(entries or (OFFER, CHECK)))
         self.assertIn(f"Build {NEXT} will be downloaded", asked)
         self.press()
         return count + 1
@@ -192,12 +234,44 @@ class UpdateTest(unittest.TestCase):
         self.assertTrue(told.startswith("Helper update not installed.\n\n" + reason),
                         f"{because}: {told}")
         self.assert_untouched(because)
-        self.assertIn(OFFER, self.labels(), because)
+        wait_until(lambda: OFFER in self.labels(), f"the offer again: {because}")
 
     def assert_untouched(self, because=None):
         self.assertEqual(tree(INSTALLED), self.before, because)
         self.assertIsNone(self.helper.poll(), because)
         self.assertEqual(os.listdir("/Applications"), [NAME], because)
+
+    # The cache may be on a disk of its own, of any size, and others beside it
+
+    def mount_cache(self, size=1024 * MEGABYTE):
+        run("mount", "-t", "tmpfs", "-o", f"mode=0700,size={size}", "tmpfs", self.cache)
+        self.addCleanup(subprocess.run, ["umount", "-l", self.cache], check=False,
+                        capture_output=True)
+
+    def work_folder(self):
+        return os.path.join(self.cache, f"torvane-helper-update-{self.helper.pid}")
+
+    # A program that is killed
+
+    def kill(self):
+        self.helper.kill()
+        self.helper.wait(PATIENCE)
+        wait_until(lambda: not engine_listens(), "the engine's end")
+
+    def kill_at(self, tool):
+        """Kills the program, and nothing else, while a tool is in the middle of its work; the
+        tool's process."""
+        tell(tool, "wait")
+        self.confirm()
+        wait_until(lambda: os.path.exists(f"{CONTROL}/{tool}-reached"), tool)
+        self.kill()
+        return int(Path(CONTROL, tool + "-reached").read_text())
+
+    def assert_starts_and_offers(self, because):
+        self.start()
+        self.assertIn(f"Build {NEXT} will be downloaded", self.choose(OFFER, CHECK), because)
+        self.press("Escape")
+        wait_until(lambda: OFFER in self.labels(), because)
 
     def build_that_answers(self):
         done = self.desktop.run(TOOL, "info", "--json", "--host", "127.0.0.1", check=False)
@@ -237,9 +311,7 @@ class UpdateTest(unittest.TestCase):
     def test_says_when_there_is_nothing_newer(self):
         for version in (BUILD, "99", "0412"):
             SITE.version = version.encode()
-            count = len(self.texts())
-            self.item.choose(CHECK)
-            self.assertEqual(self.next_alert(count),
+            self.assertEqual(self.choose(CHECK),
                              f"You're up to date — build {BUILD} is the latest.")
             self.press()
 
@@ -250,9 +322,7 @@ class UpdateTest(unittest.TestCase):
         self.addCleanup(Site.trust, SITE.certificate)
         for version in (NEXT.encode(), b"4.13", b"413a", b""):
             SITE.version = version
-            count = len(self.texts())
-            self.item.choose(CHECK)
-            self.assertEqual(self.next_alert(count), unreachable)
+            self.assertEqual(self.choose(CHECK), unreachable)
             self.press()
             Site.trust(SITE.certificate)  # what follows fails for what the site says
             if version == NEXT.encode():
@@ -268,7 +338,9 @@ class UpdateTest(unittest.TestCase):
         slip = archive_of_entries(
             (NAME + "/Contents/x", "x"),
             ("../../../../../../../../../.." + INSTALLED + "/Info.json", "slipped"))
+        absolute = archive_of_entries((INSTALLED + "/Info.json", "slipped"), beside=good)
         elsewhere = archive_of_entries((NAME, "→" + INSTALLED))
+        stranger_as_old = archive_of_entries(("old.app/bin/program", "x"), beside=good)
 
         def leads_out(app):
             os.symlink("/etc", app / "Resources/out")
@@ -291,6 +363,9 @@ class UpdateTest(unittest.TestCase):
                 ("an empty archive", b"", UNPACK),
                 ("a web page", b"<html>", UNPACK),
                 ("an entry that leads out", slip, UNPACK),
+                ("an entry with an absolute path", absolute, UNPACK),
+                ("something in the old copy's place", stranger_as_old,
+                 REPLACE + "Directory not empty."),
                 ("an application that is a link", elsewhere, UNPACK),
                 ("a link that leads out", archive(leads_out), UNPACK),
                 ("a link that climbs out", archive(climbs_out), UNPACK)):
@@ -298,7 +373,6 @@ class UpdateTest(unittest.TestCase):
             self.assert_refused(reason, because)
 
     def test_trouble_on_the_way_leaves_everything_as_it_was(self):
-        SITE.archive = archive()
         SITE.cut = True
         self.assert_refused(DOWNLOAD, "the server is gone in mid-download")
         SITE.cut, SITE.status = False, 404
@@ -315,27 +389,22 @@ class UpdateTest(unittest.TestCase):
 
     def test_a_full_disk_leaves_everything_as_it_was(self):
         def with_ballast(app):
-            (app / "Resources/ballast").write_bytes(os.urandom(1 << 20) * 16)
+            (app / "Resources/ballast").write_bytes(os.urandom(16 * MEGABYTE))
 
         SITE.archive = archive(with_ballast)
-        megabyte = 1 << 20
-        new = sum(len(content or b"") for _, content in self.before.values()) + 16 * megabyte
         archived = len(SITE.archive)
-        os.makedirs(self.cache, 0o700)
-        old = new - 16 * megabyte
+        new, old = 16 * MEGABYTE, size_of(INSTALLED)
         for because, room, reason in (
                 ("no room for the download", archived // 2, DOWNLOAD),
                 ("no room to unpack", archived + new // 2, UNPACK),
                 ("no room for the old copy", archived + new + old // 2, REPLACE + "No space left")):
-            run("mount", "-t", "tmpfs", "-o", f"mode=0700,size={room}", "tmpfs", self.cache)
+            self.mount_cache(room)
             self.assert_refused(reason, because)
             run("umount", self.cache)
-
+        self.mount_cache()
         self.helper.terminate()
         self.helper.wait(PATIENCE)
-        # The program that runs keeps its file's room when the copy has moved away.
-        running = len(self.before["bin/torvane-p2p-helper"][1])
-        run("mount", "-t", "tmpfs", "-o", f"mode=0755,size={old + running + 4 * megabyte}", "tmpfs",
+        run("mount", "-t", "tmpfs", "-o", f"mode=0755,size={old + 8 * MEGABYTE}", "tmpfs",
             "/Applications")
         self.addCleanup(run, "umount", "-l", "/Applications")
         self.install()
@@ -343,26 +412,65 @@ class UpdateTest(unittest.TestCase):
         self.assert_refused(INSTALL, "no room for the new copy")
 
     def test_a_helper_that_is_killed_on_the_way_runs_again(self):
-        SITE.archive = archive()
+        SITE.hold.clear()
+        self.confirm()
+        wait_until(lambda: os.listdir(self.cache), "the download")
+        self.kill()
+        SITE.hold.set()
         for tool in ("unpack", "spctl", "codesign", "PlistBuddy"):
-            tell(tool, "wait")
-            self.confirm()
-            wait_until(lambda: os.path.exists(f"{CONTROL}/{tool}-reached"), tool)
-            self.helper.kill()
-            self.helper.wait(PATIENCE)
-            wait_until(lambda: not engine_listens(), "the engine's end")
-            forget_wishes()
-            self.assertEqual(tree(INSTALLED), self.before, tool)
+            self.assertEqual(tree(INSTALLED), self.before, "before " + tool)
             self.start()
-        count = len(self.texts())
-        self.item.choose(CHECK)
-        self.next_alert(count)
-        self.press("Escape")
-        self.assertIn(OFFER, self.labels())
-        self.assert_untouched()
+            os.kill(self.kill_at(tool), signal.SIGKILL)
+            forget_wishes()
+        self.assert_starts_and_offers("after all of them")
+        tell("spctl", "kill")
+        self.assert_refused(GATEKEEPER, "another attempt")
+        self.assertEqual(os.listdir(self.cache), [os.path.basename(self.work_folder())],
+                         "what the others left is still there")
+
+    def test_the_new_copy_is_finished_when_only_the_helper_is_killed(self):
+        SITE.archive = archive(program=Path(APPLICATION, "bin/torvane-p2p-helper").read_bytes())
+        tool = self.kill_at("copy")
+        self.assertNotIn("bin", os.listdir(INSTALLED))
+        self.assertEqual(tree(self.work_folder() + "/old.app"), self.before)
+        forget_wishes()
+        wait_until(lambda: not os.path.exists(f"/proc/{tool}/exe"), "the copy")
+        self.assertEqual(tree(INSTALLED), tree(os.path.join(self.work_folder(), NAME)))
+        self.start()
+        self.assertNotEqual(self.labels(), [])
+
+    def test_an_old_copy_is_left_when_everything_is_killed(self):
+        for disks in (1, 2):
+            if disks == 2:
+                self.helper.terminate()
+                self.helper.wait(PATIENCE)
+                self.mount_cache()
+                self.start()
+            os.kill(self.kill_at("copy"), signal.SIGKILL)
+            forget_wishes()
+            self.assertNotIn("bin", os.listdir(INSTALLED))
+            old = [self.work_folder() + "/old.app", *([SET_ASIDE] if disks == 2 else [])]
+            for copy in old:
+                self.assertEqual(tree(copy), self.before)
+            shutil.rmtree(INSTALLED)  # what a user has to do
+            shutil.move(old[-1], INSTALLED)
+            self.assert_starts_and_offers(f"{disks} disks")
+            self.assert_untouched(f"{disks} disks")
+
+    def test_the_old_copy_is_in_its_place_until_all_of_it_is_on_the_other_disk(self):
+        Path(INSTALLED, "Resources/ballast").write_bytes(bytes(256 * MEGABYTE))
+        self.before = tree(INSTALLED)
+        self.mount_cache()
+        old = self.work_folder() + "/old.app"
+        self.confirm()
+        deadline = time.monotonic() + PATIENCE
+        while not os.path.exists(old) and time.monotonic() < deadline:
+            pass  # what follows is over in a moment
+        self.helper.send_signal(signal.SIGSTOP)
+        self.assertIn(self.before, [tree(copy) for copy in (INSTALLED, SET_ASIDE, old)])
+        self.kill()
 
     def test_quitting_in_mid_download_leaves_nothing_behind(self):
-        SITE.archive = archive()
         SITE.hold.clear()
         self.confirm()
         wait_until(lambda: os.listdir(self.cache), "the download")
@@ -384,7 +492,8 @@ class UpdateTest(unittest.TestCase):
 
 def main():
     global SITE, APPLICATION, TOOL
-    bundle, TOOL, base = (sys.argv.pop(1) for _ in range(3))
+    bundle, TOOL = (os.path.abspath(sys.argv.pop(1)) for _ in range(2))
+    base = sys.argv.pop(1)
     address = urllib.parse.urlsplit(base)
     SITE = Site(address.hostname, address.port or 443)
     Site.trust(SITE.certificate)

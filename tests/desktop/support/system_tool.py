@@ -11,7 +11,8 @@ of it, with the same command line, exit status and lines of output:
   open APP                     runs its program
 
 A signature is a JSON file in the application. When a file says "kill" or "wait" under this tool's
-name in the control folder, the tool gets no further than half of its work."""
+name in the control folder, the tool gets no further than half of its work, or only once the file is
+gone; NAME-reached holds its process ID then."""
 
 import json
 import os
@@ -28,17 +29,24 @@ CONTROL = "/run/torvane-update-test"
 
 def half_way(name):
     """What a test wants to happen in the middle of this tool's work."""
-    try:
-        with open(f"{CONTROL}/{name}", encoding="ascii") as file:
-            wish = file.read()
-    except FileNotFoundError:
+    wish = wished(name)
+    if not wish:
         return
-    with open(f"{CONTROL}/{name}-reached", "w", encoding="ascii"):
-        pass
+    with open(f"{CONTROL}/{name}-began", "w", encoding="ascii") as file:
+        file.write(str(os.getpid()))
+    os.rename(f"{CONTROL}/{name}-began", f"{CONTROL}/{name}-reached")
     if wish == "kill":
         os.kill(os.getpid(), signal.SIGKILL)
-    while wish == "wait":
-        time.sleep(60)
+    while wished(name) == "wait":
+        time.sleep(0.05)
+
+
+def wished(name):
+    try:
+        with open(f"{CONTROL}/{name}", encoding="ascii") as file:
+            return file.read()
+    except FileNotFoundError:
+        return None
 
 
 def unpack(archive, folder):

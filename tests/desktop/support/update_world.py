@@ -3,6 +3,7 @@ system's tools at their real paths, and an update site with a certificate that t
 
 Needs the superuser. Nothing of it is seen outside, and all of it ends with the test program."""
 
+import hashlib
 import os
 import shutil
 import ssl
@@ -163,6 +164,12 @@ class Site:
         return Handler
 
 
+def size_of(folder):
+    """Bytes in all its files."""
+    return sum(os.lstat(os.path.join(place, name)).st_size
+               for place, _, files in os.walk(folder) for name in files)
+
+
 def tree(folder):
     """Everything a folder holds, to compare it with later."""
     found = {}
@@ -174,7 +181,7 @@ def tree(folder):
                 content = os.readlink(path)
             elif stat.S_ISREG(status.st_mode):
                 with open(path, "rb") as file:
-                    content = file.read()
+                    content = hashlib.file_digest(file, "sha256").hexdigest()
             else:
                 content = None
             found[os.path.relpath(path, folder)] = (status.st_mode, content)
