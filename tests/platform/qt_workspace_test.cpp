@@ -5,7 +5,6 @@
 #include <QDesktopServices>
 #include <QTextBrowser>
 #include <QUrl>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
@@ -22,11 +21,21 @@ class Reader final : public QTextBrowser {
 
 class QtWorkspaceTest : public testing::Test {
  protected:
-  void SetUp() override { ::setenv("XDG_DATA_HOME", (folder / "data").c_str(), 1); }
-  void TearDown() override { ::unsetenv("XDG_DATA_HOME"); }
+  // The trash of the user's folder is for what lies on its disk; others have their own.
+  void SetUp() override {
+    qputenv("XDG_DATA_HOME", (folder / "data").c_str());
+    qputenv("HOME", folder.path().c_str());
+  }
+  void TearDown() override {
+    qunsetenv("XDG_DATA_HOME");
+    qputenv("HOME", home_);
+  }
 
   TemporaryFolder folder;
   QtWorkspace workspace;
+
+ private:
+  const QByteArray home_ = qgetenv("HOME");
 };
 
 TEST_F(QtWorkspaceTest, MovesAFolderToTheTrashFromWhereItCanComeBack) {
