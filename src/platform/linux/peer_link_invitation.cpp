@@ -1,8 +1,6 @@
 #include "platform/linux/peer_link_invitation.h"
 
-#include <algorithm>
-#include <utility>
-
+#include "peer/peer_name.h"
 #include "protocol/base64.h"
 #include "protocol/device_key.h"
 #include "protocol/json.h"
@@ -13,21 +11,6 @@ namespace {
 
 constexpr std::string_view kProofPrefix = "torvane-peer-link-1";
 constexpr std::int64_t kLinkVersion = 1;
-
-// What no name may have: controls, and what breaks lines or changes the direction of writing.
-constexpr std::array<std::pair<char32_t, char32_t>, 7> kForbidden{{{0x00, 0x1F},
-                                                                   {0x7F, 0x9F},
-                                                                   {0x061C, 0x061C},
-                                                                   {0x200E, 0x200F},
-                                                                   {0x2028, 0x2029},
-                                                                   {0x202A, 0x202E},
-                                                                   {0x2066, 0x2069}}};
-
-bool isForbidden(char32_t character) {
-  return std::any_of(kForbidden.begin(), kForbidden.end(), [character](const auto& range) {
-    return character >= range.first && character <= range.second;
-  });
-}
 
 // A base64 member: false when it is there but is not base64 text.
 bool readBase64(const JsonObject& object, std::string_view key, std::optional<Bytes>& into) {
@@ -70,14 +53,6 @@ std::variant<PeerInvitation, LinkRefusal> readInvitation(std::string_view messag
   if (!readBase64(*object, "signature", invitation.signature)) return LinkRefusal::protocol;
   if (invitation.signature && !invitation.context) return LinkRefusal::protocol;
   return invitation;
-}
-
-bool isAcceptablePeerName(std::string_view name) {
-  if (name.empty() || name.size() > kMaxPeerName || !isValidUtf8(name)) return false;
-  while (const auto character = takeCharacter(name)) {
-    if (isForbidden(*character)) return false;
-  }
-  return true;
 }
 
 Bytes proofMessage(const LinkNonce& nonce, const CertificateHash& certificate) {

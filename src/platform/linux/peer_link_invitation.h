@@ -14,7 +14,6 @@ namespace torvane {
 
 inline constexpr std::size_t kLinkNonceSize = 32;
 inline constexpr std::size_t kMaxControlMessage = 4096;
-inline constexpr std::size_t kMaxPeerName = 63;
 
 using LinkNonce = std::array<std::uint8_t, kLinkNonceSize>;
 using CertificateHash = std::array<std::uint8_t, 32>;  // SHA-256 of the DER
@@ -29,10 +28,6 @@ struct PeerInvitation {
 
 // Checks the form and the name, not the proof.
 [[nodiscard]] std::variant<PeerInvitation, LinkRefusal> readInvitation(std::string_view message);
-
-// 1 to 63 bytes of UTF-8 without control characters, line breaks and changes of direction, so
-// that it can stand in a question to the user without changing what is asked.
-[[nodiscard]] bool isAcceptablePeerName(std::string_view name);
 
 // What the inviter signs: bound to this connection and to the certificate that it saw.
 [[nodiscard]] Bytes proofMessage(const LinkNonce& nonce, const CertificateHash& certificate);

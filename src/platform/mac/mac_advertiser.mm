@@ -5,6 +5,7 @@
 #include <mutex>
 #include <utility>
 
+#include "peer/peer_name.h"
 #include "platform/mac/edge.h"
 #include "platform/mac/invitation_valve.h"
 #include "platform/mac/mac_peer_session.h"
@@ -56,13 +57,16 @@ struct GuardedValve {
   torvane::atEdge([&] {
     std::optional<torvane::Bytes> key;
     if (context != nil) key = torvane::toBytes(context);
-    if (!_valve->letIn(key)) {
+    // Strangers are numbered for good, so only those are that the valve lets in.
+    const bool isNamed = torvane::isAcceptablePeerName(torvane::toText(peerID.displayName));
+    const auto peer = isNamed && _valve->letIn(key) ? _tokens->identify(peerID) : std::nullopt;
+    if (!peer) {
       invitationHandler(NO, nil);
       return;
     }
     void (^answer)(BOOL, MCSession*) = invitationHandler;  // copies it
     _delegate->advertiserDidReceiveInvitation(
-        _tokens->identify(peerID), key,
+        *peer, key,
         [answer, key, valve = _valve](bool accept,
                                       const std::shared_ptr<torvane::PeerSession>& session) {
           valve->endWaiting(key, accept);

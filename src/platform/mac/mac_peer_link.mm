@@ -1,21 +1,18 @@
 #include "platform/mac/mac_peer_link.h"
 
+#include "peer/peer_name.h"
 #include "platform/mac/mac_advertiser.h"
 #include "platform/mac/mac_peer_session.h"
 #include "platform/mac/mac_text.h"
 #include "protocol/utf8.h"
 
 namespace torvane {
-namespace {
-
-constexpr std::size_t kLongestName = 63;  // bytes; the framework raises an exception for more
-
-}  // namespace
 
 PeerID MacPeerLink::makePeerID(const std::string& displayName) {
-  const std::string name(utf8Prefix(displayName, kLongestName));
+  // The framework raises an exception for a longer one.
+  const std::string name(utf8Prefix(displayName, kMaxPeerName));
   MCPeerID* peer = [[MCPeerID alloc] initWithDisplayName:toNSString(name)];
-  const PeerID known = tokens_->identify(peer);
+  const PeerID known = tokens_->identifySelf(peer);
   own_[known] = peer;
   return known;
 }

@@ -30,8 +30,10 @@ static_assert(static_cast<NSInteger>(PeerState::connected) == MCSessionStateConn
   torvane::atEdge([&] {
     const auto reporting = _session.lock();
     if (!reporting) return;
-    reporting->delegate().sessionPeerDidChange(reporting, reporting->tokens().identify(peerID),
-                                               static_cast<torvane::PeerState>(state));
+    if (const auto peer = reporting->tokens().identify(peerID)) {
+      reporting->delegate().sessionPeerDidChange(reporting, *peer,
+                                                 static_cast<torvane::PeerState>(state));
+    }
   });
 }
 
@@ -40,8 +42,9 @@ static_assert(static_cast<NSInteger>(PeerState::connected) == MCSessionStateConn
   torvane::atEdge([&] {
     const auto reporting = _session.lock();
     if (!reporting || data.length > torvane::kLongestMessage) return;
-    reporting->delegate().sessionDidReceive(reporting, torvane::toBytes(data),
-                                            reporting->tokens().identify(peerID));
+    if (const auto peer = reporting->tokens().identify(peerID)) {
+      reporting->delegate().sessionDidReceive(reporting, torvane::toBytes(data), *peer);
+    }
   });
 }
 
@@ -107,7 +110,9 @@ MacPeerSession::~MacPeerSession() {
 
 std::vector<PeerID> MacPeerSession::connectedPeers() const {
   std::vector<PeerID> peers;
-  for (MCPeerID* peer in session_.connectedPeers) peers.push_back(tokens_->identify(peer));
+  for (MCPeerID* connected in session_.connectedPeers) {
+    if (auto peer = tokens_->identify(connected)) peers.push_back(std::move(*peer));
+  }
   return peers;
 }
 

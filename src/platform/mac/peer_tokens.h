@@ -3,6 +3,7 @@
 #import <MultipeerConnectivity/MultipeerConnectivity.h>
 
 #include <mutex>
+#include <optional>
 
 #include "peer/peer_session.h"
 
@@ -12,7 +13,11 @@ namespace torvane {
 // the process: they are kept, so that none can come back as another. Any thread.
 class PeerTokens {
  public:
-  [[nodiscard]] PeerID identify(MCPeerID* peer);
+  // None for a peer whose name may not be shown: it does not reach the program.
+  [[nodiscard]] std::optional<PeerID> identify(MCPeerID* peer);
+
+  // This computer's own identifier, whatever its name.
+  [[nodiscard]] PeerID identifySelf(MCPeerID* self);
 
  private:
   std::mutex mutex_;
