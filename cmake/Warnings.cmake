@@ -16,6 +16,7 @@ function(torvane_library name)
   target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
   target_link_libraries(${name} PUBLIC ${ARG_LINK})
   torvane_warnings(${name})
+  torvane_precompile(${name})
 endfunction()
 
 function(torvane_executable name)

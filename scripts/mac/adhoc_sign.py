@@ -1,7 +1,8 @@
 """Signs an application for nobody ("ad hoc"), as every program for Apple's own processors must be.
 
 adhoc_sign.py sign APP IDENTIFIER SLICE...   the bundle's resources, then each thin executable
-adhoc_sign.py verify SLICE [APP]             fails unless every page and every sealed file agree
+adhoc_sign.py verify APP                     fails unless every page of the executable and every file
+                                             of the bundle agree with what was signed
 
 The slices were linked with room for a signature (ld64.lld -adhoc_codesign), which is replaced by
 one that seals the bundle as well. The format is that of the kernel's published cs_blobs.h.
@@ -12,9 +13,10 @@ import plistlib
 import struct
 import sys
 from pathlib import Path
+from xml.parsers.expat import ExpatError
 
 LC_SEGMENT_64, LC_CODE_SIGNATURE = 0x19, 0x1D
-MACHO_64 = 0xFEEDFACF
+MACHO_64, UNIVERSAL = 0xFEEDFACF, 0xCAFEBABE
 DIRECTORY, REQUIREMENTS, SUPER, WRAPPER = 0xFADE0C02, 0xFADE0C01, 0xFADE0CC0, 0xFADE0B01
 SLOT_DIRECTORY, SLOT_REQUIREMENTS, SLOT_WRAPPER = 0, 2, 0x10000
 PAGE = 4096
@@ -136,35 +138,63 @@ def require(condition, what):
         sys.exit(f"signature: {what}")
 
 
-def verify(path, app=None):
-    data = Path(path).read_bytes()
+def read_list(path):
+    try:
+        with path.open("rb") as file:
+            return plistlib.load(file)
+    except (OSError, ValueError, ExpatError):
+        return require(False, f"{path.name} cannot be read")
+
+
+def slices(data):
+    """The thin executables in a universal one."""
+    magic, count = struct.unpack_from(">II", data)
+    require(magic == UNIVERSAL and count > 0, "not a universal program")
+    for i in range(count):
+        offset, size = struct.unpack_from(">8xII", data, 8 + 20 * i)
+        yield data[offset:offset + size]
+
+
+def verify_slice(data, specials):
+    """Against its own signature: every page, and what the bundle seals besides; the signer's name."""
     offset, size = struct.unpack_from("<II", data, load_commands(data)["signature"] + 8)
     signature = data[offset:offset + size]
     magic, _, count = struct.unpack_from(">III", signature)
     require(magic == SUPER and offset + size == len(data), "not at the end of the file")
     slots = dict(struct.unpack_from(">II", signature, 12 + 8 * i) for i in range(count))
     directory = signature[slots[SLOT_DIRECTORY]:]
-    _, _, _, flags, first, name_at, special_count, pages, limit = struct.unpack_from(">9I", directory)
-    require(limit == offset and flags & 2, "not an ad-hoc signature of the whole file")
+    kind, _, _, flags, first, name_at, special_count, pages, limit = struct.unpack_from(">9I", directory)
+    require(kind == DIRECTORY and limit == offset and flags & 2, "not an ad-hoc signature of the whole file")
     hashes = page_hashes(data, limit)
-    require(pages == len(hashes), "another number of pages")
+    require(pages == len(hashes) and special_count == len(specials), "another number of pages")
     for i, page in enumerate(hashes):
         require(directory[first + 32 * i:first + 32 * (i + 1)] == page, f"page {i} differs")
-    if app:
-        contents = Path(app) / "Contents"
-        for i, expected in enumerate(special_hashes(contents), 1):
-            require(directory[first - 32 * i:first - 32 * (i - 1)] == expected, f"slot -{i} differs")
-        verify_resources(contents)
-    name = directory[name_at:].split(b"\0")[0].decode()
-    print(f"signature of {Path(path).name}: {pages} pages and {special_count} sealed parts agree, {name}")
+    for (name, expected), i in zip(specials, range(1, 4)):
+        require(directory[first - 32 * i:first - 32 * (i - 1)] == expected, f"{name} differs")
+    return directory[name_at:].split(b"\0")[0].decode(), pages
 
 
-def verify_resources(contents):
-    with (contents / "_CodeSignature/CodeResources").open("rb") as file:
-        sealed = plistlib.load(file)["files2"]
-    found = {str(path.relative_to(contents)): {"hash2": sha256(path.read_bytes())}
-             for path in resource_files(contents)}
-    require(sealed == found, "the resources differ from what was sealed")
+def verify(app):
+    contents = Path(app) / "Contents"
+    program = contents / "MacOS" / read_list(contents / "Info.plist")["CFBundleExecutable"]
+    specials = list(zip(("Info.plist", "the requirements", "CodeResources"), special_hashes(contents)))
+    verified = [verify_slice(data, specials) for data in slices(program.read_bytes())]
+    sealed = verify_files(contents, program)
+    print(f"signature: {sum(pages for _, pages in verified)} pages of {len(verified)} executables and "
+          f"{sealed} files agree, {' and '.join(sorted({name for name, _ in verified}))}")
+
+
+def verify_files(contents, program):
+    """Everything in the bundle is sealed, and as it was; how many files are."""
+    sealed = read_list(contents / "_CodeSignature/CodeResources")["files2"]
+    covered = {contents / "Info.plist", contents / "PkgInfo", program, contents / "_CodeSignature/CodeResources"}
+    found = {str(path.relative_to(contents)): path for path in contents.rglob("*")
+             if path not in covered and (path.is_symlink() or not path.is_dir())}
+    for name in sorted(found.keys() ^ sealed.keys()):
+        require(False, f"{name} is {'not sealed' if name in found else 'missing'}")
+    for name, path in sorted(found.items()):
+        require(sealed[name] == {"hash2": sha256(path.read_bytes())}, f"{name} differs")
+    return len(found)
 
 
 def main():

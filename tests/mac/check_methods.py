@@ -5,9 +5,11 @@ check_methods.py CLANG-ARGUMENTS... -- FILE.mm...   The compiler asks for the me
 protocol requires, but takes a misspelt optional one for a new method that nobody ever calls.
 """
 
+import os
 import re
 import subprocess
 import sys
+from concurrent.futures import ThreadPoolExecutor
 
 ENTITY = re.compile(r"[|`]-ObjC(Interface|Protocol|Category|Implementation)Decl .*?(?: (\w+))?$")
 PARENT = re.compile(r"[| ] [|`]-(super )?ObjC(Interface|Protocol) 0x\w+ '(\w+)'")
@@ -54,13 +56,19 @@ class Reading:
         return found
 
 
+def account_of(flags, path):
+    """What is read from precompiled headers is left out."""
+    return subprocess.run(["clang++-19", *flags, "-fsyntax-only", "-fno-color-diagnostics", "-Xclang", "-ast-dump",
+                           path], capture_output=True, text=True, check=True).stdout
+
+
 def main(arguments):
     split = arguments.index("--")
     count, problems = 0, []
-    for path in arguments[split + 1:]:
-        account = subprocess.run(
-            ["clang++-19", *arguments[:split], "-fsyntax-only", "-fno-color-diagnostics", "-Xclang",
-             "-ast-dump", path], capture_output=True, text=True, check=True).stdout
+    paths = arguments[split + 1:]
+    with ThreadPoolExecutor(os.cpu_count()) as pool:
+        accounts = list(pool.map(lambda path: account_of(arguments[:split], path), paths))
+    for path, account in zip(paths, accounts):
         reading = Reading(account)
         for name, methods in reading.implemented.items():
             count += len(methods)

@@ -1,22 +1,27 @@
 #!/usr/bin/python3
 """Shows that each check of the Mac's program can fail: seeded_faults.py OUT TYPES
 
-Puts one fault after the other into a copy of a file and runs the check that is there to find it.
-OUT is where build-mac and the test have been built. Fails when a fault is not found.
+Puts one fault at a time into a copy of a file and runs the one check that is there to find it. OUT
+is where build-mac and the checks have been made. Fails when a fault is not found.
 """
 
+import os
 import re
 import shutil
 import subprocess
 import sys
+from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent.parent
 OUT, TYPES = sys.argv[1:]
-FAULTY = Path(OUT) / "faulty"
 MAC = "src/platform/mac"
+APP = f"{OUT}/Torvane P2P Helper.app/Contents"
+PROGRAM = f"{APP}/MacOS/Torvane P2P Helper"
+ARM64 = ROOT / OUT / "arm64/build"
 
 # What is wrong, the file, what stands there, what comes in its place, and the check to find it.
+# With nothing to stand there, a byte in the file's middle changes; without a file, one is made.
 FAULTS = [
     ("a selector misspelt in a declaration", "tests/mac/include/AppKit/AppKit.h",
      "statusItemWithLength:", "statusItemWithWidth:", "facts"),
@@ -42,7 +47,14 @@ FAULTS = [
      "#include <chrono>\n", "#include <charconv>\n#include <chrono>\n"
      "inline char* newer(char* p) { return std::to_chars(p, p + 9, 1.0).ptr; }\n", "compiler"),
     ("a symbol that no library is known to export", "tests/mac/exports.txt", "_CACurrentMediaTime", "", "link"),
-    ("a sealed file changed", "signed.arm64", "", "", "signature"),
+    ("a byte of the program changed", PROGRAM, "", "", "signature"),
+    ("a byte of the engine changed", f"{APP}/Resources/torvane.py", "", "", "signature"),
+    ("a byte of the information changed", f"{APP}/Info.plist", "Torvane lets", "Torvann lets", "signature"),
+    ("a rule of the sealed list changed", f"{APP}/_CodeSignature/CodeResources", ">2000.0<", ">2001.0<", "signature"),
+    ("a file added", f"{APP}/Resources/more.py", None, "", "signature"),
+    ("no way to the engine without encryption", f"{APP}/Info.plist", "NSAllowsLocalNetworking", "NSAllows", "bundle"),
+    ("a key that the system must know gone", f"{APP}/Info.plist", "LSUIElement", "LSUI", "bundle"),
+    ("no icon", f"{APP}/Info.plist", ">AppIcon<", ">Icon<", "bundle"),
     ("the menu's delegate not kept", f"{MAC}/mac_status_item.h",
      "TorvaneStatusMenu* menu_ = nil;", "__weak TorvaneStatusMenu* menu_ = nil;", "test"),
     ("the session's delegate not kept", f"{MAC}/mac_peer_session.h",
@@ -63,23 +75,59 @@ FAULTS = [
 ]
 
 
-def run(command):
-    return subprocess.run(command, cwd=ROOT, shell=isinstance(command, str), capture_output=True,
+class Faulty:
+    """One fault in a folder of its own, beside what is right."""
+
+    def __init__(self, number, path, old, new):
+        self.folder = ROOT / OUT / f"faulty/{number}"
+        self.path = path
+        shutil.rmtree(self.folder, ignore_errors=True)
+        if path.startswith(APP):
+            shutil.copytree(ROOT / APP, self.folder / APP)
+        elif path.startswith("tests/mac/include"):
+            shutil.copytree(ROOT / "tests/mac/include", self.folder / "tests/mac/include")
+        self.file = self.folder / path
+        self.file.parent.mkdir(parents=True, exist_ok=True)
+        self.file.write_bytes(self.changed(old, new))
+
+    def changed(self, old, new):
+        if old is None:
+            return b""
+        data = (ROOT / self.path).read_bytes()
+        if not old:
+            middle = len(data) // 2
+            return data[:middle] + bytes([data[middle] ^ 1]) + data[middle + 1:]
+        if old.encode() not in data:
+            sys.exit(f"{self.path} has nothing like: {old}")
+        return data.replace(old.encode(), new.encode(), 1)
+
+    def redirected(self, command, made):
+        """A compiler's command, of the faulty files instead, without a cache in between."""
+        command = command.removeprefix("ccache ")
+        for stem in (str(ROOT) + "/", ""):
+            if self.path.endswith(".mm"):
+                command = command.replace(f"-c {stem}{self.path}", f"-c {self.file}")
+            command = command.replace(f" -I {stem}src ", f" -I {self.folder}/src -I {stem}src ")
+            command = command.replace(f" -I{stem}src ", f" -I{self.folder}/src -I{stem}src ")
+        command = re.sub(r"-M[FT] \S+", "", re.sub(r"-MM?D ", "", command))
+        return re.sub(r" -o \S+", f" -o {made}", command)
+
+
+def run(command, folder=ROOT):
+    return subprocess.run(command, cwd=folder, shell=isinstance(command, str), capture_output=True,
                           text=True, check=False)
 
 
-def commands(target):
-    return run(["ninja", "-f", f"{OUT}/build.ninja", "-t", "commands", target]).stdout.splitlines()
+def commands(file, target):
+    return run(["ninja", "-C", file, "-t", "commands", target]).stdout.splitlines()
 
 
-def compiled(target, path, made):
-    """The command that made `target`, of the faulty files instead, without a cache in between."""
-    source = MAC + "/" + Path(path).name
-    command = commands(target)[-1].removeprefix("ccache ")
-    command = command.replace(f"-c {source}", f"-c {FAULTY / source if (FAULTY / source).exists() else source}")
-    command = command.replace(" -I src ", f" -I {FAULTY}/src -I src ")
-    command = re.sub(r"-isystem tests/mac/include", f"-isystem {FAULTY}/tests/mac/include -isystem tests/mac/include", command)
-    return re.sub(r"-MF \S+", "", command.replace("-MMD", "")).replace(f"-o {target}", f"-o {made}")
+def of_test(target):
+    return run(["ninja", "-f", f"{OUT}/checks/build.ninja", "-t", "commands", f"{OUT}/{target}"]).stdout.splitlines()
+
+
+def linux_object(source):
+    return f"obj/linux/{re.sub(r'[^a-zA-Z0-9_.]', '_', source)}.o"
 
 
 def users(path):
@@ -92,53 +140,51 @@ def users(path):
     return [f"{MAC}/{p.name}" for p in {*including, *([own] if own.exists() else [])}]
 
 
-def object_of(folder, source):
-    return f"{OUT}/obj/{folder}/{re.sub(r'[^a-zA-Z0-9_.]', '_', source)}.o"
+def check_facts(fault):
+    return run(["python3", "tests/mac/check_facts.py", TYPES, str(fault.folder / "tests/mac/include")])
 
 
-def check_facts(_):
-    return run(["python3", "tests/mac/check_facts.py", TYPES, str(FAULTY / "tests/mac/include")])
+def check_methods(fault):
+    command = of_test("checks/methods.txt")[-1]
+    flags = re.search(r"check_methods.py (.*?) -- ", command)[1]
+    return run(f"python3 tests/mac/check_methods.py {flags} -ferror-limit=0 -- {fault.file}")
 
 
-def check_methods(path):
-    words = compiled(object_of("arm64", path), path, "/dev/null").split()
-    flags = [w for i, w in enumerate(words[1:], 1)
-             if w not in ("-c", "-o", "/dev/null") and not w.endswith(".mm") and not w.startswith("-W")]
-    return run(["python3", "tests/mac/check_methods.py", *flags, "-ferror-limit=0", "--", str(FAULTY / path)])
+def check_compiler(fault):
+    made = f"src/platform/mac/CMakeFiles/torvane-p2p-helper.dir/{Path(fault.path).name}.o"
+    command = commands(ARM64, made)[-1]
+    return run(fault.redirected(command, fault.folder / "made.o"), ARM64)
 
 
-def check_compiler(path):
-    return run(compiled(object_of("arm64", path), path, f"{FAULTY}/object.o"))
+def check_link(fault):
+    run(["python3", "scripts/mac/link_stubs.py", str(fault.file), f"{OUT}/cxx.txt", f"{fault.folder}/sdk"])
+    command = commands(ARM64, "torvane-p2p-helper")[-1]
+    command = command.replace(f"-isysroot {ROOT}/{OUT}/sdk", f"-isysroot {fault.folder}/sdk")
+    return run(re.sub(r' -o "[^"]+"', f" -o {fault.folder}/helper", command), ARM64)
 
 
-def check_link(path):
-    run(["python3", "scripts/mac/link_stubs.py", str(FAULTY / path), f"{OUT}/cxx.txt", f"{FAULTY}/sdk"])
-    command = commands(f"{OUT}/helper.arm64")[-1]
-    return run(command.replace(f"-syslibroot {OUT}/sdk", f"-syslibroot {FAULTY}/sdk")
-               .replace(f"-o {OUT}/helper.arm64", f"-o {FAULTY}/helper"))
+def check_signature(fault):
+    return run(["python3", "scripts/mac/adhoc_sign.py", "verify", str(fault.folder / APP).removesuffix("/Contents")])
 
 
-def check_signature(_):
-    data = bytearray((Path(OUT) / "signed.arm64").read_bytes())
-    data[5000] ^= 1
-    FAULTY.mkdir(parents=True, exist_ok=True)
-    (FAULTY / "signed").write_bytes(data)
-    return run(["python3", "scripts/mac/adhoc_sign.py", "verify", str(FAULTY / "signed")])
+def check_bundle(fault):
+    return run(["python3", "scripts/mac/check_bundle.py", str(fault.folder / APP).removesuffix("/Contents"),
+                "tests/mac/exports.txt"])
 
 
-def check_test(path):
-    link = commands(f"{OUT}/mac_test")[-1]
-    for number, source in enumerate(users(path)):
-        made = f"{FAULTY}/object{number}.o"
+def check_test(fault):
+    link = of_test("mac_test")[-1]
+    for number, source in enumerate(users(fault.path)):
+        made = f"{fault.folder}/{number}.o"
         # Some the compiler would warn of, too; here the program has to show them.
-        result = run(compiled(object_of("linux", source), source, made) + " -w")
+        result = run(fault.redirected(of_test(linux_object(source))[-1], made) + " -w")
         if result.returncode:
             sys.exit(f"the fault does not compile:\n{result.stderr}")
-        link = link.replace(f" {object_of('linux', source)} ", f" {made} ")
-    result = run(link.replace(f"-o {OUT}/mac_test", f"-o {FAULTY}/mac_test"))
+        link = link.replace(f" {OUT}/{linux_object(source)} ", f" {made} ")
+    result = run(re.sub(r" -o \S+", f" -o {fault.folder}/mac_test", link))
     if result.returncode:
         sys.exit(f"the fault does not link:\n{result.stderr}")
-    return run([f"{FAULTY}/mac_test"])
+    return run([f"{fault.folder}/mac_test"])
 
 
 # Each check, and what it says when it has found something: failing for another reason is no find.
@@ -147,47 +193,38 @@ CHECKS = {
     "methods": (check_methods, r"is declared nowhere"),
     "compiler": (check_compiler, r"error: (no visible|.*instance method|method '.*' in protocol|'to_chars' is unavailable)"),
     "link": (check_link, r"undefined symbol"),
-    "signature": (check_signature, r"page 1 differs"),
+    "signature": (check_signature, r"signature: .* (differs|is not sealed)"),
+    "bundle": (check_bundle, r"[1-9]\d* problem\(s\)"),
     "test": (check_test, r"FAILED|AddressSanitizer|LeakSanitizer|is not implemented"),
 }
 # With nothing wrong, none of them may find anything.
-CONTROLS = [("tests/mac/include/AppKit/AppKit.h", "facts"), (f"{MAC}/mac_status_item.mm", "methods"),
-            (f"{MAC}/mac_status_item.mm", "compiler"), ("tests/mac/exports.txt", "link"),
-            (f"{MAC}/mac_alerts.mm", "test")]
+CONTROLS = [("nothing", path, " ", " ", check) for path, check in (
+    ("tests/mac/include/AppKit/AppKit.h", "facts"), (f"{MAC}/mac_status_item.mm", "methods"),
+    (f"{MAC}/mac_status_item.mm", "compiler"), ("tests/mac/exports.txt", "link"),
+    (f"{APP}/Info.plist", "signature"), (f"{APP}/Info.plist", "bundle"), (f"{MAC}/mac_alerts.mm", "test"))]
 
 
-def is_found(path, old, new, check):
-    shutil.rmtree(FAULTY, ignore_errors=True)
-    if path.startswith("tests/mac/include"):
-        shutil.copytree(ROOT / "tests/mac/include", FAULTY / "tests/mac/include")
-    if old:
-        text = (ROOT / path).read_text()
-        if old not in text:
-            sys.exit(f"{path} has nothing like: {old}")
-        (FAULTY / path).parent.mkdir(parents=True, exist_ok=True)
-        (FAULTY / path).write_text(text.replace(old, new, 1))
+def is_found(numbered):
+    number, (_, path, old, new, check) = numbered
+    fault = Faulty(number, path, old, new)
     perform, evidence = CHECKS[check]
-    result = perform(path)
-    if result.returncode == 0:
-        return False
+    result = perform(fault)
+    shutil.rmtree(fault.folder)
     said = result.stdout + result.stderr
-    if not re.search(evidence, said):
+    if result.returncode and not re.search(evidence, said):
         sys.exit(f"the {check} failed for another reason:\n{said[-2000:]}")
-    return True
+    return result.returncode != 0
 
 
 def main():
-    for path, check in CONTROLS:
-        if is_found(path, "\n", "\n", check):
-            sys.exit(f"the {check} finds something where nothing is wrong ({path})")
-    missed = 0
-    for what, path, old, new, check in FAULTS:
-        found = is_found(path, old, new, check)
-        missed += not found
-        print(f"{'found by' if found else 'NOT FOUND BY'} the {check}: {what} ({path})", flush=True)
-    shutil.rmtree(FAULTY, ignore_errors=True)
-    print(f"faults: {len(FAULTS) - missed} of {len(FAULTS)} found")
-    return bool(missed)
+    cases = [*CONTROLS, *FAULTS]
+    with ThreadPoolExecutor(os.cpu_count()) as pool:
+        found = list(pool.map(is_found, enumerate(cases)))
+    false_alarms, missed = sum(found[:len(CONTROLS)]), len(FAULTS) - sum(found[len(CONTROLS):])
+    for (what, path, _, _, check), is_one in list(zip(cases, found))[len(CONTROLS):]:
+        print(f"{'found by' if is_one else 'NOT FOUND BY'} the {check}: {what} ({path.removeprefix(APP + '/')})")
+    print(f"faults: {len(FAULTS) - missed} of {len(FAULTS)} found; {false_alarms} found where nothing is wrong")
+    return bool(missed or false_alarms)
 
 
 if __name__ == "__main__":

@@ -1,0 +1,12 @@
+// What most sources of the program include of the standard library and of Boost's.
+#include <algorithm>
+#include <boost/json.hpp>
+#include <chrono>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
