@@ -4,6 +4,8 @@
 
 #include <QAction>
 
+#include "platform/linux/qt_text.h"
+#include "support/naughty_names.h"
 #include "support/qt_event_loop.h"
 
 namespace torvane {
@@ -52,6 +54,18 @@ TEST_F(StandInWindowTest, ShowsIconAndTooltipAsTheyAre) {
   EXPECT_EQ(window.state().text(), "Torvane P2P Helper: <b>waiting</b>");
   EXPECT_FALSE(window.picture().pixmap().isNull());
   EXPECT_EQ(window.picture().accessibleName(), "Torvane P2P Helper");
+}
+
+TEST_F(StandInWindowTest, NaughtyNamesAreShownAsTheyAreAndTheLayoutHolds) {
+  const auto names = naughtyNames();
+  if (names.empty()) GTEST_SKIP() << "no list of naughty names below TORVANE_VECTORS_DIR";
+  window.showBehind();
+  for (const auto& name : names) {
+    window.setIcon({"dot.radiowaves.right", "Torvane P2P Helper", name});
+    EXPECT_EQ(window.state().text(), qtText(name));
+    EXPECT_EQ(window.state().textFormat(), Qt::PlainText);
+    EXPECT_LT(window.sizeHint().width(), 500) << name;
+  }
 }
 
 TEST_F(StandInWindowTest, GrowsWithALongText) {

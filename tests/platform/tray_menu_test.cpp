@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <QAction>
+#include <QPointer>
 #include <QTextDocument>
 
 #include "platform/linux/qt_text.h"
@@ -85,6 +86,65 @@ TEST_F(TrayMenuTest, LeavesAMenuAloneThatWouldStayAsItIs) {
   open();
   menu.update();
   EXPECT_EQ(action(0), before);
+}
+
+TEST_F(TrayMenuTest, WhatStaysKeepsItsAction) {
+  delegate.items = {line("Advertising"), separator(),      command("Start Server"),
+                    separator(),         command("Login"), command("Quit")};
+  open();
+  const auto actions = menu.menu().actions();
+  const std::vector<QPointer<QAction>> before(actions.begin(), actions.end());
+  delegate.items = {line("Connected:"),        line("iPad", 1),   separator(),
+                    command("Stop Server"),    separator(),       line("Paired devices:"),
+                    line("iPad", 1),           command("Forget"), separator(),
+                    checked(command("Login")), command("Quit")};
+  menu.update();
+  EXPECT_EQ(action(2), before[1]);
+  EXPECT_EQ(action(4), before[3]);
+  EXPECT_EQ(action(9), before[4]);
+  EXPECT_EQ(action(10), before[5]);
+  EXPECT_TRUE(action(9)->isChecked());
+  EXPECT_EQ(before[0], nullptr);
+  EXPECT_EQ(before[2], nullptr);
+}
+
+TEST_F(TrayMenuTest, WhatHasGoneIsGoneForEver) {
+  delegate.items = {command("Stop Server"), command("Quit")};
+  open();
+  const QPointer<QAction> stop = action(0);
+  delegate.items = {command("Start Server"), command("Quit")};
+  menu.update();
+  EXPECT_EQ(stop, nullptr);
+  EXPECT_EQ(action(0)->text(), "Start Server");
+}
+
+TEST_F(TrayMenuTest, ADeviceNamedLikeACommandIsAnotherEntry) {
+  delegate.items = {command("Quit")};
+  open();
+  const QAction* quit = action(0);
+  delegate.items = {line("Quit", 1), line("Quit"), line("Quit"), command("Quit")};
+  menu.update();
+  EXPECT_EQ(action(3), quit);
+  for (const int i : {0, 1, 2}) EXPECT_FALSE(action(i)->isEnabled());
+  EXPECT_NE(action(1), action(2));
+}
+
+TEST_F(TrayMenuTest, EntriesThatChangePlacesAreStillWhatTheySay) {
+  std::string chosen;
+  const auto entry = [&](const std::string& title) {
+    return command(title, [&chosen, title] { chosen = title; });
+  };
+  delegate.items = {entry("A"), entry("B"), entry("C")};
+  open();
+  const QPointer<QAction> second = action(1);
+  delegate.items = {entry("C"), entry("B"), entry("A")};
+  menu.update();
+  ASSERT_EQ(second, action(1));
+  for (const int i : {0, 1, 2}) {
+    action(i)->trigger();
+    const std::string said = action(i)->text().toStdString();
+    ASSERT_TRUE(runEventsUntil([&] { return chosen == said; }));
+  }
 }
 
 TEST_F(TrayMenuTest, RunsTheLatestActionFromTheEventLoop) {
@@ -186,6 +246,7 @@ QString drawnByQt(const QString& label) {
 TEST(NaughtyNamesTest, AreShownAsTheyAreInMenuAndTooltip) {
   const auto names = naughtyNames();
   if (names.empty()) GTEST_SKIP() << "no list of naughty names below TORVANE_VECTORS_DIR";
+  constexpr QChar kWordJoiner(0x2060);
   FakeMenuDelegate delegate;
   TrayMenu menu;
   menu.setDelegate(delegate);
@@ -196,7 +257,10 @@ TEST(NaughtyNamesTest, AreShownAsTheyAreInMenuAndTooltip) {
     menu.update();
     EXPECT_EQ(drawnByQt(menu.menu().actions().at(0)->text()), "    " + single) << name;
     EXPECT_EQ(shownByPanel(sentByQt(exportedLabel(name))), qtText(name).toStdString());
-    EXPECT_FALSE(Qt::mightBeRichText(plainToolTip("connected (" + name + ")"))) << name;
+    const QString toolTip = plainToolTip("connected (" + name + ")");
+    EXPECT_FALSE(Qt::mightBeRichText(toolTip)) << name;
+    const QString shown = "connected (" + qtText(name) + ")";
+    EXPECT_EQ(QString(toolTip).remove(kWordJoiner), QString(shown).remove(kWordJoiner)) << name;
   }
 }
 
