@@ -9,7 +9,6 @@
 
 #include "platform/linux/qt_text.h"
 #include "platform/linux/symbol_icon.h"
-#include "platform/linux/tray_presence.h"
 
 namespace torvane {
 namespace {
@@ -37,16 +36,17 @@ class QtStatusItem::PaletteListener final : public QObject {
 };
 
 QtStatusItem::QtStatusItem()
-    : paletteListener_(std::make_unique<PaletteListener>([this] { showIcon(); })) {
-  QObject::connect(&trayTimer_, &QTimer::timeout, &trayTimer_, [this] { lookForTray(); });
+    : paletteListener_(std::make_unique<PaletteListener>([this] { showIcon(); })),
+      presence_([this](bool isPresent) { trayWasLookedFor(isPresent); }) {
+  QObject::connect(&trayTimer_, &QTimer::timeout, &trayTimer_, [this] { presence_.ask(); });
   trayTimer_.start(kLookInterval);
-  lookForTray();
+  presence_.ask();
 }
 
 QtStatusItem::~QtStatusItem() = default;
 
-void QtStatusItem::lookForTray() {
-  if (!isTrayPresent()) return standInForTray();
+void QtStatusItem::trayWasLookedFor(bool isPresent) {
+  if (!isPresent) return standInForTray();
   withoutTray_.invalidate();
   if (std::exchange(isStandingIn_, false)) standIn_.hide();
   if (!tray_) putIntoTray();

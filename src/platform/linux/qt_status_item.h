@@ -11,6 +11,7 @@
 #include "app/status_item.h"
 #include "platform/linux/stand_in_window.h"
 #include "platform/linux/tray_menu.h"
+#include "platform/linux/tray_presence.h"
 
 namespace torvane {
 
@@ -33,7 +34,7 @@ class QtStatusItem final : public StatusItem {
  private:
   class PaletteListener;
 
-  void lookForTray();
+  void trayWasLookedFor(bool isPresent);
   void standInForTray();
   void putIntoTray();
   void showIcon();
@@ -48,6 +49,7 @@ class QtStatusItem final : public StatusItem {
   std::unique_ptr<QSystemTrayIcon> tray_;
   std::unique_ptr<QObject> paletteListener_;
   QTimer trayTimer_;
+  TrayPresence presence_;
 };
 
 class QtStatusBar final : public StatusBar {

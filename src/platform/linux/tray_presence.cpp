@@ -3,36 +3,24 @@
 #include <xcb/xcb.h>
 
 #include <QDBusConnection>
-#include <QDBusConnectionInterface>
 #include <QDBusMessage>
+#include <QDBusPendingReply>
+#include <QDBusVariant>
 #include <QGuiApplication>
-#include <QVariant>
 #include <cstdlib>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 namespace torvane {
 namespace {
 
 constexpr const char* kWatcher = "org.kde.StatusNotifierWatcher";
-constexpr int kPatienceMilliseconds = 500;
+constexpr int kPatienceMilliseconds = 2000;
 
 struct FreeReply {
   void operator()(void* reply) const { std::free(reply); }
 };
-
-// The watcher may be there before the panel that shows the icons.
-bool hasStatusNotifierHost() {
-  const QDBusConnection bus = QDBusConnection::sessionBus();
-  if (!bus.isConnected() || !bus.interface()->isServiceRegistered(kWatcher)) return false;
-  auto question = QDBusMessage::createMethodCall(kWatcher, "/StatusNotifierWatcher",
-                                                 "org.freedesktop.DBus.Properties", "Get");
-  question << kWatcher << "IsStatusNotifierHostRegistered";
-  question.setAutoStartService(false);
-  const QDBusMessage answer = bus.call(question, QDBus::Block, kPatienceMilliseconds);
-  if (answer.type() != QDBusMessage::ReplyMessage || answer.arguments().isEmpty()) return false;
-  return answer.arguments().constFirst().value<QDBusVariant>().variant().toBool();
-}
 
 bool hasXEmbedTray() {
   const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
@@ -53,8 +41,29 @@ bool hasXEmbedTray() {
 
 }  // namespace
 
-bool isTrayPresent() {
-  return hasStatusNotifierHost() || hasXEmbedTray();
+TrayPresence::TrayPresence(std::function<void(bool)> onAnswer) : onAnswer_(std::move(onAnswer)) {}
+
+void TrayPresence::ask() {
+  if (waiting_) return;
+  if (hasXEmbedTray()) return onAnswer_(true);
+  askStatusNotifierHost();
+}
+
+// The watcher may be there before the panel that shows the icons.
+void TrayPresence::askStatusNotifierHost() {
+  const QDBusConnection bus = QDBusConnection::sessionBus();
+  if (!bus.isConnected()) return onAnswer_(false);
+  auto question = QDBusMessage::createMethodCall(kWatcher, "/StatusNotifierWatcher",
+                                                 "org.freedesktop.DBus.Properties", "Get");
+  question << kWatcher << "IsStatusNotifierHostRegistered";
+  question.setAutoStartService(false);
+  waiting_ =
+      std::make_unique<QDBusPendingCallWatcher>(bus.asyncCall(question, kPatienceMilliseconds));
+  QObject::connect(waiting_.get(), &QDBusPendingCallWatcher::finished, waiting_.get(), [this] {
+    const QDBusPendingReply<QDBusVariant> answer = *waiting_;
+    waiting_.release()->deleteLater();  // it is the one that calls here
+    onAnswer_(answer.isValid() && answer.value().variant().toBool());
+  });
 }
 
 }  // namespace torvane
