@@ -12,6 +12,7 @@ TEST(AutostartEntryTest, IsADesktopEntryThatStartsTheProgram) {
             "[Desktop Entry]\nType=Application\nName=Torvane P2P Helper\n"
             "Comment=Lets an iPad run the presentation on this computer\n"
             "Exec=\"/opt/Torvane P2P Helper/bin/torvane-p2p-helper\"\n"
+            "TryExec=/opt/Torvane P2P Helper/bin/torvane-p2p-helper\n"
             "Icon=torvane-p2p-helper\nTerminal=false\n");
 }
 
@@ -28,6 +29,7 @@ TEST(AutostartEntryTest, EveryPathComesBackAsItWas) {
 TEST(AutostartEntryTest, EscapesTwice) {
   const auto entry = autostartEntry("/a\\b$c/h");
   EXPECT_NE(entry.find(R"(Exec="/a\\\\b\\$c/h")"), std::string::npos) << entry;
+  EXPECT_NE(entry.find("TryExec=/a\\\\b$c/h\n"), std::string::npos) << entry;
 }
 
 TEST(AutostartEntryTest, ReadsWhatOthersWrote) {

@@ -113,6 +113,8 @@ std::string autostartEntry(const std::string& program) {
          "Comment=Lets an iPad run the presentation on this computer\n"
          "Exec=" +
          escapedValue(quotedArgument(program)) +
+         "\nTryExec=" +  // a program that was removed is not missed at login
+         escapedValue(program) +
          "\n"
          "Icon=torvane-p2p-helper\n"
          "Terminal=false\n";
