@@ -17,6 +17,8 @@ void showAsPlainText(QMessageBox& box, const AlertContent& content) {
   box.setInformativeText(qtText(content.informativeText));
   box.setTextInteractionFlags(Qt::TextSelectableByMouse);
   for (QLabel* label : box.findChildren<QLabel*>()) label->setTextFormat(Qt::PlainText);
+  box.setAccessibleName(box.text());  // a window's title, else, which is the program's name
+  box.setAccessibleDescription(box.informativeText());
 
   if (auto* title = box.findChild<QLabel*>("qt_msgbox_label")) {
     QFont bold = title->font();

@@ -103,13 +103,24 @@ class Item:
         return [shown(str(properties.get("label", ""))) if properties.get("type") != "separator"
                 else "-" for _, properties in self.entries()]
 
-    def choose(self, label, seconds=3):
+    def number(self, label):
+        """By which the panel knows the entry of this label."""
         for number, properties in self.entries():
             if shown(str(properties.get("label", ""))) == label:
-                self.menu.Event(number, "clicked", dbus.Int32(0, variant_level=1),
-                                dbus.UInt32(0), timeout=seconds)
-                return
+                return number
         raise LookupError(label)
+
+    def click(self, number, seconds=3):
+        self.menu.Event(number, "clicked", dbus.Int32(0, variant_level=1), dbus.UInt32(0),
+                        timeout=seconds)
+
+    def choose(self, label):
+        self.click(self.number(label))
+
+    def commands(self):
+        """The texts of what can be chosen."""
+        return [shown(str(properties["label"])) for _, properties in self.entries()
+                if properties.get("type") != "separator" and properties.get("enabled", True)]
 
 
 def shown(label):

@@ -1,0 +1,90 @@
+"""Devices that knock at the helper's door, as docs/peer-link.md says it, some of them badly brought
+up. As a program: one device, which prints how it was answered.
+
+usage: link_device.py PORT NAME [old]
+"""
+
+import asyncio
+import base64
+import hashlib
+import json
+import os
+import ssl
+import sys
+
+import nacl.signing
+import websockets
+
+TIMEOUT = 60
+
+
+def link_port(desktop):
+    """Where the desktop's helper listens; none while it does not."""
+    try:
+        with open(os.path.join(desktop.environment["XDG_RUNTIME_DIR"], "torvane",
+                               "peer-link.json"), encoding="utf-8") as file:
+            return json.load(file)["port"]
+    except FileNotFoundError:
+        return None
+
+
+def start_device(desktop, name, *options):
+    """One device as a process of the desktop; its output is in NAME.log."""
+    return desktop.spawn(name, [sys.executable, __file__, str(link_port(desktop)), name, *options])
+
+
+class Device:
+    """Comes from an address of its own among this computer's, if one is given. `key` is made up
+    where there is none; an old device has none at all."""
+
+    def __init__(self, port, name, key=None, is_old=False, address=None):
+        self.port = port
+        self.name = name
+        self.key = None if is_old else key or nacl.signing.SigningKey.generate()
+        self.address = address
+        self.link = None
+
+    async def invite(self):
+        """Connects and asks to be let in; the first answer, "waiting" or a reason."""
+        tls = ssl.SSLContext(ssl.PROTOCOL_TLS_CLIENT)
+        tls.check_hostname = False
+        tls.verify_mode = ssl.CERT_NONE
+        self.link = await websockets.connect(
+            f"wss://127.0.0.1:{self.port}/link", ssl=tls, subprotocols=["torvane.link.1"],
+            compression=None, open_timeout=TIMEOUT,
+            local_addr=(self.address, 0) if self.address else None)
+        hello = json.loads(await self.link.recv())
+        message = {"type": "invite", "name": self.name}
+        if self.key:
+            message.update(self._proof(base64.b64decode(hello["nonce"])))
+        await self.link.send(json.dumps(message))
+        return await self.answer()
+
+    async def answer(self):
+        """The next word from the helper: "waiting", "accepted", or why not."""
+        message = json.loads(await asyncio.wait_for(self.link.recv(), TIMEOUT))
+        return message.get("reason", message["type"])
+
+    async def final_answer(self):
+        first = await self.invite()
+        return await self.answer() if first == "waiting" else first
+
+    async def close(self):
+        if self.link:
+            await self.link.close()
+
+    def _proof(self, nonce):
+        shown = self.link.transport.get_extra_info("ssl_object").getpeercert(binary_form=True)
+        signed = b"torvane-peer-link-1" + nonce + hashlib.sha256(shown).digest()
+        return {"context": base64.b64encode(bytes(self.key.verify_key)).decode(),
+                "signature": base64.b64encode(self.key.sign(signed).signature).decode()}
+
+
+async def main(port, name, *options):
+    device = Device(int(port), name, is_old="old" in options)
+    print(await device.final_answer(), flush=True)
+    await device.close()
+
+
+if __name__ == "__main__":
+    asyncio.run(main(*sys.argv[1:]))

@@ -1,0 +1,100 @@
+"""What the tests of the menu and the dialogs share: the program on a private desktop."""
+
+import os
+import shutil
+import sys
+import unittest
+
+from helper_program import PROGRAM, engine_answers, require_free_engine_port, start_helper
+from private_desktop import PrivateDesktop, wait_until
+from status_notifier import Item, start_watcher
+
+ENGINE_ON = ["PowerPoint server running on port 8484", "Stop Server", "-"]
+ENGINE_OFF = ["PowerPoint server not running", "Start Server", "-"]
+REST = ["How Does This Work?", "Launch at Login", "Quit"]
+FORGET = "Forget Paired Devices…"
+ALERT = "^Torvane P2P Helper$"
+
+
+class MenuStage(unittest.TestCase):
+    """The program itself is started by each test."""
+
+    build = pictures = None  # folders
+
+    def setUp(self):
+        require_free_engine_port()
+        self.desktop = self.enterContext(PrivateDesktop())
+        self.desktop.start_windows()
+        self.tool = os.path.join(self.build, "tools", "torvane-ipad")
+
+    def start(self, build=None, around=()):
+        """`around`: a command that runs the program."""
+        self.helper = start_helper(self.desktop, build or self.build, around)
+
+    def copy_of_the_bundle(self):
+        """A build folder with a copy of the bundle that a test may change, and the bundle."""
+        copy = os.path.join(self.desktop.folder, "copy")
+        folder = os.path.dirname(os.path.dirname(PROGRAM))
+        shutil.copytree(os.path.join(self.build, folder), os.path.join(copy, folder))
+        return copy, os.path.join(copy, folder)
+
+    def alerts(self):
+        return self.desktop.windows("--name", ALERT)
+
+    def alert(self, picture=None):
+        """Waits for an alert in front; its window."""
+        def in_front():
+            windows = self.alerts()
+            return windows and self.desktop.active_window() in windows and windows[0]
+
+        window = wait_until(in_front, "an alert in front")
+        if picture:
+            self.picture(picture)
+        return window
+
+    def press(self, key):
+        """Answers the alert in front."""
+        self.desktop.run("xdotool", "key", key)
+        wait_until(lambda: not self.alerts(), "the alert's end")
+
+    def picture(self, name):
+        os.makedirs(self.pictures, exist_ok=True)
+        self.desktop.screenshot(os.path.join(self.pictures, name + ".png"))
+
+
+class PanelStage(MenuStage):
+    """With a panel that draws the menu itself, from what comes over D-Bus."""
+
+    def setUp(self):
+        super().setUp()
+        self.watcher = start_watcher(self.desktop)
+        self.assertTrue(self.watcher.stdout.readline().startswith("ready"))
+
+    def start(self, build=None, around=()):
+        super().start(build, around)
+        service = self.watcher.stdout.readline().strip()
+        self.item = Item(self.desktop.environment["DBUS_SESSION_BUS_ADDRESS"], service)
+
+    def start_with_engine(self):
+        self.start()
+        wait_until(engine_answers, "the engine")
+        self.wait_for_line("Stop Server")
+
+    def wait_for_line(self, line):
+        wait_until(lambda: line in self.item.labels(), line)
+
+    def wait_for_menu(self, lines):
+        wait_until(lambda: self.item.labels() == lines, f"{lines}, not {self.item.labels()}")
+
+    def entry(self, label):
+        for _, properties in self.item.entries():
+            if str(properties.get("label", "")) == label:
+                return properties
+        raise LookupError(label)
+
+
+def main():
+    """Runs the tests of the program: TEST BUILD_FOLDER PICTURE_FOLDER [OPTION...]"""
+    MenuStage.pictures = os.path.abspath(sys.argv.pop(2))
+    MenuStage.build = os.path.abspath(sys.argv.pop(1))
+    unittest.main(verbosity=2)
