@@ -5,6 +5,7 @@ usage: status_notifier_test.py TRAY_PROBE
 """
 
 import os
+import signal
 import sys
 import unittest
 
@@ -115,6 +116,18 @@ class StatusNotifierTest(unittest.TestCase):
         self.start_probe()
         self.start_panel()
         self.assertIn("Quit", self.next_item().labels())
+
+    def test_does_without_a_panel_that_hangs_until_it_goes_on(self):
+        self.start_panel()
+        self.watcher.send_signal(signal.SIGSTOP)
+        self.start_probe()
+        wait_until(self.stand_ins, "the stand-in")
+        self.watcher.send_signal(signal.SIGCONT)
+        self.assertIn("Quit", self.next_item().labels())
+        wait_until(lambda: not self.stand_ins(), "the stand-in's end")
+
+    def stand_ins(self):
+        return self.desktop.windows("--name", "^Torvane P2P Helper Menu$")
 
     def test_comes_back_when_the_panel_starts_anew(self):
         self.start()

@@ -54,6 +54,7 @@ clock_padding = 10 0
 
 TOOLS = ("Xvfb", "dbus-daemon", "openbox", "picom", "tint2", "hsetroot", "xdotool", "xprop", "import")
 OPENBOX = ["openbox", "--sm-disable"]
+ACCESSIBILITY = "/usr/libexec/at-spi-bus-launcher"
 PICOM = ["picom", "--backend", "xrender", "--config", "/dev/null"]
 SKIPPED = 77  # the exit status by which ctest knows a skipped test
 

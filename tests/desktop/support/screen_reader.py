@@ -2,9 +2,8 @@
 
 import dbus
 
-from private_desktop import DesktopError, wait_until
+from private_desktop import ACCESSIBILITY, DesktopError, wait_until
 
-LAUNCHER = "/usr/libexec/at-spi-bus-launcher"
 ENVIRONMENT = {"QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1"}
 
 ROOT = "/org/a11y/atspi/accessible/root"
@@ -74,7 +73,7 @@ class Alert:
 class ScreenReader:
     def __init__(self, desktop):
         desktop.environment.update(ENVIRONMENT)
-        desktop.spawn("accessibility", [LAUNCHER, "--launch-immediately"])
+        desktop.spawn("accessibility", [ACCESSIBILITY, "--launch-immediately"])
         session = dbus.bus.BusConnection(desktop.environment["DBUS_SESSION_BUS_ADDRESS"])
         wait_until(lambda: session.name_has_owner("org.a11y.Bus"), "the accessibility bus")
         service = session.get_object("org.a11y.Bus", "/org/a11y/bus", introspect=False)

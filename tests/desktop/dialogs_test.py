@@ -1,0 +1,136 @@
+#!/usr/bin/python3
+"""Each of the whole program's dialogs, answered from the keyboard and by a screen reader, every
+button both ways.
+
+The offer of full disk access is missing: this desktop has nothing like it to offer (tests/app has
+it). Those of the engine and of updates are in engine_start_test.py and menu_update_test.py.
+
+usage: dialogs_test.py BUILD_FOLDER PICTURE_FOLDER
+"""
+
+import json
+import os
+import sys
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "support"))
+
+from private_desktop import (  # noqa: E402
+    ACCESSIBILITY, PATIENCE, skip_where_incomplete, wait_until)
+
+skip_where_incomplete(("dbus", "gi", "websockets", "nacl"), (ACCESSIBILITY,))
+
+from helper_program import PROGRAM  # noqa: E402
+from link_device import link_port, start_device  # noqa: E402
+from menu_stage import FORGET, PanelStage, main  # noqa: E402
+from screen_reader import ScreenReader  # noqa: E402
+
+# How a button is pressed that is the first, the second or the last one, beside by a screen reader.
+KEYS = {"first": ("Return",), "second": ("Tab", "space"), "last": ("Escape",)}
+
+
+class DialogsTest(PanelStage):
+    def setUp(self):
+        super().setUp()
+        self.reader = ScreenReader(self.desktop)
+
+    def answer(self, name, buttons, how):
+        """Presses a button of the alert of this name: `how` is the button's text for the screen
+        reader, or keys. What the alert says."""
+        alert = self.reader.alert(name)
+        self.assertEqual(list(alert.buttons), buttons)
+        self.assertEqual(alert.texts[0], name)
+        if isinstance(how, str):
+            alert.buttons[how].press()
+        else:
+            self.alert()
+            self.desktop.run("xdotool", "key", *how)
+        wait_until(lambda: name not in [open.name for open in self.reader.alerts()],
+                   "the alert's end")
+        return alert.texts[1]
+
+    def defaults(self):
+        path = os.path.join(self.desktop.environment["XDG_CONFIG_HOME"], "torvane/defaults.json")
+        with open(path, encoding="utf-8") as file:
+            return json.load(file)
+
+    def paired(self):
+        return self.defaults().get("pairedDeviceKeys", {})
+
+    # With one button
+
+    def test_welcome(self):
+        for how in ("OK", KEYS["first"], KEYS["last"]):
+            helper = self.desktop.spawn("helper", [os.path.join(self.build, PROGRAM)])
+            text = self.answer("Welcome to Torvane P2P Helper", ["OK"], how)
+            self.assertTrue(text.startswith("Your iPad can control PowerPoint on this Mac"))
+            self.assertTrue(self.defaults()["didShowWelcome"])
+            helper.terminate()
+            self.assertEqual(helper.wait(PATIENCE), 0)
+            os.remove(os.path.join(self.desktop.environment["XDG_CONFIG_HOME"],
+                                   "torvane/defaults.json"))
+
+    def test_explanation(self):
+        self.start()
+        for how in ("OK", KEYS["first"], KEYS["last"]):
+            self.item.choose("How Does This Work?")
+            text = self.answer("How Torvane works", ["OK"], how)
+            self.assertTrue(text.endswith("guide to every control."))
+
+    def test_failure(self):
+        self.start()
+        path = os.path.join(self.desktop.environment["XDG_CONFIG_HOME"], "autostart")
+        with open(path, "w", encoding="utf-8"):
+            pass  # a file where the folder should be
+        for how in ("OK", KEYS["first"], KEYS["last"]):
+            self.item.choose("Launch at Login")
+            self.assertEqual(
+                self.answer("Torvane P2P Helper", ["OK"], how),
+                f"Couldn't change Launch at Login: {path}/torvane-p2p-helper.desktop: Not a "
+                "directory")
+            self.assertNotEqual(self.entry("Launch at Login").get("toggle-state"), 1)
+
+    def test_old_device(self):
+        self.start()
+        for number, how in enumerate(("OK", KEYS["first"], KEYS["last"])):
+            name = f"Old iPad {number}"
+            device = start_device(self.desktop, name, "old")
+            text = self.answer(f"“{name}” needs the new Torvane app", ["OK"], how)
+            self.assertTrue(text.startswith("That iPad is running an older Torvane"))
+            self.assertEqual(device.wait(PATIENCE), 0)
+            self.assertEqual(self.desktop.log(name), "declined\n")
+
+    # With two
+
+    def test_pairing(self):
+        self.start()
+        wait_until(lambda: link_port(self.desktop), "the peer link")
+        for number, (how, answer) in enumerate((
+                ("Pair", "accepted"), (KEYS["first"], "accepted"), ("Ignore", "declined"),
+                (KEYS["second"], "declined"), (KEYS["last"], "declined"))):
+            name = f"iPad {number}"
+            before = len(self.paired())
+            device = start_device(self.desktop, name)
+            text = self.answer(f"Pair with “{name}”?", ["Pair", "Ignore"], how)
+            self.assertTrue(text.startswith(f"A device named “{name}” wants to control"))
+            self.assertEqual(device.wait(PATIENCE), 0)
+            self.assertEqual(self.desktop.log(name), answer + "\n")
+            self.assertEqual(len(self.paired()) - before, answer == "accepted")
+
+    def test_forgetting(self):
+        self.start()
+        wait_until(lambda: link_port(self.desktop), "the peer link")
+        for how, forgets in (("Cancel", False), (KEYS["second"], False), (KEYS["last"], False),
+                             ("Forget All", True), (KEYS["first"], True)):
+            if not self.paired():
+                device = start_device(self.desktop, "iPad")
+                self.answer("Pair with “iPad”?", ["Pair", "Ignore"], "Pair")
+                self.assertEqual(device.wait(PATIENCE), 0)
+            self.item.choose(FORGET)
+            text = self.answer("Forget all paired devices?", ["Forget All", "Cancel"], how)
+            self.assertTrue(text.startswith("Each device will need to be approved again"))
+            wait_until(lambda: bool(self.paired()) != forgets, "what was chosen")
+            self.assertEqual(FORGET not in self.item.labels(), forgets)
+
+
+if __name__ == "__main__":
+    main()
