@@ -5,16 +5,20 @@ import os
 import socket
 import urllib.request
 
-from private_desktop import wait_until
+from private_desktop import DesktopError, wait_until
 
 ENGINE_PORT = 8484
+ENDING = 5  # seconds
 PROGRAM = "bundle/Torvane P2P Helper/bin/torvane-p2p-helper"
 ANSWERED_BEFORE = {"didShowWelcome": True, "fdaNudgeShown": True}
 
 
 def require_free_engine_port():
-    """Ends this program with a message when the port is taken."""
-    if engine_listens():
+    """Ends this program with a message when the port is taken, and not by an engine that is just
+    ending: a helper that quits does not wait for its own."""
+    try:
+        wait_until(lambda: not engine_listens(), "the port's end of use", ENDING)
+    except DesktopError:
         raise SystemExit(
             f"Port {ENGINE_PORT} is taken, and the program knows no other for its engine.\n"
             "End what listens there (a running helper has its engine there) and start again.")
