@@ -21,33 +21,9 @@ skip_where_incomplete(("dbus", "gi", "websockets", "nacl"), (ACCESSIBILITY,))
 
 from helper_program import PROGRAM  # noqa: E402
 from link_device import link_port, start_device  # noqa: E402
-from menu_stage import FORGET, PanelStage, main  # noqa: E402
-from screen_reader import ScreenReader  # noqa: E402
+from menu_stage import FORGET, KEYS, DialogStage, main  # noqa: E402
 
-# How a button is pressed that is the first, the second or the last one, beside by a screen reader.
-KEYS = {"first": ("Return",), "second": ("Tab", "space"), "last": ("Escape",)}
-
-
-class DialogsTest(PanelStage):
-    def setUp(self):
-        super().setUp()
-        self.reader = ScreenReader(self.desktop)
-
-    def answer(self, name, buttons, how):
-        """Presses a button of the alert of this name: `how` is the button's text for the screen
-        reader, or keys. What the alert says."""
-        alert = self.reader.alert(name)
-        self.assertEqual(list(alert.buttons), buttons)
-        self.assertEqual(alert.texts[0], name)
-        if isinstance(how, str):
-            alert.buttons[how].press()
-        else:
-            self.alert()
-            self.desktop.run("xdotool", "key", *how)
-        wait_until(lambda: name not in [open.name for open in self.reader.alerts()],
-                   "the alert's end")
-        return alert.texts[1]
-
+class DialogsTest(DialogStage):
     def defaults(self):
         path = os.path.join(self.desktop.environment["XDG_CONFIG_HOME"], "torvane/defaults.json")
         with open(path, encoding="utf-8") as file:

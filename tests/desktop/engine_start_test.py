@@ -16,8 +16,7 @@ from private_desktop import (  # noqa: E402
 skip_where_incomplete(("dbus", "gi"), (ACCESSIBILITY,))
 
 from helper_program import PROGRAM, engine_answers, engine_listens  # noqa: E402
-from menu_stage import PanelStage, main  # noqa: E402
-from screen_reader import ScreenReader  # noqa: E402
+from menu_stage import DialogStage, main  # noqa: E402
 
 ALERT = "Torvane P2P Helper"
 PYTHON = "/usr/bin/python3"
@@ -40,21 +39,14 @@ exec "$@"
 """
 
 
-class EngineStartTest(PanelStage):
-    def setUp(self):
-        super().setUp()
-        self.reader = ScreenReader(self.desktop)
-
+class EngineStartTest(DialogStage):
     def told(self, picture=None):
         """What the next alert says; it is answered."""
-        alert = self.reader.alert(ALERT)
+        self.reader.alert(ALERT)
         if picture:
             self.alert()
             self.picture(picture)
-        alert.buttons["OK"].press()
-        wait_until(lambda: not self.reader.alerts(), "the alert's end")
-        self.assertEqual(alert.texts[0], ALERT)
-        return alert.texts[1]
+        return self.answer(ALERT, ["OK"], "OK")
 
     def replace_engine(self, text):
         """Puts another script next to the application's folder."""

@@ -22,7 +22,6 @@ from discovery_double import start_discovery  # noqa: E402
 from helper_program import (  # noqa: E402
     ANSWERED_BEFORE, PROGRAM, engine_answers, engine_listens, pair, start_helper)
 from menu_stage import ENGINE_OFF, ENGINE_ON, FORGET, REST, PanelStage, main  # noqa: E402
-from status_notifier import Item  # noqa: E402
 
 HOW = "How Does This Work?"
 LOGIN = "Launch at Login"

@@ -5,12 +5,8 @@ site that serves HTTPS, in a file system and a network of its own.
 usage: update_test.py BUNDLE_FOLDER TORVANE_IPAD UPDATE_BASE
 """
 
-import importlib.machinery
-import importlib.util
-import io
 import json
 import os
-import re
 import shutil
 import signal
 import subprocess
@@ -19,7 +15,6 @@ import tempfile
 import time
 import unittest
 import urllib.parse
-import zipfile
 from pathlib import Path
 
 HERE = os.path.dirname(os.path.abspath(__file__))
@@ -32,20 +27,17 @@ from private_desktop import (  # noqa: E402
 skip_where_incomplete(("dbus", "gi"))
 
 from alert_texts import ENVIRONMENT, alert_texts  # noqa: E402
-from helper_program import ANSWERED_BEFORE, engine_answers, engine_listens, pair  # noqa: E402
+from helper_program import ANSWERED_BEFORE, engine_listens, pair  # noqa: E402
+from installed_copy import (  # noqa: E402
+    APPLICATION, BUILD, CHECK, INSTALLED, NAME, NEXT, OFFER, OURS, application, archive,
+    archive_of_entries, take_application)
 from status_notifier import Item, start_watcher  # noqa: E402
 from update_world import CONTROL, Site, enter, run, size_of, tree  # noqa: E402
 
-NAME = "Torvane P2P Helper.app"
-INSTALLED = "/Applications/" + NAME
 SET_ASIDE = INSTALLED + ".old"
 CACHE_HOME = "/var/cache/torvane-update-test"  # on the same disk as the installed copy
-BUILD, NEXT = "412", "413"
 MEGABYTE = 1 << 20
 LOST = 20  # seconds until a click or a key that had no effect is taken for lost
-
-CHECK = "Check for Updates"
-OFFER = f"Update Helper to Build {NEXT}…"
 
 DOWNLOAD = "The download failed. Check the internet connection and try again from the menu."
 UNPACK = "The downloaded file could not be unpacked."
@@ -56,64 +48,9 @@ VERSION = ("The downloaded version does not match the published one — the site
 REPLACE = "Could not replace the app in /Applications: "
 INSTALL = "Could not install the new copy."
 
-OURS = {"identifier": "app.torvane.p2p-helper", "team": "ZQ4W8N2HJT", "notarized": True}
-NO_PROGRAM = b"not to be started\n"  # in applications that are refused before they could be
 
 SITE = None
-APPLICATION = None  # the application as it was built, without its debugging information
 TOOL = None
-
-
-def release_script():
-    loader = importlib.machinery.SourceFileLoader(
-        "make_release", os.path.join(ROOT, "scripts", "make-release"))
-    module = importlib.util.module_from_spec(importlib.util.spec_from_loader("make_release", loader))
-    loader.exec_module(module)
-    return module
-
-
-RELEASE = release_script()
-
-
-def application(folder, build=NEXT, signed_by=OURS, program=None):
-    """A copy of the application with this build number, signature and, instead of its own, program."""
-    shutil.copytree(APPLICATION, folder, symlinks=True)
-    if program:
-        Path(folder, "bin/torvane-p2p-helper").write_bytes(program)
-    for file, number in (("Info.json", r'("CFBundleVersion": )"\d+"'),
-                         ("Contents/Info.plist", r"(<key>CFBundleVersion</key>\s*<string>)\d+")):
-        path = Path(folder, file)
-        quoted = f'"{build}"' if file.endswith("json") else build
-        text, changes = re.subn(number, lambda found: found.group(1) + quoted, path.read_text())
-        assert changes == 1, file
-        path.write_text(text)
-    if signed_by is not None:
-        os.makedirs(os.path.join(folder, "Contents/_CodeSignature"))
-        Path(folder, "Contents/_CodeSignature/signature.json").write_text(json.dumps(signed_by))
-    return Path(folder)
-
-
-def archive(change=None, program=NO_PROGRAM, **options):
-    """The bytes of an archive whose application was changed by `change`."""
-    with tempfile.TemporaryDirectory() as folder:
-        app = application(os.path.join(folder, NAME), program=program, **options)
-        if change:
-            change(app)
-        RELEASE.write_archive(app, os.path.join(folder, "zip"))
-        return Path(folder, "zip").read_bytes()
-
-
-def archive_of_entries(*entries, beside=b""):
-    """One that holds these names and texts, beside what another holds; a text that begins with an
-    arrow is a link."""
-    out = io.BytesIO(beside)
-    with zipfile.ZipFile(out, "a") as packed:
-        for name, text in entries:
-            entry = zipfile.ZipInfo(name)
-            entry.create_system = 3
-            entry.external_attr = (0o120777 if text.startswith("→") else 0o100644) << 16
-            packed.writestr(entry, text.removeprefix("→"))
-    return out.getvalue()
 
 
 def tell(tool, wish):
@@ -491,16 +428,13 @@ class UpdateTest(unittest.TestCase):
 
 
 def main():
-    global SITE, APPLICATION, TOOL
+    global SITE, TOOL
     bundle, TOOL = (os.path.abspath(sys.argv.pop(1)) for _ in range(2))
     base = sys.argv.pop(1)
     address = urllib.parse.urlsplit(base)
     SITE = Site(address.hostname, address.port or 443)
     Site.trust(SITE.certificate)
-    APPLICATION = "/tmp/application"
-    shutil.copytree(bundle, APPLICATION)
-    if shutil.which("strip"):
-        run("strip", os.path.join(APPLICATION, "bin/torvane-p2p-helper"))
+    take_application(bundle)
     unittest.main(verbosity=2)
 
 

@@ -40,12 +40,17 @@ def engine_answers():
 def start_helper(desktop, build, around=()):
     """Starts it without a first welcome; `build` is the build folder, `around` a command that runs
     the program."""
+    return start_program(desktop, os.path.join(build, PROGRAM), around)
+
+
+def start_program(desktop, path, around=()):
+    """The same, wherever it is."""
     defaults = os.path.join(desktop.environment["XDG_CONFIG_HOME"], "torvane", "defaults.json")
     os.makedirs(os.path.dirname(defaults), mode=0o700, exist_ok=True)
     if not os.path.exists(defaults):
         with open(defaults, "w", encoding="utf-8") as file:
             json.dump(ANSWERED_BEFORE, file)
-    return desktop.spawn("helper", [*around, os.path.join(build, PROGRAM)])
+    return desktop.spawn("helper", [*around, path])
 
 
 def press_first_button(desktop):

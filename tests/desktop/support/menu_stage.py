@@ -7,6 +7,7 @@ import unittest
 
 from helper_program import PROGRAM, engine_answers, require_free_engine_port, start_helper
 from private_desktop import PrivateDesktop, wait_until
+from screen_reader import ScreenReader
 from status_notifier import Item, start_watcher
 
 ENGINE_ON = ["PowerPoint server running on port 8484", "Stop Server", "-"]
@@ -14,6 +15,8 @@ ENGINE_OFF = ["PowerPoint server not running", "Start Server", "-"]
 REST = ["How Does This Work?", "Launch at Login", "Quit"]
 FORGET = "Forget Paired Devices…"
 ALERT = "^Torvane P2P Helper$"
+# How a button is pressed that is the first, the second or the last one, beside by a screen reader.
+KEYS = {"first": ("Return",), "second": ("Tab", "space"), "last": ("Escape",)}
 
 
 class MenuStage(unittest.TestCase):
@@ -72,6 +75,10 @@ class PanelStage(MenuStage):
 
     def start(self, build=None, around=()):
         super().start(build, around)
+        self.take_item()
+
+    def take_item(self):
+        """The next that appears in the panel."""
         service = self.watcher.stdout.readline().strip()
         self.item = Item(self.desktop.environment["DBUS_SESSION_BUS_ADDRESS"], service)
 
@@ -91,6 +98,29 @@ class PanelStage(MenuStage):
             if str(properties.get("label", "")) == label:
                 return properties
         raise LookupError(label)
+
+
+class DialogStage(PanelStage):
+    """With a screen reader, too."""
+
+    def setUp(self):
+        super().setUp()
+        self.reader = ScreenReader(self.desktop)
+
+    def answer(self, name, buttons, how):
+        """Presses a button of the alert of this name: `how` is the button's text for the screen
+        reader, or keys. What the alert says."""
+        alert = self.reader.alert(name)
+        self.assertEqual(list(alert.buttons), buttons)
+        self.assertEqual(alert.texts[0], name)
+        if isinstance(how, str):
+            alert.buttons[how].press()
+        else:
+            self.alert()
+            self.desktop.run("xdotool", "key", *how)
+        wait_until(lambda: name not in [open.name for open in self.reader.alerts()],
+                   "the alert's end")
+        return alert.texts[1]
 
 
 def main():
