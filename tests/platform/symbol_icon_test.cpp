@@ -49,12 +49,12 @@ TEST(SymbolIconTest, WavesGoToTheRightOrToBothSides) {
   EXPECT_GT(coverage(right, true), 0.1);
 }
 
-TEST(SymbolIconTest, DimmedIsTheSamePictureAtFortyPercent) {
+TEST(SymbolIconTest, DimmedIsTheSamePictureButFaint) {
   const QImage plain = picture(kRight);
   const QImage dimmed = picture(kRight, true);
   EXPECT_EQ(strongestAlpha(plain), 255);
-  EXPECT_NEAR(strongestAlpha(dimmed), 102, 2);
-  EXPECT_NEAR(coverage(dimmed, false), coverage(plain, false) * 0.4, 0.01);
+  EXPECT_NEAR(strongestAlpha(dimmed), 140, 2);
+  EXPECT_NEAR(coverage(dimmed, false), coverage(plain, false) * 0.55, 0.01);
 }
 
 TEST(SymbolIconTest, FollowsLightAndDarkDesktops) {

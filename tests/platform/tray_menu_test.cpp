@@ -3,8 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <QAction>
+#include <QApplication>
 #include <QPointer>
+#include <QScreen>
 #include <QTextDocument>
+#include <algorithm>
+#include <cmath>
 
 #include "platform/linux/qt_text.h"
 #include "support/naughty_names.h"
@@ -188,6 +192,51 @@ TEST_F(TrayMenuTest, NamesKeepTheirCharacters) {
   EXPECT_EQ(action(1)->text(), "two columns and lines");
 }
 
+TEST_F(TrayMenuTest, InformationWiderThanHalfAScreenTakesSeveralLines) {
+  std::string text = "Not advertising:";
+  for (int i = 0; i < 30; ++i) text += " a word " + std::to_string(i);
+  delegate.items = {line(text, 1), command("Quit")};
+  open();
+  ASSERT_GT(menu.menu().actions().size(), 3);
+  QString shown;
+  for (QAction* each : menu.menu().actions()) {
+    if (each->text() == "Quit") break;
+    EXPECT_FALSE(each->isEnabled());
+    EXPECT_TRUE(each->text().startsWith("    "));
+    shown += each->text().mid(4);
+  }
+  EXPECT_EQ(shown.toStdString(), text);
+  EXPECT_LT(menu.menu().sizeHint().width(), menu.menu().screen()->availableSize().width() * 2 / 3);
+}
+
+double luminance(const QColor& colour) {
+  const auto linear = [](double part) {
+    return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+  };
+  return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) +
+         0.0722 * linear(colour.blueF());
+}
+
+// The contrast that accessibility guidelines ask for, on the whole of light and dark desktops.
+TEST_F(TrayMenuTest, InformationCanBeReadOnLightAndDarkDesktops) {
+  delegate.items = {line("Connected:")};
+  const QPalette before = QApplication::palette();
+  for (const auto& [text, base] : {std::pair(QColor(Qt::black), QColor(Qt::white)),
+                                   {"#fcfcfc", "#1b1e20"},
+                                   {"#333", "#eee"}}) {
+    QPalette palette;
+    palette.setColor(QPalette::Text, text);
+    palette.setColor(QPalette::Base, base);
+    QApplication::setPalette(palette);
+    open();
+    const QColor shown = menu.menu().palette().color(QPalette::Disabled, QPalette::Text);
+    const auto [dark, light] = std::minmax(luminance(shown), luminance(base));
+    EXPECT_GT((light + 0.05) / (dark + 0.05), 4.5) << text.name().toStdString();
+    EXPECT_NE(shown, text);
+  }
+  QApplication::setPalette(before);
+}
+
 TEST_F(TrayMenuTest, IsEmptyWithoutADelegate) {
   TrayMenu lonely;
   lonely.update();
@@ -255,12 +304,15 @@ TEST(NaughtyNamesTest, AreShownAsTheyAreInMenuAndTooltip) {
     for (const char mark : {'\t', '\n', '\r'}) single.replace(mark, ' ');
     delegate.items = {line(name, 1)};
     menu.update();
-    EXPECT_EQ(drawnByQt(menu.menu().actions().at(0)->text()), "    " + single) << name;
+    QString shown;
+    for (const QAction* each : menu.menu().actions()) shown += drawnByQt(each->text()).mid(4);
+    EXPECT_EQ(shown, single) << name;
     EXPECT_EQ(shownByPanel(sentByQt(exportedLabel(name))), qtText(name).toStdString());
     const QString toolTip = plainToolTip("connected (" + name + ")");
     EXPECT_FALSE(Qt::mightBeRichText(toolTip)) << name;
-    const QString shown = "connected (" + qtText(name) + ")";
-    EXPECT_EQ(QString(toolTip).remove(kWordJoiner), QString(shown).remove(kWordJoiner)) << name;
+    EXPECT_EQ(QString(toolTip).remove(kWordJoiner),
+              QString("connected (" + qtText(name) + ")").remove(kWordJoiner))
+        << name;
   }
 }
 

@@ -1,9 +1,12 @@
 #include "platform/linux/tray_menu.h"
 
 #include <QAction>
+#include <QApplication>
+#include <QScreen>
 #include <algorithm>
 #include <utility>
 
+#include "platform/linux/menu_look.h"
 #include "platform/linux/qt_text.h"
 
 namespace torvane {
@@ -30,7 +33,9 @@ TrayMenu::TrayMenu() {
 
 void TrayMenu::update() {
   if (delegate_ == nullptr || menu_.isVisible()) return;
-  auto entries = entriesFor(delegate_->menuNeedsUpdate());
+  auto items = delegate_->menuNeedsUpdate();
+  if (!isExported()) items = prepareToDraw(std::move(items));
+  auto entries = entriesFor(std::move(items));
   for (Entry& entry : entries) entry.action = takeOver(entry);
   for (const Entry& gone : entries_) delete gone.action;
   entries_ = std::move(entries);
@@ -44,6 +49,12 @@ void TrayMenu::update() {
 
 bool TrayMenu::isExported() {
   return menu_.platformMenu() != nullptr;
+}
+
+std::vector<MenuItem> TrayMenu::prepareToDraw(std::vector<MenuItem> items) {
+  menu_.setPalette(withReadableInformation(QApplication::palette(&menu_)));
+  const int widest = menu_.screen()->availableSize().width() / 2;
+  return inLinesThatFit(std::move(items), menu_.fontMetrics(), widest);
 }
 
 bool TrayMenu::areTheSame(const Entry& a, const Entry& b) {

@@ -37,6 +37,7 @@ class TrayMenu {
   };
 
   [[nodiscard]] bool isExported();  // drawn by the panel rather than by Qt
+  [[nodiscard]] std::vector<MenuItem> prepareToDraw(std::vector<MenuItem> items);
   [[nodiscard]] static bool areTheSame(const Entry& a, const Entry& b);
   [[nodiscard]] static std::vector<Entry> entriesFor(std::vector<MenuItem> items);
   [[nodiscard]] QAction* takeOver(const Entry& entry);
