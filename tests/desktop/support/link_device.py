@@ -16,6 +16,9 @@ import nacl.signing
 import websockets
 
 TIMEOUT = 60
+TLS = ssl.SSLContext(ssl.PROTOCOL_TLS_CLIENT)
+TLS.check_hostname = False
+TLS.verify_mode = ssl.CERT_NONE  # known by its fingerprint instead
 
 
 def link_port(desktop):
@@ -46,11 +49,8 @@ class Device:
 
     async def invite(self):
         """Connects and asks to be let in; the first answer, "waiting" or a reason."""
-        tls = ssl.SSLContext(ssl.PROTOCOL_TLS_CLIENT)
-        tls.check_hostname = False
-        tls.verify_mode = ssl.CERT_NONE
         self.link = await websockets.connect(
-            f"wss://127.0.0.1:{self.port}/link", ssl=tls, subprotocols=["torvane.link.1"],
+            f"wss://127.0.0.1:{self.port}/link", ssl=TLS, subprotocols=["torvane.link.1"],
             compression=None, open_timeout=TIMEOUT,
             local_addr=(self.address, 0) if self.address else None)
         hello = json.loads(await self.link.recv())
