@@ -34,8 +34,7 @@ class FloodTest(DialogStage):
     def setUp(self):
         super().setUp()
         self.start()
-        wait_until(lambda: link_port(self.desktop), "the peer link")
-        self.port = link_port(self.desktop)
+        self.port = wait_until(lambda: link_port(self.desktop), "the peer link")
         self.real = Device(self.port, "Anna's iPad")
         self.answers = collections.Counter()
         self.waiting = []

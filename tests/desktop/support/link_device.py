@@ -14,6 +14,7 @@ import sys
 
 import nacl.signing
 import websockets
+from private_desktop import wait_until
 
 TIMEOUT = 60
 TLS = ssl.SSLContext(ssl.PROTOCOL_TLS_CLIENT)
@@ -33,7 +34,8 @@ def link_port(desktop):
 
 def start_device(desktop, name, *options):
     """One device as a process of the desktop; its output is in NAME.log."""
-    return desktop.spawn(name, [sys.executable, __file__, str(link_port(desktop)), name, *options])
+    port = wait_until(lambda: link_port(desktop), "the peer link")
+    return desktop.spawn(name, [sys.executable, __file__, str(port), name, *options])
 
 
 class Device:
