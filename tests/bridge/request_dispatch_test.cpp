@@ -164,6 +164,26 @@ TEST_F(RequestDispatch, ForgettingAllDevicesServesTheConnectedUntilTheyDrop) {
   helper->forgetAllPairings();
   request({{"id", 1}, {"path", "/x"}});
   EXPECT_EQ(forwarded().size(), 1U);
+  disconnect(peer);
+  platform.alerts.shown.clear();
+  platform.peerLink.invite(peer, device.rawKey());
+  platform.time.runDue();
+  ASSERT_EQ(platform.alerts.shown.size(), 1U);
+  EXPECT_EQ(platform.alerts.shown[0].message, "Pair with “iPad”?");
+}
+
+TEST_F(RequestDispatch, SamePeerThatComesBackStartsAnew) {
+  const auto challenge = challengeOf(peer);
+  const auto envelope = device.envelope(challenge, {{"id", 1}, {"path", "/x"}});
+  receive(peer, envelope);
+  disconnect(peer);
+  platform.peerLink.invite(peer, device.rawKey());
+  connect(peer);
+  EXPECT_NE(challengeOf(peer), challenge);
+  receive(peer, envelope);
+  EXPECT_EQ(forwarded().size(), 1U);
+  request({{"id", 1}, {"path", "/x"}});
+  EXPECT_EQ(forwarded().size(), 2U);
 }
 
 TEST_F(RequestDispatch, AnswersMayOvertakeEachOther) {

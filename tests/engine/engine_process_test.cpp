@@ -93,8 +93,11 @@ TEST_F(EngineProcess, DoesNothingWhileTheEngineIsRunning) {
 
 TEST_F(EngineProcess, DoesNothingWhileItsChildStillRuns) {
   helper->startServer();
+  const auto launched = platform.processes.launched.size();
+  platform.bundle.resources.clear();
   helper->startServer();
-  EXPECT_EQ(engines().size(), 1U);
+  EXPECT_EQ(platform.processes.launched.size(), launched);
+  EXPECT_TRUE(platform.alerts.shown.empty());
 }
 
 TEST_F(EngineProcess, FailedLaunchIsToldAndKeepsNoChild) {

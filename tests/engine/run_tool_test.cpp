@@ -34,6 +34,7 @@ TEST_F(RunTool, PassesItsArgumentsAndItsOwnEnvironmentOn) {
 TEST_F(RunTool, ToolThatCannotStartGivesMinusOneAndTheReason) {
   const auto result = run({"", std::nullopt, "No such file or directory"});
   EXPECT_EQ(result.status, -1);
+  EXPECT_EQ(platform.time.now(), 0);
   EXPECT_EQ(result.output, "No such file or directory");
 }
 

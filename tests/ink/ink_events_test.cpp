@@ -39,6 +39,7 @@ TEST_F(InkEvents, BeginAndPointsMakeStrokesInTheOrderTheyBegan) {
 }
 
 TEST_F(InkEvents, EmptyBatchChangesNothingAndAsksForARedrawOnlyWhileALaserDotIsAlive) {
+  apply(R"([{"t":"begin","id":7,"x":0.1,"y":0.2}])", 9);
   EXPECT_FALSE(apply("[]", 10));
   apply(R"([{"t":"laser","x":0.5,"y":0.5}])", 10);
   EXPECT_TRUE(apply("[]", 10));
@@ -46,6 +47,8 @@ TEST_F(InkEvents, EmptyBatchChangesNothingAndAsksForARedrawOnlyWhileALaserDotIsA
   EXPECT_FALSE(apply("[]", 10.91));
   EXPECT_EQ(view.laser, (Point{0.5, 0.5}));
   EXPECT_EQ(view.laserAt, 10);
+  EXPECT_EQ(view.order, std::vector<std::int64_t>{7});
+  EXPECT_EQ(view.strokes.at(7), (std::vector<Point>{{0.1, 0.2}}));
 }
 
 TEST_F(InkEvents, LaserDotOfExactlyNineTenthsIsDead) {

@@ -208,7 +208,9 @@ TEST_F(InkPolling, NegativeSequenceNumberIsAlwaysBackwards) {
 
 TEST_F(InkPolling, UnreadableAnswersLeaveEverythingAsItIs) {
   tick(R"({"seq":9,"presenting":true,"aspect":0.75})");
-  for (const auto* body : {"", "[]", "{}", "{", R"({"seq":"5"})", R"({"seq":10.5})", "<html>"}) {
+  for (const auto* body :
+       {"", "[]", "{}", "{", R"({"seq":10.5})", "<html>",
+        R"({"seq":"5","overlayV":3,"events":[{"t":"begin","id":1,"x":0,"y":0}]})"}) {
     tick(body);
     EXPECT_EQ(helper->inkSeq, 9) << body;
     EXPECT_EQ(view->aspect, 0.75) << body;
@@ -216,6 +218,8 @@ TEST_F(InkPolling, UnreadableAnswersLeaveEverythingAsItIs) {
     EXPECT_FALSE(helper->inkBusy) << body;
   }
   EXPECT_EQ(helper->frameTick, 1);
+  EXPECT_TRUE(view->strokes.empty());
+  EXPECT_EQ(fetched(), 1U);  // for the one that was read
 }
 
 TEST_F(InkPolling, TransportErrorIsSilent) {

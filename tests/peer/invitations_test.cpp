@@ -67,20 +67,29 @@ TEST_F(Invitations, TwoFromOneDeviceShareOneAlertAndOneAnswer) {
   EXPECT_EQ(alerts().size(), 1U);
   EXPECT_TRUE(answers->at(0).accept);
   EXPECT_TRUE(again->at(0).accept);
+  EXPECT_EQ(answers->at(0).session, helper->session);
   EXPECT_EQ(again->at(0).session, helper->session);
-  EXPECT_EQ(helper->pairedDevices.size(), 1U);
+  EXPECT_EQ(platform.logged({"store pairedDeviceKeys"}), CallLog{"store pairedDeviceKeys"});
+  const JsonObject stored = {{deviceKey(1), "Ann"}};
+  EXPECT_EQ(platform.defaults.stored["pairedDeviceKeys"], JsonValue(stored));
   EXPECT_EQ(helper->peerKeys.size(), 2U);
 }
 
-TEST_F(Invitations, WaitingDevicesAreAskedAboutInKeyOrder) {
-  platform.alerts.whileUp = [&](const AlertContent& alert) {
-    if (alert.message != "Pair with “Middle”?") return;
-    invite(device("Last"), 9);
-    invite(device("First"), 1);
-  };
-  invite(device("Middle"), 5);
-  EXPECT_EQ(alerts(), (std::vector<std::string>{"Pair with “Middle”?", "Pair with “First”?",
-                                                "Pair with “Last”?"}));
+// Keys are compared as the texts that they are stored as: 251 is "+/v7…", 1 is "AQEB…".
+TEST_F(Invitations, WaitingDevicesAreAskedAboutInTheOrderOfTheirKeysTexts) {
+  for (const bool firstComesFirst : {false, true}) {
+    helper->forgetAllPairings();
+    platform.alerts.shown.clear();
+    platform.alerts.whileUp = [&](const AlertContent& alert) {
+      if (alert.message != "Pair with “Middle”?") return;
+      if (firstComesFirst) invite(device("First"), 251);
+      invite(device("Last"), 1);
+      if (!firstComesFirst) invite(device("First"), 251);
+    };
+    invite(device("Middle"), 5);
+    EXPECT_EQ(alerts(), (std::vector<std::string>{"Pair with “Middle”?", "Pair with “First”?",
+                                                  "Pair with “Last”?"}));
+  }
   EXPECT_EQ(platform.alerts.mostUpAtOnce, 1);
 }
 
@@ -183,7 +192,9 @@ TEST_F(Invitations, OldClientDuringAPairingAlertIsRefusedWithoutAWarning) {
     if (alert.message != "Pair with “Ann”?") return;
     refused = platform.peerLink.invite(device("Relic"), std::nullopt);
     platform.time.runDue();
-    EXPECT_EQ(refused->size(), 1U);
+    ASSERT_EQ(refused->size(), 1U);
+    EXPECT_FALSE(refused->at(0).accept);
+    EXPECT_EQ(refused->at(0).session, nullptr);
   };
   invite(device("Ann"), 1);
   EXPECT_EQ(alerts(), std::vector<std::string>{"Pair with “Ann”?"});
@@ -223,7 +234,10 @@ TEST_F(Invitations, ForgetAllMeansAskingAgainWhileTheConnectedStay) {
   const auto ann = device("Ann");
   invite(ann, 1);
   connect(ann);
+  const auto session = helper->session;
   helper->forgetPairedDevices();
+  EXPECT_EQ(helper->session, session);
+  EXPECT_EQ(platform.logged({"disconnect"}), CallLog{});
   EXPECT_TRUE(helper->pairedDevices.empty());
   EXPECT_EQ(platform.defaults.stored.count("pairedDeviceKeys"), 0U);
   EXPECT_EQ(helper->peerKeys.at(ann), deviceKey(1));

@@ -31,12 +31,11 @@ TEST_F(Session, ListsConnectedPeersInTheSessionsOrder) {
 }
 
 TEST_F(Session, ConnectingRefreshesTheListAndTheIcon) {
-  connect(first);
-  const auto icons = platform.statusBar.shown.icons.size();
+  platform.peerLink.current().connected = {first};  // and no event has told of it yet
   platform.peerLink.current().changeState(second, PeerState::connecting);
   platform.time.runDue();
   EXPECT_EQ(helper->connectedPeers, std::vector<std::string>{"First"});
-  EXPECT_EQ(platform.statusBar.shown.icons.size(), icons + 1);
+  EXPECT_EQ(platform.statusBar.shown.icons.back(), statusIcon({"First"}, false));
 }
 
 TEST_F(Session, DisconnectingOneOfTwoClearsOnlyItsState) {
@@ -54,10 +53,13 @@ TEST_F(Session, DisconnectingOneOfTwoClearsOnlyItsState) {
 
 TEST_F(Session, DisconnectingAPeerWithoutAChallengeTouchesNoOther) {
   admit(first, 1);
+  helper->admitPeer(second, deviceKey(2));
   connect(second);
   disconnect(second);
-  EXPECT_EQ(helper->challenges.size(), 1U);
-  EXPECT_EQ(helper->receivedIDs.size(), 1U);
+  EXPECT_EQ(helper->peerKeys, (std::map<PeerID, std::string>{{first, deviceKey(1)}}));
+  EXPECT_EQ(helper->challenges, (std::map<PeerID, std::string>{{first, "challenge"}}));
+  ASSERT_EQ(helper->receivedIDs.size(), 1U);
+  EXPECT_TRUE(helper->receivedIDs.at(first).contains(1));
 }
 
 TEST_F(Session, IsReplacedWhenTheLastPeerHasGone) {

@@ -11,6 +11,7 @@
 #include <thread>
 #include <vector>
 
+#include "engine/run_tool.h"
 #include "platform/posix/unique_fd.h"
 #include "platform/posix_child_process_fixture.h"
 #include "support/temporary_folder.h"
@@ -53,6 +54,13 @@ TEST_F(PosixChildProcessTest, DescribesALaunchError) {
   launch.executable = "/etc/passwd";
   EXPECT_EQ(launcher.launch(launch, nullptr).error, "Permission denied: /etc/passwd");
   EXPECT_FALSE(called);
+  EXPECT_FALSE(hasChildren());
+}
+
+TEST_F(PosixChildProcessTest, ToolThatDoesNotExistGivesMinusOneAtOnce) {
+  const ToolResult missing = runTool(launcher, "/nonexistent/tool", {});
+  EXPECT_EQ(missing.status, -1);
+  EXPECT_EQ(missing.output, "No such file or directory: /nonexistent/tool");
   EXPECT_FALSE(hasChildren());
 }
 

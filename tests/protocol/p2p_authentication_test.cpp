@@ -84,7 +84,8 @@ TEST_F(P2PAuthenticationTest, RefusesAnIdThatIsAStringOfDigits) {
 TEST_F(P2PAuthenticationTest, RefusesASignedBodyThatIsNotAFrame) {
   EXPECT_FALSE(verify(device.envelopeAround(kChallenge, toBytes("no frame"))));
   EXPECT_FALSE(verify(device.envelopeAround(kChallenge, {})));
-  EXPECT_FALSE(verify(device.envelopeAround(kChallenge, toBytes("\0\0\0\2[]"))));
+  EXPECT_FALSE(
+      verify(device.envelopeAround(kChallenge, toBytes(std::string_view("\0\0\0\2[]", 6)))));
   EXPECT_TRUE(receivedIDs.empty());
 }
 
