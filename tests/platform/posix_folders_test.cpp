@@ -109,6 +109,26 @@ TEST_F(PosixFolders, RemovesAFileALinkAndNothing) {
   EXPECT_TRUE(files.removeAll(folder / "file"));
 }
 
+// An archive may hold such folders. The superuser, who may change them, becomes nobody for it.
+TEST_F(PosixFolders, RemovesFoldersThatMayNotBeChanged) {
+  constexpr uid_t kNobody = 65534;
+  const bool isRoot = ::geteuid() == 0;
+  const auto become = [&](uid_t user) { return !isRoot || ::seteuid(user) == 0; };
+  put(folder / "a/b/c/file", "text");
+  put(folder / "a/b/d/file", "text");
+  for (const char* path : {"", "a", "a/b", "a/b/c", "a/b/d"}) {
+    ASSERT_TRUE(!isRoot || ::chown((folder / path).c_str(), kNobody, kNobody) == 0);
+  }
+  ASSERT_EQ(::chmod((folder / "a/b/c").c_str(), 0500), 0);
+  ASSERT_EQ(::chmod((folder / "a/b/d").c_str(), 0), 0);
+  ASSERT_EQ(::chmod((folder / "a/b").c_str(), 0500), 0);
+  ASSERT_TRUE(become(kNobody));
+  const bool isRemoved = files.removeAll(folder / "a");
+  ASSERT_TRUE(become(0));
+  EXPECT_TRUE(isRemoved);
+  EXPECT_FALSE(files.exists(folder / "a"));
+}
+
 TEST_F(PosixFolders, MovesAFolder) {
   putApplication();
   EXPECT_EQ(files.move(folder / "a.app", folder / "b.app", std::nullopt), std::nullopt);

@@ -45,6 +45,17 @@ void makeFolders(const fs::path& path) {
   ::mkdir(path.c_str(), kPrivateMode);
 }
 
+// A folder that its owner may not change keeps what it holds from being removed.
+void openFolders(const fs::path& path) {
+  if (!isOwnFolder(entryStatus(path))) return;
+  ::chmod(path.c_str(), kPrivateMode);
+  std::error_code error;
+  fs::directory_iterator entry(path, error);
+  for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+    openFolders(entry->path());
+  }
+}
+
 std::string describe(const std::error_code& error) {
   return error.message() + ".";
 }
@@ -139,6 +150,9 @@ bool PosixFileSystem::createPrivateFolder(const std::string& path) {
 bool PosixFileSystem::removeAll(const std::string& path) {
   if (!isUsable(path)) return false;
   std::error_code ignored;
+  fs::remove_all(path, ignored);
+  if (!entryStatus(path)) return true;
+  openFolders(path);
   fs::remove_all(path, ignored);
   return !entryStatus(path);
 }
