@@ -68,6 +68,18 @@ TEST_F(TorvaneIpadLinkTest, NameThatTheLinkForbidsIsRefused) {
   EXPECT_EQ(failure->detail, "name");
 }
 
+// As when the helper's user takes a while to answer an invitation.
+TEST_F(TorvaneIpadLinkTest, NothingToSayIsNoSilence) {
+  settings_.mostSilence = 500ms;
+  HelperSession session(network_, DeviceIdentity(DeviceIdentity::Seed{1}), 2s);
+  ASSERT_TRUE(std::holds_alternative<Welcome>(session.invite(settings_, 20s, [](auto&&) {})));
+  constexpr std::int64_t kNeverAsked = 1000;
+  const auto answer = session.repliesUntil(kNeverAsked);
+  const auto* failure = std::get_if<LinkFailure>(&answer);
+  ASSERT_NE(failure, nullptr);
+  EXPECT_EQ(failure->kind, LinkFailure::Kind::noAnswer);
+}
+
 TEST_F(TorvaneIpadLinkTest, LargeBodiesTravel) {
   const auto session = open(1);
   ASSERT_TRUE(session);

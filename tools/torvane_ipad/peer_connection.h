@@ -18,6 +18,9 @@ struct ConnectionSettings {
   std::string displayName;
   std::string expectedFingerprint;      // empty: trust whoever answers
   std::chrono::milliseconds timeout{};  // from the start until the invitation is received
+  // Without a sign of life for this long, or an answer to the ping after half of it, the helper is
+  // lost. It sends pings of its own after 3 s.
+  std::chrono::milliseconds mostSilence{12'000};
 };
 
 struct Welcome {

@@ -30,8 +30,6 @@ constexpr std::size_t kMostFrameSize = 16 * 1024 * 1024;
 constexpr std::size_t kReadAhead = 64 * 1024;
 constexpr const char* kTarget = "/link";
 constexpr const char* kSubprotocol = "torvane.link.1";
-// The helper sends a ping after 3 s of silence.
-constexpr auto kMostSilence = std::chrono::seconds(12);
 constexpr auto kCloseTime = std::chrono::seconds(1);
 
 class WebSocketConnection : public PeerConnection,
@@ -119,9 +117,10 @@ class WebSocketConnection : public PeerConnection,
   }
 
   void upgrade() {
-    // The timer of the whole start guards the handshake as well.
-    socket_.set_option(
-        websocket::stream_base::timeout{kCloseTime + settings_.timeout, kMostSilence, false});
+    // The timer of the whole start guards the handshake as well. Without pings of our own, those
+    // of the helper would be no sign of life to the library.
+    socket_.set_option(websocket::stream_base::timeout{kCloseTime + settings_.timeout,
+                                                       settings_.mostSilence, true});
     socket_.set_option(websocket::stream_base::decorator([](websocket::request_type& request) {
       request.set(beast::http::field::sec_websocket_protocol, kSubprotocol);
     }));
