@@ -1,11 +1,6 @@
 // The program's own main() and adapters, unchanged, with the real core, on a Mac made of nothing.
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-
-#include "mac/fakes/fake_system.h"
-#include "mac/runtime/objc_runtime.h"
+#include "mac/on_a_mac.h"
 #include "support/signing_device.h"
 
 int torvane_main();
@@ -20,20 +15,15 @@ using fake::system;
 using Events = id<MCSessionDelegate, MCNearbyServiceAdvertiserDelegate>;
 
 // Each test is one run of the program, from its start to the end of `body`.
-class MacProgram : public testing::Test {
+class MacProgram : public OnAMac {
  protected:
   MacProgram() {
     @autoreleasepool {
-      fake::reset();
       system().readableFiles = {
           "/nonexistent/home/Library/Application Support/com.apple.TCC/TCC.db"};
       system().defaults["didShowWelcome"] = [NSNumber numberWithBool:YES];
       system().info["CFBundleVersion"] = @"42";
     }
-  }
-  ~MacProgram() override {
-    fake::reset();
-    EXPECT_LE(runtime::liveObjects(), 2) << "objects are left (two colours are for ever)";
   }
 
   void run(const std::function<void()>& body) {
@@ -44,6 +34,8 @@ class MacProgram : public testing::Test {
         }
       };
       torvane_main();
+      system().performed.clear();  // the process has ended
+      system().timers.clear();
     }
   }
 

@@ -21,6 +21,9 @@ LINUX = f"-std=c++20 -g1 {SANITIZERS} -fno-omit-frame-pointer -I src -I tests"
 LINUX_OBJC = ("-O1 -x objective-c++ -fobjc-runtime=gnustep-2.0 -fobjc-arc -fblocks "
               "-isystem tests/mac/include")
 
+# The test calls it, and has this computer's Python.
+MAIN = " -Dmain=torvane_main -DkMacPython=kLinuxPython"
+
 RULES = """\
 builddir = {out}/checks
 rule compile
@@ -73,7 +76,7 @@ class ChecksFile(NinjaFile):
         objects = [self.linux(source, own, plain) for folder in CORE
                    for source in sorted((ROOT / "src" / folder).glob("*.cpp"))]
         objects += [self.linux(source, f"{own_objc} {WARNINGS}" +
-                               (" -Dmain=torvane_main" if source.name == "main.mm" else ""), objc)
+                               (MAIN if source.name == "main.mm" else ""), objc)
                     for source in self.mac]
         objects += [self.linux(source, f"{own_objc} -w", objc)
                     for source in sorted([*tests.glob("fakes/*.mm"), *tests.glob("*_test.mm")])]

@@ -20,6 +20,7 @@ std::vector<RunningApplication> MacRunningApplications::withBundleIdentifier(
   std::vector<RunningApplication> found;
   for (NSRunningApplication* running in
        [NSRunningApplication runningApplicationsWithBundleIdentifier:toNSString(identifier)]) {
+    if (running.processIdentifier <= 0) continue;  // it has ended meanwhile
     RunningApplication application{running.processIdentifier, std::nullopt};
     NSString* path = running.bundleURL.path;
     if (path != nil) application.bundlePath = toText(path);

@@ -27,9 +27,9 @@ std::optional<JsonValue> fromArray(NSArray* array) {
 
 std::optional<JsonValue> fromDictionary(NSDictionary* dictionary) {
   JsonObject object;
-  for (NSString* key in dictionary) {
+  for (id key in dictionary) {
     auto value = fromPropertyList([dictionary objectForKey:key]);
-    if (!value) return std::nullopt;
+    if (!value || ![key isKindOfClass:[NSString class]]) return std::nullopt;
     object[toText(key)] = std::move(*value);
   }
   return object;

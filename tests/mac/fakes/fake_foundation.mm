@@ -300,8 +300,13 @@ static NSNumber* number(char kind, double d, unsigned long long i) {
   }
   return info;
 }
+- (NSString*)executablePath {
+  return fake::system().executable;
+}
 - (NSString*)pathForResource:(NSString*)name ofType:(NSString*)type {
-  return nil;
+  const auto& resources = fake::system().resources;
+  const auto found = resources.find(fake::text(name) + "." + fake::text(type));
+  return found != resources.end() ? fake::string(found->second) : nil;
 }
 @end
 
@@ -319,7 +324,7 @@ static NSNumber* number(char kind, double d, unsigned long long i) {
   return [[NSHost alloc] init];
 }
 - (NSString*)localizedName {
-  return @"Zoë's Mac";
+  return fake::system().hostName;
 }
 @end
 
@@ -381,7 +386,7 @@ NSError* error(const std::string& description) {
 
 extern "C" {
 NSString* NSTemporaryDirectory(void) { return @"/nonexistent/temporary/"; }
-NSString* NSHomeDirectory(void) { return @"/nonexistent/home"; }
+NSString* NSHomeDirectory(void) { return fake::string(fake::system().home); }
 void NSLog(NSString* format, ...) { fake::say("NSLog " + fake::text(format)); }
 CFTypeID CFGetTypeID(CFTypeRef value) { return (CFTypeID)((__bridge NSNumber*)value)->_kind; }
 CFTypeID CFBooleanGetTypeID(void) { return 'b'; }

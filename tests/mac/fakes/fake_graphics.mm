@@ -18,6 +18,7 @@ struct CGColorSpace : Counted {};
 struct CGImage : Counted {};
 struct CGImageSource : Counted {
   std::string data;
+  NSString* type;
 };
 
 extern "C" {
@@ -62,7 +63,8 @@ void CGContextFillEllipseInRect(CGContextRef, CGRect) { say("oval"); }
 const CFStringRef kCGWindowOwnerName = (__bridge CFStringRef) @"owner";
 const CFStringRef kCGWindowBounds = (__bridge CFStringRef) @"bounds";
 CFArrayRef CGWindowListCopyWindowInfo(CGWindowListOption options, CGWindowID window) {
-  if (options != 17 || window != 0) return nullptr;
+  if (options != 17 || window != 0 || fake::system().listsNoWindows) return nullptr;
+  if (NSArray* given = fake::system().windowList) return (__bridge_retained CFArrayRef)given;
   NSMutableArray* list = [NSMutableArray array];
   for (const auto& [owner, bounds] : fake::system().listedWindows) {
     [list addObject:@{
@@ -93,14 +95,13 @@ CGImageSourceRef CGImageSourceCreateWithData(CFDataRef data, CFDictionaryRef) {
   return source;
 }
 CFStringRef CGImageSourceGetType(CGImageSourceRef source) {
-  static NSString* type;  // belongs to the source
-  type = fake::string(source->data.substr(0, source->data.find(' ')));
-  return (__bridge CFStringRef)type;
+  source->type = fake::string(source->data.substr(0, source->data.find(' ')));
+  return (__bridge CFStringRef)source->type;
 }
 CFDictionaryRef CGImageSourceCopyPropertiesAtIndex(CGImageSourceRef source, size_t,
                                                    CFDictionaryRef) {
-  int width = 0, height = 0;
-  std::sscanf(source->data.c_str(), "%*s %d %d", &width, &height);
+  long long width = 0, height = 0;
+  std::sscanf(source->data.c_str(), "%*s %lld %lld", &width, &height);
   return (__bridge_retained CFDictionaryRef) @{@"width" : @(width), @"height" : @(height)};
 }
 CGImageRef CGImageSourceCreateThumbnailAtIndex(CGImageSourceRef source, size_t,
@@ -111,7 +112,7 @@ CGImageRef CGImageSourceCreateThumbnailAtIndex(CGImageSourceRef source, size_t,
 }
 
 CFStringRef kAXTrustedCheckOptionPrompt = (__bridge CFStringRef) @"prompt";
-Boolean AXIsProcessTrusted(void) { return 1; }
+Boolean AXIsProcessTrusted(void) { return fake::system().isTrusted; }
 Boolean AXIsProcessTrustedWithOptions(CFDictionaryRef options) {
   NSNumber* prompts = [(__bridge NSDictionary*)options objectForKey:@"prompt"];
   say(prompts.boolValue ? "trust with a prompt" : "trust");

@@ -13,7 +13,7 @@
 + (instancetype)URLWithString:(NSString*)string {
   NSURL* url = [[NSURL alloc] init];
   url->_text = fake::text(string);
-  return url->_text.find("://") != std::string::npos ? url : nil;
+  return url->_text.find(':') != std::string::npos ? url : nil;
 }
 + (NSURL*)fileURLWithPath:(NSString*)path {
   NSURL* url = [[NSURL alloc] init];
@@ -67,7 +67,7 @@
 }
 - (BOOL)trashItemAtURL:(NSURL*)url resultingItemURL:(NSURL**)result error:(NSError**)error {
   fake::say("trash " + url->_text);
-  return YES;
+  return !fake::system().trashFails;
 }
 @end
 
@@ -196,6 +196,7 @@
   fake::Request _asked;
   NSUInteger _number;
   BOOL _isCancelled;
+  BOOL _hasEnded;
 }
 @end
 @implementation NSURLSessionTask
@@ -209,6 +210,7 @@
   fake::system().requests.push_back(request);
 }
 - (void)cancel {
+  fake::say("task cancelled");
   _isCancelled = YES;
 }
 @end
@@ -240,20 +242,27 @@
   task->_number = ++_tasks;
   return task;
 }
+// What is on its way ends with an error; then the session lets go of its delegate.
 - (void)invalidateAndCancel {
   fake::say("session cancelled");
+  for (const auto& request : fake::system().requests) {
+    if (request.session == self && !request.task->_hasEnded) fake::fail(request, "cancelled");
+  }
+  _events = nil;
 }
 @end
 
 namespace fake {
 
-void respond(const Request& request, int status, const std::string& type, const std::string& body) {
+static void answer(const Request& request, int status, const std::string& type,
+                   const std::string& body, long long announced) {
   id<NSURLSessionDataDelegate> events = request.session->_events;
+  request.task->_hasEnded = YES;
   elsewhere([&] {
     NSHTTPURLResponse* response = [[NSHTTPURLResponse alloc] init];
     response->_status = status;
     response->_type = type;
-    response->_length = (long long)body.size();
+    response->_length = announced;
     [events URLSession:request.session
                   dataTask:request.task
         didReceiveResponse:response
@@ -272,8 +281,37 @@ void respond(const Request& request, int status, const std::string& type, const 
   });
 }
 
+void respond(const Request& request, int status, const std::string& type, const std::string& body) {
+  answer(request, status, type, body, (long long)body.size());
+}
+
+void respond(const Request& request, int status, const std::string& body, long long announced) {
+  answer(request, status, "", body, announced);
+}
+
+bool followsRedirect(const Request& request, const std::string& url) {
+  id<NSURLSessionDataDelegate> events = request.session->_events;
+  bool follows = false;
+  elsewhere([&] {
+    NSMutableURLRequest* next =
+        [[NSMutableURLRequest alloc] initWithURL:[NSURL URLWithString:string(url)]
+                                     cachePolicy:NSURLRequestUseProtocolCachePolicy
+                                 timeoutInterval:1];
+    bool* answer = &follows;
+    [events URLSession:request.session
+                              task:request.task
+        willPerformHTTPRedirection:[[NSHTTPURLResponse alloc] init]
+                        newRequest:next
+                 completionHandler:^(NSURLRequest* allowed) {
+                   *answer = allowed != nil;
+                 }];
+  });
+  return follows;
+}
+
 void fail(const Request& request, const std::string& description) {
   id<NSURLSessionDataDelegate> events = request.session->_events;
+  request.task->_hasEnded = YES;
   elsewhere([&] {
     [events URLSession:request.session task:request.task didCompleteWithError:error(description)];
   });

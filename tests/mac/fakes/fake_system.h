@@ -51,6 +51,12 @@ struct System {
   std::map<std::string, id> defaults;
   std::map<std::string, id> info;
   std::vector<std::string> readableFiles;
+  std::string home = "/nonexistent/home";
+  std::map<std::string, std::string> resources;  // name.type → path
+  NSString* executable = nil;
+  NSString* hostName = @"Zoë's Mac";
+  bool isTrusted = true;
+  bool trashFails = false;
   std::map<int, std::string> runningApplications;  // process → bundle
   SMAppServiceStatus loginStatus = SMAppServiceStatusNotRegistered;
   bool loginFails = false;
@@ -66,6 +72,8 @@ struct System {
   std::vector<MCPeerID*> connected;  // to the newest session
   MCNearbyServiceAdvertiser* advertiser = nil;
   std::vector<std::pair<std::string, CGRect>> listedWindows;
+  NSArray* windowList = nil;  // given instead of these
+  bool listsNoWindows = false;
   std::vector<CGRect> screens = {{{0, 0}, {1920, 1080}}};
 };
 
@@ -86,9 +94,12 @@ std::string text(NSString* string);
 NSString* string(const std::string& text);
 NSError* error(const std::string& description);
 
-// The answer to a request, on a thread that is not the main one.
+// The answer to a request, on a thread that is not the main one. Its length is announced, unless it
+// is said to be another; -1: not at all.
 void respond(const Request& request, int status, const std::string& type, const std::string& body);
+void respond(const Request& request, int status, const std::string& body, long long announced);
 void fail(const Request& request, const std::string& description);
+bool followsRedirect(const Request& request, const std::string& url);
 
 void choose(NSMenuItem* item);
 std::string title(NSMenuItem* item);
