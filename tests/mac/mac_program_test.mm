@@ -83,6 +83,10 @@ TEST_F(MacProgram, ShowsTheOverlayWithItsSettings) {
     EXPECT_TRUE(((NSView*)window.contentView).flipped);
     EXPECT_TRUE(said("front"));
     EXPECT_TRUE(said("to the screen"));
+    EXPECT_EQ(fake::markAt(192, 108), 1U);  // a tenth from the left and from the top
+    EXPECT_EQ(fake::markAt(384, 216), 1U);
+    EXPECT_EQ(fake::markAt(960, 540), 2U);  // the laser's dot
+    EXPECT_EQ(fake::markAt(192, 972), 0U);
   });
 }
 

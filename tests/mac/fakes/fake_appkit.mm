@@ -100,7 +100,7 @@ __kindof NSApplication* NSApp;
 + (void)setCurrentContext:(NSGraphicsContext*)context {
 }
 - (CGContextRef)CGContext {
-  return nullptr;
+  return fake::screen();
 }
 @end
 
@@ -146,7 +146,7 @@ __kindof NSApplication* NSApp;
   return _isShown;
 }
 - (CGFloat)backingScaleFactor {
-  return 2;
+  return fake::kScale;
 }
 - (void)setFrame:(NSRect)frame display:(BOOL)display {
   say("frame " + std::to_string((int)frame.origin.x) + (display ? " display" : ""));

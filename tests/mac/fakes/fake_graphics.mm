@@ -10,12 +10,39 @@ using fake::say;
 struct Counted {
   virtual ~Counted() = default;
 };
-struct CGContext : Counted {
+// From points to pixels that count upwards, as the frameworks have them: scale, then move.
+struct Mapping {
+  double scaleX = 1, scaleY = 1, moveX = 0, moveY = 0;
+};
+// One number for each pixel, rows from the top down: what was drawn there last.
+struct Pixels {
   size_t width = 0, height = 0;
-  std::vector<uint8_t> pixels;
+  std::vector<uint32_t> marks;
+};
+struct CGContext : Counted {
+  Pixels pixels;
+  Mapping mapping;
+  std::vector<Mapping> saved;
+  std::vector<CGPoint> path;
+
+  // The pixels whose middle lies in this rectangle of points.
+  void fill(CGRect rect, const std::function<uint32_t(double, double)>& markAt) {
+    for (size_t row = 0; row < pixels.height; ++row) {
+      for (size_t column = 0; column < pixels.width; ++column) {
+        const double up = (double)(pixels.height - row) - 0.5;
+        const double x = ((double)column + 0.5 - mapping.moveX) / mapping.scaleX - rect.origin.x;
+        const double y = (up - mapping.moveY) / mapping.scaleY - rect.origin.y;
+        if (x < 0 || y < 0 || x >= rect.size.width || y >= rect.size.height) continue;
+        pixels.marks[row * pixels.width + column] =
+            markAt(x / rect.size.width, y / rect.size.height);
+      }
+    }
+  }
 };
 struct CGColorSpace : Counted {};
-struct CGImage : Counted {};
+struct CGImage : Counted {
+  Pixels pixels;
+};
 struct CGImageSource : Counted {
   std::string data;
   NSString* type;
@@ -30,22 +57,40 @@ CGContextRef CGBitmapContextCreate(void*, size_t width, size_t height, size_t, s
                                    CGColorSpaceRef, uint32_t info) {
   if (info != (2U | 2U << 12)) say("another bitmap");
   auto* context = new CGContext;
-  context->width = width;
-  context->height = height;
-  context->pixels.resize(width * height * 4);
+  context->pixels = {width, height, std::vector<uint32_t>(width * height)};
   return context;
 }
-void* CGBitmapContextGetData(CGContextRef c) { return c->pixels.data(); }
-size_t CGBitmapContextGetBytesPerRow(CGContextRef c) { return c->width * 4; }
-CGImageRef CGBitmapContextCreateImage(CGContextRef) { return new CGImage; }
-void CGContextSaveGState(CGContextRef) {}
-void CGContextRestoreGState(CGContextRef) {}
-void CGContextTranslateCTM(CGContextRef, CGFloat, CGFloat) {}
-void CGContextScaleCTM(CGContextRef, CGFloat, CGFloat) {}
+void* CGBitmapContextGetData(CGContextRef c) { return c->pixels.marks.data(); }
+size_t CGBitmapContextGetBytesPerRow(CGContextRef c) { return c->pixels.width * 4; }
+CGImageRef CGBitmapContextCreateImage(CGContextRef c) {
+  auto* image = new CGImage;
+  image->pixels = c->pixels;
+  return image;
+}
+void CGContextSaveGState(CGContextRef c) { c->saved.push_back(c->mapping); }
+void CGContextRestoreGState(CGContextRef c) {
+  c->mapping = c->saved.back();
+  c->saved.pop_back();
+}
+void CGContextTranslateCTM(CGContextRef c, CGFloat x, CGFloat y) {
+  c->mapping.moveX += x * c->mapping.scaleX;
+  c->mapping.moveY += y * c->mapping.scaleY;
+}
+void CGContextScaleCTM(CGContextRef c, CGFloat x, CGFloat y) {
+  c->mapping.scaleX *= x;
+  c->mapping.scaleY *= y;
+}
 void CGContextSetBlendMode(CGContextRef, CGBlendMode) {}
 void CGContextSetInterpolationQuality(CGContextRef, CGInterpolationQuality) {}
-void CGContextDrawImage(CGContextRef c, CGRect, CGImageRef) {
-  say(c == nullptr ? "to the screen" : "picture");
+// Pictures stand with their first row at the highest y.
+void CGContextDrawImage(CGContextRef c, CGRect rect, CGImageRef image) {
+  say(c == fake::screen() ? "to the screen" : "picture");
+  const Pixels& from = image->pixels;
+  c->fill(rect, [&](double x, double y) {
+    const auto column = (size_t)(x * (double)from.width);
+    const auto row = (size_t)((1 - y) * (double)from.height - 1e-9);
+    return from.marks[row * from.width + column];
+  });
 }
 void CGContextSetStrokeColorWithColor(CGContextRef, CGColorRef) {}
 void CGContextSetFillColorWithColor(CGContextRef, CGColorRef) {}
@@ -54,11 +99,20 @@ void CGContextSetLineWidth(CGContextRef, CGFloat width) {
 }
 void CGContextSetLineCap(CGContextRef, CGLineCap) {}
 void CGContextSetLineJoin(CGContextRef, CGLineJoin) {}
-void CGContextBeginPath(CGContextRef) {}
-void CGContextMoveToPoint(CGContextRef, CGFloat, CGFloat) {}
-void CGContextAddLineToPoint(CGContextRef, CGFloat, CGFloat) {}
-void CGContextStrokePath(CGContextRef) { say("stroke"); }
-void CGContextFillEllipseInRect(CGContextRef, CGRect) { say("oval"); }
+void CGContextBeginPath(CGContextRef c) { c->path.clear(); }
+void CGContextMoveToPoint(CGContextRef c, CGFloat x, CGFloat y) { c->path.push_back({x, y}); }
+void CGContextAddLineToPoint(CGContextRef c, CGFloat x, CGFloat y) { c->path.push_back({x, y}); }
+// Of a path, its points; of an oval, the rectangle around it.
+void CGContextStrokePath(CGContextRef c) {
+  say("stroke");
+  for (const CGPoint& point : c->path) {
+    c->fill({{point.x - 0.5, point.y - 0.5}, {1, 1}}, [](double, double) { return 1U; });
+  }
+}
+void CGContextFillEllipseInRect(CGContextRef c, CGRect rect) {
+  say("oval");
+  c->fill(rect, [](double, double) { return 2U; });
+}
 
 const CFStringRef kCGWindowOwnerName = (__bridge CFStringRef) @"owner";
 const CFStringRef kCGWindowBounds = (__bridge CFStringRef) @"bounds";
@@ -108,7 +162,9 @@ CGImageRef CGImageSourceCreateThumbnailAtIndex(CGImageSourceRef source, size_t,
                                                CFDictionaryRef options) {
   say("decode " + source->data + " with " +
       std::to_string(((__bridge NSDictionary*)options).count));
-  return new CGImage;
+  auto* image = new CGImage;
+  image->pixels = {2, 2, {11, 12, 21, 22}};  // row and column
+  return image;
 }
 
 CFStringRef kAXTrustedCheckOptionPrompt = (__bridge CFStringRef) @"prompt";
@@ -119,3 +175,27 @@ Boolean AXIsProcessTrustedWithOptions(CFDictionaryRef options) {
   return 0;
 }
 }
+
+namespace fake {
+
+// One that its view, which counts downwards, has turned over before.
+CGContextRef screen() {
+  auto& shown = system().screen;
+  if (!shown) {
+    const CGRect& frame = system().screens.at(0);
+    auto* context = new CGContext;
+    const auto width = (size_t)(frame.size.width * kScale);
+    const auto height = (size_t)(frame.size.height * kScale);
+    context->pixels = {width, height, std::vector<uint32_t>(width * height)};
+    context->mapping = {kScale, -kScale, 0, (double)height};
+    shown.reset(context, [](CGContextRef c) { delete c; });
+  }
+  return shown.get();
+}
+
+std::uint32_t markAt(double x, double y) {
+  const Pixels& pixels = screen()->pixels;
+  return pixels.marks[(size_t)(y * kScale) * pixels.width + (size_t)(x * kScale)];
+}
+
+}  // namespace fake

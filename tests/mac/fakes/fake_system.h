@@ -75,6 +75,7 @@ struct System {
   NSArray* windowList = nil;  // given instead of these
   bool listsNoWindows = false;
   std::vector<CGRect> screens = {{{0, 0}, {1920, 1080}}};
+  std::shared_ptr<CGContext> screen;  // what the first of them shows
 };
 
 System& system();
@@ -89,6 +90,13 @@ void settle();  // turns until nothing waits
 void advance(double seconds);
 void drainQueues();
 void elsewhere(const std::function<void()>& work);  // on another thread, until it is done
+
+// The screen that views draw to, in pixels of which each point has twice two; and what was drawn
+// last at a point of it, from the top left: 0 nothing, 1 a point of a line, 2 an oval, else a
+// picture's row and column.
+constexpr double kScale = 2;
+CGContextRef screen();
+std::uint32_t markAt(double x, double y);
 
 std::string text(NSString* string);
 NSString* string(const std::string& text);
