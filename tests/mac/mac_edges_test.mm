@@ -59,12 +59,17 @@ TEST_F(MacEdges, StopExceptionsOfTheAdvertiser) {
   const auto advertiser = link.makeAdvertiser(link.makePeerID("Mac"), "torvane", thrower_);
   MCNearbyServiceAdvertiser* made = system().advertiser;
   [made.delegate advertiser:made didNotStartAdvertisingPeer:fake::error("no")];
-  [made.delegate advertiser:made
-      didReceiveInvitationFromPeer:pad()
-                       withContext:nil
-                 invitationHandler:^(BOOL, MCSession*){
-                 }];
-  EXPECT_EQ(stopped(), 2U);
+  __block int refusals = 0;
+  for (int i = 0; i < 5; ++i) {
+    [made.delegate advertiser:made
+        didReceiveInvitationFromPeer:pad()
+                         withContext:nil
+                   invitationHandler:^(BOOL accept, MCSession*) {
+                     refusals += accept ? 0 : 1;
+                   }];
+  }
+  EXPECT_EQ(stopped(), 6U);
+  EXPECT_EQ(refusals, 5);  // nobody waits for an answer for ever
 }
 
 TEST_F(MacEdges, StopExceptionsOfTheMenu) {

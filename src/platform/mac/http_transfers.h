@@ -10,6 +10,7 @@
 // The delegate of one URL session: collects each task's answer, and hands it over when the task
 // ends. The session calls it on a background queue of its own.
 @interface TorvaneTransfers : NSObject <NSURLSessionDataDelegate>
+// Redirects, if they are followed, to addresses with encryption only.
 - (instancetype)initFollowingRedirects:(BOOL)followsRedirects;
 
 // Before the task is resumed. An answer of more than `maxBytes` is an error; 0: no limit. The body

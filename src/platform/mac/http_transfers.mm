@@ -118,7 +118,9 @@ torvane::HttpResponse described(NSHTTPURLResponse* response) {
   static_cast<void>(session);
   static_cast<void>(task);
   static_cast<void>(response);
-  completionHandler(_followsRedirects ? request : nil);
+  // What was asked for with encryption is not taken without it.
+  const BOOL isSecure = [request.URL.scheme isEqualToString:@"https"];
+  completionHandler(_followsRedirects && isSecure ? request : nil);
 }
 
 - (void)URLSession:(NSURLSession*)session

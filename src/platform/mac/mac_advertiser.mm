@@ -29,6 +29,30 @@ struct GuardedValve {
   }
 };
 
+// An invitation that was let in. It is answered once: with a refusal when nobody holds it any more.
+class OpenInvitation {
+ public:
+  using Answer = void (^)(BOOL accept, MCSession* session);
+
+  OpenInvitation(std::optional<Bytes> context, std::shared_ptr<GuardedValve> valve, Answer answer)
+      : context_(std::move(context)), valve_(std::move(valve)), answer_(answer) {}
+  ~OpenInvitation() { answer(false, nil); }
+  OpenInvitation(const OpenInvitation&) = delete;
+  OpenInvitation& operator=(const OpenInvitation&) = delete;
+
+  void answer(bool accept, MCSession* into) {
+    const Answer last = std::exchange(answer_, nil);
+    if (last == nil) return;
+    valve_->endWaiting(context_, accept);
+    last(accept ? YES : NO, into);
+  }
+
+ private:
+  std::optional<Bytes> context_;
+  std::shared_ptr<GuardedValve> valve_;
+  Answer answer_;
+};
+
 }  // namespace
 }  // namespace torvane
 
@@ -64,14 +88,11 @@ struct GuardedValve {
       invitationHandler(NO, nil);
       return;
     }
-    void (^answer)(BOOL, MCSession*) = invitationHandler;  // copies it
+    const auto open = std::make_shared<torvane::OpenInvitation>(key, _valve, invitationHandler);
     _delegate->advertiserDidReceiveInvitation(
-        *peer, key,
-        [answer, key, valve = _valve](bool accept,
-                                      const std::shared_ptr<torvane::PeerSession>& session) {
-          valve->endWaiting(key, accept);
+        *peer, key, [open](bool accept, const std::shared_ptr<torvane::PeerSession>& session) {
           const auto into = std::static_pointer_cast<torvane::MacPeerSession>(session);
-          answer(accept ? YES : NO, into ? into->session() : nil);
+          open->answer(accept, into ? into->session() : nil);
         });
   });
 }

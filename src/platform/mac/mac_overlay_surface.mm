@@ -37,6 +37,7 @@
   if (_content == nullptr) return;
   torvane::atEdge([&] {
     const double scale = self.window.backingScaleFactor;
+    if (scale <= 0) return;  // in no window
     if (_scale != 0 && _scale != scale) _content->discardLayer();
     _scale = scale;
     // The system may ask for more than there is of the view.

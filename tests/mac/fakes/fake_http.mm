@@ -134,6 +134,9 @@
   _made.timeout = timeout;
   return self;
 }
+- (NSURL*)URL {
+  return [NSURL URLWithString:fake::string(_made.url)];
+}
 @end
 @implementation NSMutableURLRequest
 - (void)setHTTPMethod:(NSString*)method {

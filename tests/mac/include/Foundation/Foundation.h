@@ -219,6 +219,7 @@ typedef NSString* NSRunLoopMode;
 typedef NS_ENUM(NSUInteger, NSURLRequestCachePolicy) { NSURLRequestUseProtocolCachePolicy = 0 };
 
 @interface NSURLRequest : NSObject
+@property(nullable, readonly, copy) NSURL* URL;
 - (instancetype)initWithURL:(NSURL*)URL
                 cachePolicy:(NSURLRequestCachePolicy)cachePolicy
             timeoutInterval:(NSTimeInterval)timeoutInterval;
