@@ -1,4 +1,4 @@
-// What most sources of the program include of the standard library and of Boost's.
+// What most sources of the program include of the standard library and of Boost, and tests besides.
 #include <algorithm>
 #include <boost/json.hpp>
 #include <chrono>
@@ -10,3 +10,7 @@
 #include <set>
 #include <string>
 #include <vector>
+
+#if defined(__OBJC__) && defined(__linux__)
+#include <gtest/gtest.h>
+#endif
