@@ -11,9 +11,6 @@ namespace torvane::ipad {
 // $XDG_DATA_HOME/torvane-ipad, by default ~/.local/share/torvane-ipad.
 [[nodiscard]] std::filesystem::path dataFolder();
 
-// Made with mode 0700 when it is missing.
-[[nodiscard]] bool makePrivateFolder(const std::filesystem::path& folder);
-
 // None when the file cannot be read, is no regular file, or is larger than `most` bytes.
 [[nodiscard]] std::optional<std::string> readFile(const std::filesystem::path& file,
                                                   std::size_t most);
@@ -21,7 +18,8 @@ namespace torvane::ipad {
 // Everything up to the end; none when it is more than `most` bytes.
 [[nodiscard]] std::optional<std::string> readStandardInput(std::size_t most);
 
-// Writes aside with mode 0600 and renames, so that readers see the old text or the new one.
+// Writes aside with mode 0600 and renames, so that readers see the old text or the new one. A
+// missing folder is made, for the user alone.
 [[nodiscard]] bool replacePrivateFile(const std::filesystem::path& file, std::string_view text);
 
 // The same, but leaves a file that exists already alone and says so with false.
