@@ -11,15 +11,14 @@ import sys
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "support"))
 
 from private_desktop import (  # noqa: E402
-    ACCESSIBILITY, PATIENCE, skip_where_incomplete, wait_until)
+    ACCESSIBILITY, PATIENCE, skip_where_incomplete)
 
 skip_where_incomplete(("dbus", "gi"), (ACCESSIBILITY,))
 
-from helper_program import PROGRAM, engine_answers, engine_listens  # noqa: E402
+from helper_program import engine_answers, engine_listens  # noqa: E402
 from menu_stage import DialogStage, main  # noqa: E402
 
 ALERT = "Torvane P2P Helper"
-PYTHON = "/usr/bin/python3"
 
 # Runs a program that sees another /usr/bin/python3, or none, in place of this computer's.
 WITH_OTHER_PYTHON = """
@@ -91,10 +90,7 @@ class EngineStartTest(DialogStage):
         self.assertIn("(exit code 7).\n\nIt gave no explanation.\n\n", self.told())
 
     def test_uses_an_engine_that_runs_already_and_leaves_it_running(self):
-        script = os.path.join(self.build, os.path.dirname(os.path.dirname(PROGRAM)), "Resources",
-                              "torvane.py")
-        engine = self.desktop.spawn("engine", [PYTHON, script, "8484"])
-        wait_until(engine_answers, "the engine")
+        engine = self.start_engine()
         self.start()
         self.wait_for_line("Stop Server")
         self.item.choose("Quit")

@@ -168,7 +168,8 @@ class MenuTest(PanelStage):
     # More than one
 
     def test_copy_from_another_folder_ends_the_first(self):
-        self.start_with_engine()
+        self.start()
+        wait_until(engine_answers, "the engine")
         first = self.helper
         copy, _ = self.copy_of_the_bundle()
         self.start(copy)

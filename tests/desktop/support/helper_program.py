@@ -53,6 +53,16 @@ def start_program(desktop, path, around=()):
     return desktop.spawn("helper", [*around, path])
 
 
+def link_port(desktop):
+    """Where the desktop's helper listens; none while it does not."""
+    try:
+        with open(os.path.join(desktop.environment["XDG_RUNTIME_DIR"], "torvane",
+                               "peer-link.json"), encoding="utf-8") as file:
+            return json.load(file)["port"]
+    except FileNotFoundError:
+        return None
+
+
 def press_first_button(desktop):
     """Answers an open alert of the program with its first button; whether there was one."""
     windows = desktop.windows("--name", "^Torvane P2P Helper$")
@@ -64,6 +74,7 @@ def press_first_button(desktop):
 
 def pair(desktop, tool, *options):
     """Lets the devices of torvane-ipad in, by pressing "Pair" for each."""
+    wait_until(lambda: link_port(desktop), "a helper that listens")
     pairing = desktop.spawn("pair", [tool, "pair", "--approval", "60", *options])
 
     def has_ended():

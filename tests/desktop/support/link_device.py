@@ -8,12 +8,13 @@ import asyncio
 import base64
 import hashlib
 import json
-import os
 import ssl
 import sys
 
 import nacl.signing
 import websockets
+
+from helper_program import link_port
 from private_desktop import wait_until
 
 TIMEOUT = 60
@@ -22,19 +23,9 @@ TLS.check_hostname = False
 TLS.verify_mode = ssl.CERT_NONE  # known by its fingerprint instead
 
 
-def link_port(desktop):
-    """Where the desktop's helper listens; none while it does not."""
-    try:
-        with open(os.path.join(desktop.environment["XDG_RUNTIME_DIR"], "torvane",
-                               "peer-link.json"), encoding="utf-8") as file:
-            return json.load(file)["port"]
-    except FileNotFoundError:
-        return None
-
-
 def start_device(desktop, name, *options):
-    """One device as a process of the desktop; its output is in NAME.log."""
-    port = wait_until(lambda: link_port(desktop), "the peer link")
+    """One device as a process of the desktop, once its helper listens; its output is in NAME.log."""
+    port = wait_until(lambda: link_port(desktop), "a helper that listens")
     return desktop.spawn(name, [sys.executable, __file__, str(port), name, *options])
 
 

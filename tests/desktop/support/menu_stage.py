@@ -5,8 +5,9 @@ import shutil
 import sys
 import unittest
 
-from helper_program import PROGRAM, engine_answers, require_free_engine_port, start_helper
-from private_desktop import PrivateDesktop, wait_until
+from helper_program import (
+    ENGINE_PORT, PROGRAM, engine_answers, engine_listens, require_free_engine_port, start_helper)
+from private_desktop import DesktopError, PrivateDesktop, wait_until
 from screen_reader import ScreenReader
 from status_notifier import Item, start_watcher
 
@@ -15,6 +16,7 @@ ENGINE_OFF = ["PowerPoint server not running", "Start Server", "-"]
 REST = ["How Does This Work?", "Launch at Login", "Quit"]
 FORGET = "Forget Paired Devices…"
 ALERT = "^Torvane P2P Helper$"
+LOST = 15  # seconds until keys that had no effect are taken for lost
 # How a button is pressed that is the first, the second or the last one, beside by a screen reader.
 KEYS = {"first": ("Return",), "second": ("Tab", "space"), "last": ("Escape",)}
 
@@ -26,13 +28,23 @@ class MenuStage(unittest.TestCase):
 
     def setUp(self):
         require_free_engine_port()
+        # The last that happens: an engine whose helper was killed ends by itself.
+        self.addCleanup(wait_until, lambda: not engine_listens(), "the engine's end")
         self.desktop = self.enterContext(PrivateDesktop())
-        self.desktop.start_windows()
+        self.desktop.start_windows(compositor=None)
         self.tool = os.path.join(self.build, "tools", "torvane-ipad")
 
     def start(self, build=None, around=()):
         """`around`: a command that runs the program."""
         self.helper = start_helper(self.desktop, build or self.build, around)
+
+    def start_engine(self):
+        """One that is there before the program."""
+        script = os.path.join(self.build, os.path.dirname(os.path.dirname(PROGRAM)), "Resources",
+                              "torvane.py")
+        engine = self.desktop.spawn("engine", ["/usr/bin/python3", script, str(ENGINE_PORT)])
+        wait_until(engine_answers, "the engine")
+        return engine
 
     def copy_of_the_bundle(self):
         """A build folder with a copy of the bundle that a test may change, and the bundle."""
@@ -57,8 +69,18 @@ class MenuStage(unittest.TestCase):
 
     def press(self, key):
         """Answers the alert in front."""
-        self.desktop.run("xdotool", "key", key)
-        wait_until(lambda: not self.alerts(), "the alert's end")
+        self.type_until([key], lambda: not self.alerts())
+
+    def type_until(self, keys, condition):
+        """Again where they had no effect: a busy desktop loses some."""
+        def has_come():
+            self.desktop.run("xdotool", "key", *keys)
+            try:
+                return wait_until(condition, "an effect", LOST)
+            except DesktopError:
+                return None
+
+        wait_until(has_come, f"an effect of {keys}")
 
     def picture(self, name):
         os.makedirs(self.pictures, exist_ok=True)
@@ -83,8 +105,9 @@ class PanelStage(MenuStage):
         self.item = Item(self.desktop.environment["DBUS_SESSION_BUS_ADDRESS"], service)
 
     def start_with_engine(self):
+        """Sooner than by its own engine, for which it leaves itself time."""
+        self.start_engine()
         self.start()
-        wait_until(engine_answers, "the engine")
         self.wait_for_line("Stop Server")
 
     def wait_for_line(self, line):
@@ -113,13 +136,16 @@ class DialogStage(PanelStage):
         alert = self.reader.alert(name)
         self.assertEqual(list(alert.buttons), buttons)
         self.assertEqual(alert.texts[0], name)
+
+        def is_gone():
+            return name not in [other.name for other in self.reader.alerts()]
+
         if isinstance(how, str):
             alert.buttons[how].press()
+            wait_until(is_gone, "the alert's end")
         else:
             self.alert()
-            self.desktop.run("xdotool", "key", *how)
-        wait_until(lambda: name not in [open.name for open in self.reader.alerts()],
-                   "the alert's end")
+            self.type_until(how, is_gone)
         return alert.texts[1]
 
 
