@@ -18,8 +18,8 @@ skip_where_incomplete(("dbus", "gi"))
 from helper_program import engine_answers, engine_listens, pair, start_helper  # noqa: E402
 from menu_stage import FORGET, REST, MenuStage, main  # noqa: E402
 from popup_menu import PopupMenu  # noqa: E402
+from tray_icon import icon_middle  # noqa: E402
 
-PANEL_HEIGHT = 30
 STAND_IN = "^Torvane P2P Helper Menu$"
 
 
@@ -76,19 +76,8 @@ class TrayTest(Elsewhere):
         self.start_engine()
         self.start()
 
-    def icon(self):
-        """Where it is: the panel may give it another window."""
-        for window in self.desktop.windows("--classname", "torvane-p2p-helper"):
-            try:
-                x, y, width, height = self.desktop.geometry(window)
-            except DesktopError:
-                continue  # it has just gone
-            if y + height <= PANEL_HEIGHT and height > 8:
-                return x + width // 2, y + height // 2
-        return None
-
     def click_where_menu_opens(self, button="3"):
-        x, y = wait_until(self.icon, "the icon")
+        x, y = wait_until(lambda: icon_middle(self.desktop), "the icon")
         self.desktop.run("xdotool", "mousemove", str(x), str(y), "click", button)
 
     def test_every_entry_works(self):
