@@ -11,6 +11,7 @@ ACCESSIBLE = "org.a11y.atspi.Accessible"
 ACTION = "org.a11y.atspi.Action"
 PROPERTIES = "org.freedesktop.DBus.Properties"
 SHOWING = 25  # the bit of a state
+PATIENCE_FOR_ONE = 5  # seconds
 
 PROGRAM = "Torvane P2P Helper"
 
@@ -23,7 +24,9 @@ class Part:
         self.object = bus.get_object(service, path, introspect=False)
 
     def call(self, interface, method, *arguments):
-        return getattr(dbus.Interface(self.object, interface), method)(*arguments)
+        # What has closed meanwhile may never answer.
+        return getattr(dbus.Interface(self.object, interface), method)(
+            *arguments, timeout=PATIENCE_FOR_ONE)
 
     def text(self, which):
         return str(self.call(PROPERTIES, "Get", ACCESSIBLE, which))
@@ -82,13 +85,17 @@ class ScreenReader:
 
     def alerts(self):
         """Those on the screen now."""
+        return wait_until(self._alerts_at_once, "an answer")[0]
+
+    def _alerts_at_once(self):
+        """A list in a list; none when something closed while it was read."""
         try:
             programs = [child for child in self._everything().children() if child.name == PROGRAM]
             windows = [window for program in programs for window in program.children()]
-            return [Alert(window) for window in windows
-                    if window.role.startswith("alert") and window.is_showing()]
+            return [[Alert(window) for window in windows
+                     if window.role.startswith("alert") and window.is_showing()]]
         except dbus.DBusException:
-            return []  # one of them has closed meanwhile
+            return None
 
     def alert(self, name):
         """The one of this name, once it is there."""
