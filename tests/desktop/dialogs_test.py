@@ -23,6 +23,7 @@ from helper_program import PROGRAM  # noqa: E402
 from link_device import start_device  # noqa: E402
 from menu_stage import FORGET, KEYS, DialogStage, main  # noqa: E402
 
+
 class DialogsTest(DialogStage):
     def defaults(self):
         path = os.path.join(self.desktop.environment["XDG_CONFIG_HOME"], "torvane/defaults.json")
