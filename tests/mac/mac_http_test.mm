@@ -77,7 +77,7 @@ TEST_F(MacHttp, TakesAnAnswerUpToItsLimit) {
 }
 
 TEST_F(MacHttp, FollowsNoRedirectOfTheEngine) {
-  EXPECT_FALSE(fake::followsRedirect(send(toTheEngine()), "http://127.0.0.1:8484/y"));
+  EXPECT_FALSE(fake::followsRedirect(send(toTheEngine()), "https://127.0.0.1:8484/y"));
   EXPECT_TRUE(fake::followsRedirect(send({.url = "https://torvane.example/torvane/version.txt"}),
                                     "https://elsewhere.example/version.txt"));
   EXPECT_FALSE(fake::followsRedirect(system().requests.back(), "http://elsewhere.example/"));

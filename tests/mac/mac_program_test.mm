@@ -59,14 +59,14 @@ TEST_F(MacProgram, FillsTheMenuEachTimeAndQuitsFromIt) {
 
 TEST_F(MacProgram, ShowsTheOverlayWithItsSettings) {
   run([&] {
-    system().listedWindows = {{"Finder", {{0, 0}, {1920, 1080}}},
-                              {"Microsoft PowerPoint", {{0, 0}, {1920, 1080}}}};
+    system().listedWindows = {{"Finder", {{0, 0}, {320, 240}}},
+                              {"Microsoft PowerPoint", {{0, 0}, {320, 240}}}};
     fake::respond(system().requests.back(), 200, "application/json", "{}");
     fake::settle();
     fake::advance(0.1);
     ASSERT_EQ(system().requests.back().url, "http://127.0.0.1:8484/api/ink/events?since=0");
     fake::respond(system().requests.back(), 200, "application/json",
-                  "{\"seq\":3,\"presenting\":true,\"aspect\":0.5625,\"overlayV\":-1,\"events\":["
+                  "{\"seq\":3,\"presenting\":true,\"aspect\":0.75,\"overlayV\":-1,\"events\":["
                   "{\"t\":\"begin\",\"id\":1,\"x\":0.1,\"y\":0.1},"
                   "{\"t\":\"pt\",\"id\":1,\"x\":0.2,\"y\":0.2},"
                   "{\"t\":\"laser\",\"x\":0.5,\"y\":0.5}]}");
@@ -83,10 +83,10 @@ TEST_F(MacProgram, ShowsTheOverlayWithItsSettings) {
     EXPECT_TRUE(((NSView*)window.contentView).flipped);
     EXPECT_TRUE(said("front"));
     EXPECT_TRUE(said("to the screen"));
-    EXPECT_EQ(fake::markAt(192, 108), 1U);  // a tenth from the left and from the top
-    EXPECT_EQ(fake::markAt(384, 216), 1U);
-    EXPECT_EQ(fake::markAt(960, 540), 2U);  // the laser's dot
-    EXPECT_EQ(fake::markAt(192, 972), 0U);
+    EXPECT_EQ(fake::markAt(32, 24), 1U);  // a tenth from the left and from the top
+    EXPECT_EQ(fake::markAt(64, 48), 1U);
+    EXPECT_EQ(fake::markAt(160, 120), 2U);  // the laser's dot
+    EXPECT_EQ(fake::markAt(32, 216), 0U);
   });
 }
 

@@ -18,7 +18,7 @@ from ninja_file import WARNINGS, NinjaFile  # pylint: disable=wrong-import-posit
 CORE = ("protocol", "bridge", "engine", "ink", "peer", "update", "app", "platform/posix")
 SANITIZERS = "-fsanitize=address,undefined -fno-sanitize=vptr,function -fno-sanitize-recover=all"
 LINUX = f"-std=c++20 -g1 {SANITIZERS} -fno-omit-frame-pointer -I src -I tests"
-LINUX_OBJC = ("-O1 -x objective-c++ -fobjc-runtime=gnustep-2.0 -fobjc-arc -fblocks "
+LINUX_OBJC = ("-x objective-c++ -fobjc-runtime=gnustep-2.0 -fobjc-arc -fblocks "
               "-isystem tests/mac/include")
 
 # The test calls it, and has this computer's Python.

@@ -1,7 +1,10 @@
-// Drawing, which is only written down; pictures; the window server; Accessibility.
+// Drawing, which is written down and roughly painted; pictures; the window server; Accessibility.
 
 #import <ApplicationServices/ApplicationServices.h>
 #import <ImageIO/ImageIO.h>
+
+#include <algorithm>
+#include <cmath>
 
 #include "mac/fakes/fake_system.h"
 
@@ -27,16 +30,22 @@ struct CGContext : Counted {
 
   // The pixels whose middle lies in this rectangle of points.
   void fill(CGRect rect, const std::function<uint32_t(double, double)>& markAt) {
-    for (size_t row = 0; row < pixels.height; ++row) {
-      for (size_t column = 0; column < pixels.width; ++column) {
-        const double up = (double)(pixels.height - row) - 0.5;
-        const double x = ((double)column + 0.5 - mapping.moveX) / mapping.scaleX - rect.origin.x;
-        const double y = (up - mapping.moveY) / mapping.scaleY - rect.origin.y;
-        if (x < 0 || y < 0 || x >= rect.size.width || y >= rect.size.height) continue;
-        pixels.marks[row * pixels.width + column] =
-            markAt(x / rect.size.width, y / rect.size.height);
+    const auto [left, right] = range(mapping.scaleX, mapping.moveX, rect.origin.x, rect.size.width);
+    const auto [low, high] = range(mapping.scaleY, mapping.moveY, rect.origin.y, rect.size.height);
+    const auto height = (long)pixels.height;
+    for (long up = std::max(low, 0L); up < std::min(high, height); ++up) {
+      const double y = (((double)up + 0.5 - mapping.moveY) / mapping.scaleY - rect.origin.y);
+      for (long x = std::max(left, 0L); x < std::min(right, (long)pixels.width); ++x) {
+        const double along = ((double)x + 0.5 - mapping.moveX) / mapping.scaleX - rect.origin.x;
+        pixels.marks[(size_t)((height - 1 - up) * (long)pixels.width + x)] =
+            markAt(along / rect.size.width, y / rect.size.height);
       }
     }
+  }
+
+  static std::pair<long, long> range(double scale, double move, double from, double size) {
+    const double one = from * scale + move, other = (from + size) * scale + move;
+    return {std::lround(std::min(one, other)), std::lround(std::max(one, other))};
   }
 };
 struct CGColorSpace : Counted {};

@@ -74,7 +74,7 @@ struct System {
   std::vector<std::pair<std::string, CGRect>> listedWindows;
   NSArray* windowList = nil;  // given instead of these
   bool listsNoWindows = false;
-  std::vector<CGRect> screens = {{{0, 0}, {1920, 1080}}};
+  std::vector<CGRect> screens = {{{0, 0}, {320, 240}}};
   std::shared_ptr<CGContext> screen;  // what the first of them shows
 };
 

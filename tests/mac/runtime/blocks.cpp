@@ -82,6 +82,13 @@ bool blockIs(const void* object) {
          isa == _NSConcreteGlobalBlock;
 }
 
+// One that has been copied counts its owners; one on the stack goes with its frame, whoever holds
+// it.
+void blockRetain(void* given) {
+  auto* block = static_cast<Block*>(given);
+  if ((block->flags & kNeedsFree) != 0) block->flags += 2;
+}
+
 void* _Block_copy(const void* given) {
   auto* block = static_cast<Block*>(const_cast<void*>(given));
   if (block == nullptr || (block->flags & kIsGlobal) != 0) return block;

@@ -151,6 +151,7 @@ extern "C" {
 bool blockIs(const void* object);
 void* _Block_copy(const void* block);
 void _Block_release(const void* block);
+void blockRetain(void* block);
 
 void __objc_load(runtime::Image* image) {
   using runtime::state;
@@ -217,8 +218,11 @@ void runtimeFree(Object* object) {
 
 Object* objc_retain(Object* object) {
   if (object == nullptr) return nullptr;
-  if (blockIs(object)) return static_cast<Object*>(_Block_copy(object));
-  if (runtime::isCounted(object)) ++runtime::headerOf(object).references;
+  if (blockIs(object)) {
+    blockRetain(object);
+  } else if (runtime::isCounted(object)) {
+    ++runtime::headerOf(object).references;
+  }
   return object;
 }
 
