@@ -17,14 +17,17 @@ endforeach()
 
 execute_process(COMMAND clang-19 -print-resource-dir
   OUTPUT_VARIABLE resources OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
-get_filename_component(mac ${CMAKE_CURRENT_LIST_DIR}/../tests/mac ABSOLUTE)
+get_filename_component(root ${CMAKE_CURRENT_LIST_DIR}/.. ABSOLUTE)
+set(mac ${root}/tests/mac)
+# The names of files in the program are the same wherever it is built, with ccache or without.
 foreach(language CXX OBJCXX)
   set(CMAKE_${language}_COMPILER /usr/bin/clang++-19)
   set(CMAKE_${language}_COMPILER_TARGET ${TORVANE_MAC_ARCH}-apple-macos13)
   set(CMAKE_${language}_FLAGS_INIT "-nostdinc -nostdinc++ -isystem ${mac}/libcxx \
 -isystem /usr/lib/llvm-19/include/c++/v1 -isystem ${resources}/include -isystem ${mac}/libc \
 -isystem ${mac}/include -fvisibility=hidden -ffunction-sections -Wunguarded-availability \
--Xclang -fno-pch-timestamp")
+-Xclang -fno-pch-timestamp -ffile-prefix-map=${root}/= \
+-ffile-prefix-map=../../boost=build/mac/boost")
 endforeach()
 set(CMAKE_EXE_LINKER_FLAGS_INIT "--ld-path=/usr/bin/ld64.lld-19 -mlinker-version=705 -Wl,-fatal_warnings \
 -Wl,-dead_strip -Wl,-adhoc_codesign")
