@@ -230,7 +230,7 @@ TEST_F(TrayMenuTest, InformationCanBeReadOnLightAndDarkDesktops) {
     QApplication::setPalette(palette);
     open();
     const QColor shown = menu.menu().palette().color(QPalette::Disabled, QPalette::Text);
-    const auto [dark, light] = std::minmax(luminance(shown), luminance(base));
+    const auto [dark, light] = std::minmax({luminance(shown), luminance(base)});
     EXPECT_GT((light + 0.05) / (dark + 0.05), 4.5) << text.name().toStdString();
     EXPECT_NE(shown, text);
   }
