@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "peer/peer_name.h"
 #include "platform/linux/peer_link_invitation.h"
 #include "protocol/json.h"
 #include "protocol/utf8.h"
