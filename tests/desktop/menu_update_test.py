@@ -9,7 +9,6 @@ import os
 import shutil
 import sys
 import unittest
-import urllib.parse
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 sys.path.insert(0, os.path.join(HERE, "support"))
@@ -92,9 +91,7 @@ class MenuUpdateTest(DialogStage):
 def main():
     global SITE
     bundle, base = (sys.argv.pop(1) for _ in range(2))
-    address = urllib.parse.urlsplit(base)
-    SITE = Site(address.hostname, address.port or 443)
-    Site.trust(SITE.certificate)
+    SITE = Site.trusted_at(base)
     take_application(bundle)
     unittest.main(verbosity=2)
 

@@ -14,7 +14,6 @@ import sys
 import tempfile
 import time
 import unittest
-import urllib.parse
 from pathlib import Path
 
 HERE = os.path.dirname(os.path.abspath(__file__))
@@ -431,9 +430,7 @@ def main():
     global SITE, TOOL
     bundle, TOOL = (os.path.abspath(sys.argv.pop(1)) for _ in range(2))
     base = sys.argv.pop(1)
-    address = urllib.parse.urlsplit(base)
-    SITE = Site(address.hostname, address.port or 443)
-    Site.trust(SITE.certificate)
+    SITE = Site.trusted_at(base)
     take_application(bundle)
     unittest.main(verbosity=2)
 

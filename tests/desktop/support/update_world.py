@@ -12,6 +12,7 @@ import subprocess
 import sys
 import tempfile
 import threading
+import urllib.parse
 from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
 
 from private_desktop import SKIPPED
@@ -111,6 +112,14 @@ class Site:
 
     def requests_for(self, path):
         return len([request for request in self.requests if path in request])
+
+    @classmethod
+    def trusted_at(cls, base):
+        """The one with this address, whose certificate this computer trusts."""
+        address = urllib.parse.urlsplit(base)
+        site = cls(address.hostname, address.port or 443)
+        cls.trust(site.certificate)
+        return site
 
     @staticmethod
     def trust(certificate):
