@@ -33,6 +33,12 @@ class DialogsTest(DialogStage):
     def paired(self):
         return self.defaults().get("pairedDeviceKeys", {})
 
+    def answer(self, name, buttons, how):
+        self.alert()
+        what = self.id().rpartition(".test_")[2].replace("_", "-")
+        self.picture("dialog-" + what)
+        return super().answer(name, buttons, how)
+
     # With one button
 
     def test_welcome(self):
