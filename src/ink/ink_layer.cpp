@@ -1,7 +1,6 @@
 #include "ink/ink_layer.h"
 
 #include <algorithm>
-#include <limits>
 
 namespace torvane {
 namespace {
@@ -93,7 +92,14 @@ void InkLayer::didRemovePlaces(std::size_t count) {
 
 Rect InkLayer::nextArea() const {
   if (job_) return job_->area;
-  return spoiled_.empty() ? Rect{} : spoiled_.front();
+  return spoiled_.empty() ? Rect{} : spoiled_[nextPart()];
+}
+
+// The newest part goes first, and what is large last.
+std::size_t InkLayer::nextPart() const {
+  const auto newest = std::find_if_not(spoiled_.rbegin(), spoiled_.rend(), isLarge);
+  const auto next = newest == spoiled_.rend() ? spoiled_.rbegin() : newest;
+  return static_cast<std::size_t>(spoiled_.rend() - next) - 1;
 }
 
 std::vector<Rect> InkLayer::repair(const Canvas& canvas, const InkScene& scene) {
@@ -117,10 +123,8 @@ void InkLayer::copyTo(Canvas& canvas, const Rect& area) const {
   if (layer_) canvas.copyLayer(*layer_, area);
 }
 
-// The newest part goes first, and what is large last.
 Rect InkLayer::takeTile(const Rect& view) {
-  const auto newest = std::find_if_not(spoiled_.rbegin(), spoiled_.rend(), isLarge);
-  const auto part = newest == spoiled_.rend() ? spoiled_.end() - 1 : newest.base() - 1;
+  const auto part = spoiled_.begin() + static_cast<std::ptrdiff_t>(nextPart());
   const Rect rest = intersected(widenedToWhole(*part), view);
   spoiled_.erase(part);
   const double right = std::min(rest.right(), rest.x + kTileWidth);

@@ -54,6 +54,7 @@ class InkLayer {
   };
 
   void uniteTwoSmallParts();
+  [[nodiscard]] std::size_t nextPart() const;
   [[nodiscard]] Rect takeTile(const Rect& view);
   void startJob(const InkScene& scene);
   bool continueJob(const InkScene& scene);
