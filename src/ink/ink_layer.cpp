@@ -10,7 +10,7 @@ constexpr double kTileHeight = 270;
 constexpr std::size_t kMostSpoiledParts = 16;
 
 // Work is counted, not timed, so that it is the same on every machine and in every test. A unit is
-// about a nanosecond.
+// a nanosecond at most, on a machine without wide vectors.
 constexpr std::int64_t kWorkPerCall = 12'000'000;
 constexpr std::int64_t kWorkPerPlace = 5;
 constexpr std::int64_t kWorkPerPoint = 5;

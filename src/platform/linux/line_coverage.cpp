@@ -6,16 +6,19 @@
 namespace torvane {
 namespace {
 
-// Pixels are covered this many at a time, whole vectors, from multiples of it.
-constexpr int kBlock = 4;
+// Pixels are looked at this many at a time, whole vectors, from multiples of it, and this many
+// rows from the same column to the same column.
+constexpr int kBlock = 8;
+constexpr int kBand = 8;
 
-// A line with what its distances need.
+// A line as rows see it, and as their pixels do, for which it begins near the centre of the pixel
+// where it begins. Column and row count from that pixel; sums of whole numbers are exact, so that
+// a pixel's value is the same wherever an area begins.
 struct Line {
   double x, y, dx, dy;
-  double perRow;           // of its length; 0 for a level line
-  int baseX, baseY;        // the pixel where it begins
-  float insideX, insideY;  // its beginning from that pixel's centre
-  float stepX, stepY;      // along the line per pixel, as fractions of its length
+  double perRow;  // of its length; 0 for a level line
+  int baseX, baseY;
+  PixelLine fromBase;
 };
 
 Line makeLine(double fromX, double fromY, double toX, double toY) {
@@ -23,6 +26,7 @@ Line makeLine(double fromX, double fromY, double toX, double toY) {
   const double lengthSquared = dx * dx + dy * dy;
   const double scale = lengthSquared > 0 ? 1 / lengthSquared : 0;
   const double baseX = std::floor(fromX), baseY = std::floor(fromY);
+  const auto narrow = [](double value) { return static_cast<float>(value); };
   return {fromX,
           fromY,
           dx,
@@ -30,38 +34,17 @@ Line makeLine(double fromX, double fromY, double toX, double toY) {
           dy != 0 ? 1 / dy : 0,
           static_cast<int>(baseX),
           static_cast<int>(baseY),
-          static_cast<float>(fromX - baseX - 0.5),
-          static_cast<float>(fromY - baseY - 0.5),
-          static_cast<float>(dx * scale),
-          static_cast<float>(dy * scale)};
+          {narrow(fromX - baseX - 0.5), narrow(fromY - baseY - 0.5), narrow(dx), narrow(dy),
+           narrow(dx * scale), narrow(dy * scale)}};
 }
 
-// The pixels of a row are independent of each other: the compiler does several at a time. Column
-// and row count from the line's first pixel; sums of whole numbers are exact, so that a pixel's
-// value is the same wherever an area begins.
-void coverRow(float* values, int blocks, int column, int row, const Line& line, float edge) {
-  const auto dx = static_cast<float>(line.dx), dy = static_cast<float>(line.dy);
-  const float y = static_cast<float>(row) - line.insideY;
-  const float alongY = y * line.stepY;
-  const int count = blocks * kBlock;
-  for (int i = 0; i < count; ++i) {
-    const float x = static_cast<float>(column + i) - line.insideX;
-    float t = x * line.stepX + alongY;
-    t = t < 0.0F ? 0.0F : t;
-    t = t > 1.0F ? 1.0F : t;
-    const float awayX = x - t * dx, awayY = y - t * dy;
-    float covered = edge - std::sqrt(awayX * awayX + awayY * awayY);
-    covered = covered > 1.0F ? 1.0F : covered;
-    values[i] = covered > values[i] ? covered : values[i];
-  }
-}
-
-// Where the line comes within `reach` of this row, from left to right.
-std::pair<double, double> columns(const Line& line, double rowCentre, double reach) {
+// Where the line comes within `reach` of the rows' centres from `top` to `bottom`, from left to
+// right.
+std::pair<double, double> columns(const Line& line, double top, double bottom, double reach) {
   double enter = 0, leave = 1;
   if (line.dy != 0) {
-    const double a = (rowCentre - reach - line.y) * line.perRow;
-    const double b = (rowCentre + reach - line.y) * line.perRow;
+    const double a = (top - reach - line.y) * line.perRow;
+    const double b = (bottom + reach - line.y) * line.perRow;
     enter = std::clamp(std::min(a, b), 0.0, 1.0);
     leave = std::clamp(std::max(a, b), 0.0, 1.0);
   }
@@ -81,30 +64,33 @@ LineCoverage::LineCoverage(int left, int top, int width, int height)
       width_(width),
       stride_(static_cast<std::size_t>((width + kBlock - 1) / kBlock * kBlock)),
       rows_(static_cast<std::size_t>(height)),
-      values_(stride_ * rows_.size()) {}
+      squares_(stride_ * rows_.size(), kFarAway) {}
 
-std::pair<int, int> LineCoverage::touchedRows(double fromY, double toY, double reach) const {
+std::pair<int, int> LineCoverage::touchedRows(double fromY, double toY) const {
   const int most = static_cast<int>(rows_.size());
-  return {clampedTo(std::floor(std::min(fromY, toY) - reach) - top_, most),
-          clampedTo(std::ceil(std::max(fromY, toY) + reach) - top_, most)};
+  return {clampedTo(std::floor(std::min(fromY, toY) - reach_) - top_, most),
+          clampedTo(std::ceil(std::max(fromY, toY) + reach_) - top_, most)};
 }
 
-void LineCoverage::addLine(double fromX, double fromY, double toX, double toY, double penWidth) {
+// Of whole blocks.
+std::pair<int, int> LineCoverage::touchedColumns(double leftmost, double rightmost) const {
+  const int from = clampedTo(leftmost - left_, width_) / kBlock * kBlock;
+  const int to = clampedTo(rightmost - left_ + 1, width_);
+  return {from, (to + kBlock - 1) / kBlock * kBlock};
+}
+
+void LineCoverage::addLine(double fromX, double fromY, double toX, double toY) {
   const Line line = makeLine(fromX, fromY, toX, toY);
-  const double reach = penWidth / 2 + 0.5;
-  const auto [firstRow, endRow] = touchedRows(fromY, toY, reach);
-  for (int y = firstRow; y < endRow; ++y) {
-    const auto [leftmost, rightmost] = columns(line, top_ + y + 0.5, reach);
-    const int from = clampedTo(leftmost - left_, width_) / kBlock * kBlock;
-    const int blocks = (clampedTo(rightmost - left_ + 1, width_) - from + kBlock - 1) / kBlock;
-    if (blocks <= 0) continue;
-    coverRow(row(y) + from, blocks, left_ + from - line.baseX, top_ + y - line.baseY, line,
-             static_cast<float>(reach));
-    const int to = std::min(from + blocks * kBlock, width_);
-    Row& touched = rows_[static_cast<std::size_t>(y)];
-    touched = touched.from < touched.to
-                  ? Row{std::min(touched.from, from), std::max(touched.to, to)}
-                  : Row{from, to};
+  const auto [firstRow, endRow] = touchedRows(fromY, toY);
+  for (int top = firstRow; top < endRow; top += kBand) {
+    const int bottom = std::min(top + kBand, endRow);
+    const auto [leftmost, rightmost] = columns(line, top_ + top + 0.5, top_ + bottom - 0.5, reach_);
+    const auto [from, to] = touchedColumns(leftmost, rightmost);
+    for (int y = top; y < bottom && from < to; ++y) {
+      keepNearer(row(y) + from, to - from, left_ + from - line.baseX, top_ + y - line.baseY,
+                 line.fromBase);
+      rows_[static_cast<std::size_t>(y)].include(from, std::min(to, width_));
+    }
   }
 }
 

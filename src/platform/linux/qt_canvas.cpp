@@ -10,16 +10,6 @@ namespace {
 // The system red. Opaque, so that a premultiplied pixel of it is the colour itself.
 const QColor kInk(255, 59, 48);
 
-// Two of a pixel's four channels at a time, each scaled by alpha / 255 and rounded.
-std::uint32_t scaled(std::uint32_t pixel, std::uint32_t alpha) {
-  constexpr std::uint32_t kPair = 0x00ff00ff, kHalf = 0x00800080;
-  std::uint32_t low = (pixel & kPair) * alpha + kHalf;
-  low = ((low + ((low >> 8) & kPair)) >> 8) & kPair;
-  std::uint32_t high = ((pixel >> 8) & kPair) * alpha + kHalf;
-  high = (high + ((high >> 8) & kPair)) & ~kPair;
-  return low | high;
-}
-
 }  // namespace
 
 QImage QtPicture::scaledTo(const QSize& size) const {
@@ -60,6 +50,7 @@ void QtCanvas::strokeLines(const Lines& lines, double width) {
   if (!coverage_) {
     coverage_.emplace(pixels_.x(), pixels_.y(), pixels_.width(), pixels_.height());
   }
+  coverage_->setPenWidth(width * scale_);
   const auto& points = lines.points;
   std::size_t line = 0;
   for (std::size_t i = 0; i < points.size(); ++i) {
@@ -68,22 +59,12 @@ void QtCanvas::strokeLines(const Lines& lines, double width) {
       continue;
     }
     const Point from = points[i - 1], to = points[i];
-    coverage_->addLine(from.x * scale_, from.y * scale_, to.x * scale_, to.y * scale_,
-                       width * scale_);
+    coverage_->addLine(from.x * scale_, from.y * scale_, to.x * scale_, to.y * scale_);
   }
-  coverage_->take(
-      [this](int x, int y, const float* coverage, int count) { blendRow(x, y, coverage, count); });
-}
-
-void QtCanvas::blendRow(int x, int y, const float* coverage, int count) {
-  const std::uint32_t ink = kInk.rgba();
-  auto* pixel =
-      reinterpret_cast<std::uint32_t*>(image_.scanLine(y - pixels_.y())) + (x - pixels_.x());
-  for (int i = 0; i < count; ++i, ++pixel) {
-    const auto alpha = static_cast<std::uint32_t>(coverage[i] * 255 + 0.5F);
-    if (alpha == 0) continue;
-    *pixel = alpha == 255 ? ink : scaled(ink, alpha) + scaled(*pixel, 255 - alpha);
-  }
+  coverage_->take([this](int x, int y, const float* coverage, int count) {
+    auto* row = reinterpret_cast<std::uint32_t*>(image_.scanLine(y - pixels_.y()));
+    blend(row + (x - pixels_.x()), coverage, count, kInk.rgba());
+  });
 }
 
 void QtCanvas::fillOval(const Rect& bounds, double opacity) {

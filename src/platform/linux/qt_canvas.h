@@ -46,7 +46,6 @@ class QtCanvas final : public Canvas {
 
  private:
   [[nodiscard]] QRect toPixels(const Rect& area) const;
-  void blendRow(int x, int y, const float* coverage, int count);
 
   double scale_;
   QRect pixels_;
