@@ -150,6 +150,7 @@ class BridgeDelegate final : public MenuDelegate,
   bool inkBusy = false;            // an answer is on its way
   std::int64_t lastOverlayV = -1;  // version of the picture shown or on its way
   void inkTick();
+  [[nodiscard]] std::optional<InkAnswer> quietAnswer() const;
   void inkDidArrive(const std::shared_ptr<const InkAnswer>& answer);
   void takeInk(const std::shared_ptr<const InkAnswer>& answer, std::size_t from);
   void applyInkEvents(std::span<const InkEvent> events);

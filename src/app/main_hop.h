@@ -16,6 +16,9 @@ class MainHop {
       : queue_(&queue), owner_(std::move(owner)) {}
 
   void async(std::function<void()> work) const { queue_->async(whileOwned(std::move(work))); }
+  void asyncWhenAwake(std::function<void()> work) const {
+    queue_->asyncWhenAwake(whileOwned(std::move(work)));
+  }
 
   // Main thread only, as MainQueue says.
   void after(double seconds, std::function<void()> work) const {

@@ -13,6 +13,10 @@ class MainQueue {
   // Queued work goes on while a modal alert is up.
   virtual void async(std::function<void()> work) = 0;
 
+  // Likewise, for what nobody waits for: the thread is not woken for it. The work runs when the
+  // thread is awake the next time, before a timer's work and before what is queued later.
+  virtual void asyncWhenAwake(std::function<void()> work) = 0;
+
   // Runs work once on the main thread, `seconds` from now. Called on the main thread.
   virtual void after(double seconds, std::function<void()> work) = 0;
 

@@ -5,9 +5,7 @@
 namespace torvane {
 namespace {
 
-// Seconds after the laser dot was placed.
-constexpr double kLaserFadesFrom = 0.4;
-constexpr double kLaserIsGone = 0.9;
+constexpr double kLaserFadesFrom = 0.4;  // seconds after the dot was placed
 
 // A step is about what a stroke's begin costs, some hundred nanoseconds.
 constexpr std::size_t kStepsPerTurn = 50'000;
@@ -52,7 +50,7 @@ bool applyEvents(OverlayView& view, std::span<const InkEvent> events, double now
 }
 
 bool isRedrawDue(const OverlayView& view, bool applied, double now) {
-  return applied || (view.laser && now - view.laserAt < kLaserIsGone);
+  return applied || view.isLaserAlive(now);
 }
 
 }  // namespace torvane

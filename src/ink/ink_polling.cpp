@@ -18,16 +18,28 @@ void BridgeDelegate::inkTick() {
   inkBusy = true;
   platform_.http.shared().dataTask(
       engineRequest("/api/ink/events?since=" + std::to_string(inkSeq), kEventsTimeout),
-      [this, main = main_](const HttpResult& result) {
+      [this, main = main_, quiet = quietAnswer()](const HttpResult& result) {
         // Read here, off the main thread, which a large answer would hold.
-        if (auto answer = parseInkAnswer(result.body)) {
-          main.async([this, answer = std::make_shared<const InkAnswer>(std::move(*answer))] {
-            inkDidArrive(answer);
-          });
+        auto read = parseInkAnswer(result.body);
+        if (!read) return main.async([this] { inkBusy = false; });
+        const bool isQuiet = read == quiet;
+        const auto answer = std::make_shared<const InkAnswer>(std::move(*read));
+        const auto take = [this, answer] { inkDidArrive(answer); };
+        if (isQuiet) {
+          main.asyncWhenAwake(take);
         } else {
-          main.async([this] { inkBusy = false; });
+          main.async(take);
         }
       });
+}
+
+// The answer to the question that is about to be asked that changes nothing: it can wait for the
+// next tick, which spares the processor most of what polling costs while nobody draws. None while
+// every answer moves the fade of the laser dot on.
+std::optional<InkAnswer> BridgeDelegate::quietAnswer() const {
+  if (overlayView.showsLaser(platform_.clock.mediaTime())) return std::nullopt;
+  const bool isShown = overlay && overlay->isVisible();
+  return InkAnswer{inkSeq, {}, isShown, overlayView.aspect, lastOverlayV};
 }
 
 void BridgeDelegate::inkDidArrive(const std::shared_ptr<const InkAnswer>& answer) {

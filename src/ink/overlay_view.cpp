@@ -84,8 +84,16 @@ void OverlayView::setNeedsDisplay() {
 }
 
 void OverlayView::wipeFadedLaser(double mediaTime) {
-  const bool isGone = !laser || mediaTime - laserAt >= kLaserGoneAfter;
-  if (display_ && isGone && !laserShown_.isEmpty()) display_->invalidate(laserShown_);
+  const bool isGone = !isLaserAlive(mediaTime) && !laserShown_.isEmpty();
+  if (display_ && isGone) display_->invalidate(laserShown_);
+}
+
+bool OverlayView::isLaserAlive(double mediaTime) const {
+  return laser && mediaTime - laserAt < kLaserGoneAfter;
+}
+
+bool OverlayView::showsLaser(double mediaTime) const {
+  return isLaserAlive(mediaTime) || !laserShown_.isEmpty();
 }
 
 Rect OverlayView::slideRect() const {
@@ -136,9 +144,7 @@ void OverlayView::draw(Canvas& canvas, const Rect& dirty, double mediaTime) {
   layer_.copyTo(canvas, dirty);
   if (display_ && !layer_.isSettled()) display_->invalidate(layer_.nextArea());
   drawLaser(canvas, *slide, mediaTime);
-  if (laser && mediaTime - laserAt < kLaserGoneAfter) {
-    laserShown_ = united(laserShown_, laserArea(*slide));
-  }
+  if (isLaserAlive(mediaTime)) laserShown_ = united(laserShown_, laserArea(*slide));
 }
 
 void OverlayView::drawPlainly(Canvas& canvas, double mediaTime) const {
@@ -163,9 +169,8 @@ void OverlayView::drawStroke(Canvas& canvas, const std::vector<Point>& stroke,
 }
 
 void OverlayView::drawLaser(Canvas& canvas, const Rect& slide, double mediaTime) const {
-  if (!laser) return;
+  if (!isLaserAlive(mediaTime) || laserArea(slide).isEmpty()) return;
   const double age = mediaTime - laserAt;
-  if (age >= kLaserGoneAfter || laserArea(slide).isEmpty()) return;
   const double fade = age < kLaserFullTime ? 1.0 : 1 - 2 * (age - kLaserFullTime);
   const SlideMapping mapping(slide);
   const Point centre = mapping.map(*laser);

@@ -46,6 +46,9 @@ class OverlayView {
   void setAspect(double ratio);
   void setOverlayImage(std::shared_ptr<const Picture> picture);
   void setNeedsDisplay();
+  // A laser dot is alive until it has faded; the second also counts what draws have left of one.
+  [[nodiscard]] bool isLaserAlive(double mediaTime) const;
+  [[nodiscard]] bool showsLaser(double mediaTime) const;
   // Asks for the place of a laser dot that has gone since it was drawn last. Nothing else would:
   // the dot was still to be seen a little in the last redraw of its fade.
   void wipeFadedLaser(double mediaTime);

@@ -7,6 +7,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "app/alert.h"
@@ -38,11 +39,22 @@ class FakeMainQueue final : public MainQueue {
   std::vector<double> repeating;  // intervals, in the order they were scheduled
   std::vector<double> once;       // delays, likewise
   double blockedFor = 0;          // seconds
+  bool sleeps = false;            // until a timer or queued work wakes it; else it is always awake
 
-  void async(std::function<void()> work) override { time_.scheduleMain(0, std::move(work)); }
+  void async(std::function<void()> work) override {
+    for (auto& each : std::exchange(resting_, {})) time_.scheduleMain(0, std::move(each));
+    time_.scheduleMain(0, std::move(work));
+  }
+  void asyncWhenAwake(std::function<void()> work) override {
+    if (!sleeps) return async(std::move(work));
+    resting_.push_back(std::move(work));
+  }
   void after(double seconds, std::function<void()> work) override {
     once.push_back(seconds);
-    time_.scheduleMain(seconds, std::move(work));
+    time_.scheduleMain(seconds, [this, work = std::move(work)] {
+      runResting();
+      work();
+    });
   }
   void every(double seconds, std::function<void()> work) override {
     repeating.push_back(seconds);
@@ -59,12 +71,17 @@ class FakeMainQueue final : public MainQueue {
   void repeat(double seconds, const std::shared_ptr<std::function<void()>>& work) {
     time_.scheduleMain(seconds, [this, seconds, work] {
       repeat(seconds, work);
+      runResting();
       (*work)();
     });
+  }
+  void runResting() {
+    for (const auto& each : std::exchange(resting_, {})) each();
   }
 
   SimulatedTime& time_;
   CallLog& log_;
+  std::vector<std::function<void()>> resting_;
 };
 
 class FakeBackgroundQueue final : public BackgroundQueue {

@@ -154,6 +154,54 @@ TEST_F(InkPolling, SequenceNumberAloneFetchesThePictureOnceAndHidesTheWindow) {
   EXPECT_EQ(fetched(), 1U);
 }
 
+TEST_F(InkPolling, AnswerThatChangesNothingLeavesTheMainThreadAsleep) {
+  const std::string still = R"({"seq":5,"presenting":true})";
+  tick(still);
+  platform.mainQueue.sleeps = true;
+  tick(still);
+  EXPECT_TRUE(helper->inkBusy);
+  platform.mainQueue.async([] {});
+  platform.time.runDue();
+  EXPECT_FALSE(helper->inkBusy);
+}
+
+TEST_F(InkPolling, AnswerThatChangesAnythingWakesTheMainThread) {
+  tick(R"({"seq":5})");
+  platform.mainQueue.sleeps = true;
+  for (const auto* body :
+       {R"({"seq":6})", R"({"seq":6,"presenting":true})",
+        R"({"seq":6,"presenting":true,"aspect":0.75})",
+        R"({"seq":6,"presenting":true,"aspect":0.75,"overlayV":2})",
+        R"({"seq":6,"presenting":true,"aspect":0.75,"overlayV":2,
+                               "events":[{"t":"clear"}]})",
+        R"({"seq":2,"presenting":true,"aspect":0.75,"overlayV":2})", "no JSON"}) {
+    tick(body);
+    EXPECT_FALSE(helper->inkBusy) << body;
+  }
+}
+
+TEST_F(InkPolling, EveryAnswerWakesTheMainThreadWhileALaserDotIsToBeSeen) {
+  const std::string still = R"({"seq":5})";
+  tick(R"({"seq":5,"events":[{"t":"laser","x":0.5,"y":0.5}]})");
+  platform.mainQueue.sleeps = true;
+  platform.time.advance(0.89);
+  tick(still);
+  EXPECT_FALSE(helper->inkBusy);
+  platform.time.advance(0.02);
+  tick(still);
+  EXPECT_TRUE(helper->inkBusy);
+}
+
+TEST_F(InkPolling, KeepsItsPaceWhileTheMainThreadSleeps) {
+  platform.mainQueue.sleeps = true;
+  platform.http.server = [](const HttpRequest&) {
+    return FakeAnswer{httpResult(200, R"({"seq":0,"overlayV":-1})")};
+  };
+  launch();
+  platform.time.advance(10.04);
+  EXPECT_EQ(platform.http.requestsTo(kSinceZero).size(), 125U);
+}
+
 TEST_F(InkPolling, EventsReachTheViewAndTheWindowShowsIt) {
   tick(R"({"seq":3,"events":[{"t":"begin","id":1,"x":0.1,"y":0.2},{"t":"laser","x":0.3,"y":0.4}],
            "presenting":true,"aspect":0.75})");

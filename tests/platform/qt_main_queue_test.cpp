@@ -66,6 +66,29 @@ TEST(QtMainQueueTest, KeepsEachThreadsOrder) {
   for (const auto& each : ran) EXPECT_EQ(each, expected);
 }
 
+TEST(QtMainQueueTest, LeavesTheThreadAsleepForWhatCanWait) {
+  QtMainQueue queue;
+  bool ran = false;
+  queue.asyncWhenAwake([&] { ran = true; });
+  for (int i = 0; i < 10; ++i) QCoreApplication::processEvents();
+  EXPECT_FALSE(ran);
+  queue.async([] {});
+  EXPECT_TRUE(runEventsUntil([&] { return ran; }));
+}
+
+TEST(QtMainQueueTest, RunsWhatCouldWaitBeforeTimersAndLaterWork) {
+  QtMainQueue queue;
+  std::vector<std::string> log;
+  queue.asyncWhenAwake([&] { log.emplace_back("first"); });
+  queue.after(0.01, [&] {
+    log.emplace_back("timer");
+    queue.asyncWhenAwake([&] { log.emplace_back("second"); });
+    queue.async([&] { log.emplace_back("later"); });
+  });
+  ASSERT_TRUE(runEventsUntil([&] { return log.size() == 4; }));
+  EXPECT_EQ(log, (std::vector<std::string>{"first", "timer", "second", "later"}));
+}
+
 TEST(QtMainQueueTest, WorkGoesOnInANestedLoop) {
   QtMainQueue queue;
   std::vector<std::string> log;

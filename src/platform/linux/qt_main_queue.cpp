@@ -30,7 +30,12 @@ QtMainQueue::~QtMainQueue() = default;
 void QtMainQueue::async(std::function<void()> work) {
   const std::lock_guard lock(mutex_);
   waiting_.push_back(std::move(work));
-  if (waiting_.size() == 1) ::eventfd_write(counter_.get(), 1);
+  if (!std::exchange(isReadable_, true)) ::eventfd_write(counter_.get(), 1);
+}
+
+void QtMainQueue::asyncWhenAwake(std::function<void()> work) {
+  const std::lock_guard lock(mutex_);
+  waiting_.push_back(std::move(work));
 }
 
 std::function<void()> QtMainQueue::takeFirst() {
@@ -38,7 +43,7 @@ std::function<void()> QtMainQueue::takeFirst() {
   if (waiting_.empty()) return {};
   auto work = std::move(waiting_.front());
   waiting_.pop_front();
-  if (waiting_.empty()) {
+  if (waiting_.empty() && std::exchange(isReadable_, false)) {
     eventfd_t ignored = 0;
     ::eventfd_read(counter_.get(), &ignored);
   }
@@ -55,14 +60,23 @@ void QtMainQueue::runSome() {
   } while (turn.elapsed() < kLongestTurnMilliseconds);
 }
 
+// The work of a timer.
+std::function<void()> QtMainQueue::afterWhatWaits(std::function<void()> work) {
+  return [this, work = std::move(work)] {
+    runSome();
+    work();
+  };
+}
+
 void QtMainQueue::after(double seconds, std::function<void()> work) {
-  QTimer::singleShot(milliseconds(seconds), Qt::PreciseTimer, &timers_, std::move(work));
+  QTimer::singleShot(milliseconds(seconds), Qt::PreciseTimer, &timers_,
+                     afterWhatWaits(std::move(work)));
 }
 
 void QtMainQueue::every(double seconds, std::function<void()> work) {
   auto* timer = new QTimer(&timers_);
   timer->setTimerType(Qt::PreciseTimer);
-  QObject::connect(timer, &QTimer::timeout, &timers_, std::move(work));
+  QObject::connect(timer, &QTimer::timeout, &timers_, afterWhatWaits(std::move(work)));
   timer->start(milliseconds(seconds));
 }
 

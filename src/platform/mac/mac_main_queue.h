@@ -14,6 +14,7 @@ namespace torvane {
 class MacMainQueue final : public MainQueue {
  public:
   void async(std::function<void()> work) override;
+  void asyncWhenAwake(std::function<void()> work) override;
   void after(double seconds, std::function<void()> work) override;
   void every(double seconds, std::function<void()> work) override;
   void block(double seconds) override;
@@ -21,11 +22,12 @@ class MacMainQueue final : public MainQueue {
 
  private:
   void startTimer(double seconds, bool repeats, std::function<void()> work);
-  void wake();
+  void askForTurn();
   void runFirst();
 
   std::mutex mutex_;
   std::deque<std::function<void()>> waiting_;
+  bool isTurnDue_ = false;  // the run loop was asked to run the first
 };
 
 }  // namespace torvane

@@ -12,11 +12,17 @@ namespace torvane {
 void MacMainQueue::async(std::function<void()> work) {
   const std::lock_guard lock(mutex_);
   waiting_.push_back(std::move(work));
-  if (waiting_.size() == 1) wake();
+  if (!isTurnDue_) askForTurn();
+}
+
+void MacMainQueue::asyncWhenAwake(std::function<void()> work) {
+  const std::lock_guard lock(mutex_);
+  waiting_.push_back(std::move(work));
 }
 
 // The common modes are those of alerts and open menus too.
-void MacMainQueue::wake() {
+void MacMainQueue::askForTurn() {
+  isTurnDue_ = true;
   CFRunLoopPerformBlock(CFRunLoopGetMain(), kCFRunLoopCommonModes, ^{
     runFirst();
   });
@@ -28,10 +34,11 @@ void MacMainQueue::runFirst() {
   std::function<void()> work;
   {
     const std::lock_guard lock(mutex_);
+    isTurnDue_ = false;
     if (waiting_.empty()) return;
     work = std::move(waiting_.front());
     waiting_.pop_front();
-    if (!waiting_.empty()) wake();
+    if (!waiting_.empty()) askForTurn();
   }
   atEdge(work);
 }
@@ -45,7 +52,7 @@ void MacMainQueue::every(double seconds, std::function<void()> work) {
 }
 
 // A timer does not fire while its own callback runs, so the work, which may show an alert, runs
-// after it.
+// after it, behind what waits.
 void MacMainQueue::startTimer(double seconds, bool repeats, std::function<void()> work) {
   NSTimer* timer = [NSTimer timerWithTimeInterval:seconds
                                           repeats:repeats
