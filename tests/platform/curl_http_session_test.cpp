@@ -233,5 +233,29 @@ TEST_F(CurlHttpSessionTest, NothingOfARequestIsLeftForTheNext) {
                 "\r\nAccept: */*\r\n\r\n");
 }
 
+TEST_F(CurlHttpSessionTest, RequestsOfEveryKindFollowEachOther) {
+  Server server(Server::answering(httpAnswer("x")));
+  const auto sent = [&](const char* method, const char* body, const char* path) {
+    HttpRequest request = to(server, path);
+    request.method = method;
+    request.body = toBytes(body);
+    if (*path == '?') request.onlyEndpoint.reset();
+    fetch(std::move(request));
+    const std::string text = server.requests().back();
+    return text.substr(0, text.find(" HTTP/")) + text.substr(text.find("\r\n\r\n") + 4);
+  };
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(sent("GET", "", "/1"), "GET /1");
+    EXPECT_EQ(sent("GET", "", "/2"), "GET /2");
+    EXPECT_EQ(sent("DELETE", "", "/3"), "DELETE /3");
+    EXPECT_EQ(sent("DELETE", "body", "/4"), "DELETE /4body");
+    EXPECT_EQ(sent("POST", "", "/5"), "POST /5");
+    EXPECT_EQ(sent("POST", "more", "/6"), "POST /6more");
+    EXPECT_EQ(sent("GET", "odd", "/7"), "GET /7odd");
+    EXPECT_EQ(sent("GET", "", "/8"), "GET /8");
+    EXPECT_EQ(sent("GET", "", "?9"), "GET /?9");
+  }
+}
+
 }  // namespace
 }  // namespace torvane

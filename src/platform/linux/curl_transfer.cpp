@@ -21,9 +21,12 @@ bool isIdempotent(std::string_view method) {
   return std::find(kMethods.begin(), kMethods.end(), method) != kMethods.end();
 }
 
-// RFC 9110, section 8.6: these say that they have no body.
-bool anticipatesBody(std::string_view method) {
-  return method == "POST" || method == "PUT" || method == "PATCH";
+// RFC 9110, section 8.6: some say that their body is empty. One that is given with HEAD means
+// nothing (section 9.3.2) and stays behind.
+bool hasBody(const HttpRequest& request) {
+  const std::string& method = request.method;
+  if (method == "HEAD") return false;
+  return !request.body.empty() || method == "POST" || method == "PUT" || method == "PATCH";
 }
 
 bool isBlank(std::string_view text) {
@@ -56,16 +59,30 @@ std::optional<std::string> CurlTransfer::prepare(HttpJob job) {
   url_ = std::move(parsed.url);
   if (request.saveTo) file_ = BodyFile::create(*request.saveTo);
   if (request.saveTo && !file_) return kCannotSave;
-  curl_easy_reset(handle_);
   errorText_.front() = '\0';
-  setTarget(parsed.isSecure);
-  setMessage();
-  setCallbacks();
+  setUp(parsed.isSecure);
+  set(handle_, CURLOPT_CURLU, url_.get());
   return std::nullopt;
 }
 
+// A request like the one before needs none of it: this is what polling the engine would spend a
+// tenth of its time on.
+void CurlTransfer::setUp(bool isSecure) {
+  const HttpRequest& request = job_.request;
+  std::optional<Setup> setup;
+  if (!hasBody(request) && !request.contentType) {
+    setup = Setup{request.method, request.onlyEndpoint.has_value(), isSecure};
+  }
+  if (setup && setup == setup_) return;
+  setup_ = std::move(setup);
+  curl_easy_reset(handle_);
+  setTarget(isSecure);
+  setMessage();
+  setHeaders();
+  setCallbacks();
+}
+
 void CurlTransfer::setTarget(bool isSecure) {
-  set(handle_, CURLOPT_CURLU, url_.get());
   set(handle_, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
   set(handle_, CURLOPT_TCP_NODELAY, 1L);
   set(handle_, CURLOPT_NOSIGNAL, 1L);
@@ -85,25 +102,18 @@ void CurlTransfer::setTarget(bool isSecure) {
 void CurlTransfer::setMessage() {
   const HttpRequest& request = job_.request;
   if (request.method == "HEAD") {
-    // Else libcurl waits for a body that will not come. One given to send means nothing here
-    // (RFC 9110, section 9.3.2) and stays behind.
-    set(handle_, CURLOPT_NOBODY, 1L);
-    setHeaders(false);
-    return;
-  }
-  const bool hasBody = !request.body.empty() || anticipatesBody(request.method);
-  if (hasBody) {
+    set(handle_, CURLOPT_NOBODY, 1L);  // else libcurl waits for a body that will not come
+  } else if (hasBody(request)) {
     set(handle_, CURLOPT_POST, 1L);
     set(handle_, CURLOPT_POSTFIELDS, reinterpret_cast<const char*>(request.body.data()));
     set(handle_, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.body.size()));
-  }
-  if (request.method != (hasBody ? "POST" : "GET")) {
+    if (request.method != "POST") set(handle_, CURLOPT_CUSTOMREQUEST, request.method.c_str());
+  } else if (request.method != "GET") {
     set(handle_, CURLOPT_CUSTOMREQUEST, request.method.c_str());
   }
-  setHeaders(hasBody);
 }
 
-void CurlTransfer::setHeaders(bool hasBody) {
+void CurlTransfer::setHeaders() {
   const auto& type = job_.request.contentType;
   if (type) {
     // libcurl's way to write a header without a value is a semicolon.
@@ -111,7 +121,7 @@ void CurlTransfer::setHeaders(bool hasBody) {
     headers_ = curl_slist_append(nullptr, line.c_str());
     headers_ = curl_slist_append(headers_, "Expect:");
     set(handle_, CURLOPT_HTTPHEADER, headers_);
-  } else if (hasBody) {
+  } else if (hasBody(job_.request)) {
     set(handle_, CURLOPT_HTTPHEADER, bareHeaders_);
   }
 }
@@ -129,7 +139,7 @@ void CurlTransfer::setCallbacks() {
     set(handle_, CURLOPT_PREREQFUNCTION, &CurlTransfer::onRequest);
     set(handle_, CURLOPT_PREREQDATA, this);
   }
-  if (!job_.request.body.empty()) {
+  if (hasBody(job_.request)) {
     set(handle_, CURLOPT_NOPROGRESS, 0L);
     set(handle_, CURLOPT_XFERINFOFUNCTION, &CurlTransfer::onProgress);
     set(handle_, CURLOPT_XFERINFODATA, this);

@@ -56,9 +56,18 @@ class CurlTransfer {
   HttpCompletion release();
 
  private:
+  // What a request without a body has the handle set to, but for its URL.
+  struct Setup {
+    std::string method;
+    bool isBound = false, isSecure = false;  // to an endpoint
+
+    bool operator==(const Setup&) const = default;
+  };
+
+  void setUp(bool isSecure);
   void setTarget(bool isSecure);
   void setMessage();
-  void setHeaders(bool hasBody);
+  void setHeaders();
   void setCallbacks();
 
   void receiveHeader(std::string_view line);
@@ -74,6 +83,7 @@ class CurlTransfer {
   static curl_socket_t onOpenSocket(void* self, curlsocktype, curl_sockaddr* address);
 
   CURL* handle_;
+  std::optional<Setup> setup_;         // of the handle; none after a request with more than that
   curl_slist* bareHeaders_ = nullptr;  // for a body whose type nobody gave
   curl_slist* headers_ = nullptr;      // for this job
   std::array<char, CURL_ERROR_SIZE> errorText_{};
