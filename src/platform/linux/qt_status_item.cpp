@@ -13,9 +13,12 @@
 namespace torvane {
 namespace {
 
-constexpr std::chrono::milliseconds kLookInterval{500};
-constexpr std::chrono::milliseconds kCheckInterval{5000};  // once there is one
-constexpr std::chrono::milliseconds kPatience{5000};       // a panel may start after its programs
+// Between two looks for a tray
+constexpr std::chrono::milliseconds kWhileAwaited{500};
+constexpr std::chrono::milliseconds kWhileStandingIn{2000};
+constexpr std::chrono::milliseconds kWhilePresent{5000};
+
+constexpr std::chrono::milliseconds kPatience{5000};  // a panel may start after its programs
 
 }  // namespace
 
@@ -39,7 +42,7 @@ QtStatusItem::QtStatusItem()
     : paletteListener_(std::make_unique<PaletteListener>([this] { showIcon(); })),
       presence_([this](bool isPresent) { trayWasLookedFor(isPresent); }) {
   QObject::connect(&trayTimer_, &QTimer::timeout, &trayTimer_, [this] { presence_.ask(); });
-  trayTimer_.start(kLookInterval);
+  trayTimer_.start(kWhileAwaited);
   presence_.ask();
 }
 
@@ -50,12 +53,12 @@ void QtStatusItem::trayWasLookedFor(bool isPresent) {
   withoutTray_.invalidate();
   if (std::exchange(isStandingIn_, false)) standIn_.hide();
   if (!tray_) putIntoTray();
-  trayTimer_.setInterval(kCheckInterval);
+  trayTimer_.setInterval(kWhilePresent);
 }
 
 // Once: a window that its user has closed stays closed.
 void QtStatusItem::standInForTray() {
-  trayTimer_.setInterval(kLookInterval);
+  trayTimer_.setInterval(isStandingIn_ ? kWhileStandingIn : kWhileAwaited);
   if (!withoutTray_.isValid()) withoutTray_.start();
   if (isStandingIn_ || !withoutTray_.hasExpired(kPatience.count())) return;
   isStandingIn_ = true;

@@ -7,20 +7,17 @@
 #include <QDBusPendingReply>
 #include <QDBusVariant>
 #include <QGuiApplication>
-#include <cstdlib>
 #include <memory>
 #include <string_view>
 #include <utility>
+
+#include "platform/linux/xcb_reply.h"
 
 namespace torvane {
 namespace {
 
 constexpr const char* kWatcher = "org.kde.StatusNotifierWatcher";
 constexpr int kPatienceMilliseconds = 2000;
-
-struct FreeReply {
-  void operator()(void* reply) const { std::free(reply); }
-};
 
 bool hasXEmbedTray() {
   const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
@@ -30,11 +27,11 @@ bool hasXEmbedTray() {
   constexpr std::string_view kSelection = "_NET_SYSTEM_TRAY_S0";
   const auto atomRequest = xcb_intern_atom(
       connection, 0, static_cast<std::uint16_t>(kSelection.size()), kSelection.data());
-  const std::unique_ptr<xcb_intern_atom_reply_t, FreeReply> atom(
+  const XcbReply<xcb_intern_atom_reply_t> atom(
       xcb_intern_atom_reply(connection, atomRequest, nullptr));
   if (!atom) return false;
   const auto ownerRequest = xcb_get_selection_owner(connection, atom->atom);
-  const std::unique_ptr<xcb_get_selection_owner_reply_t, FreeReply> owner(
+  const XcbReply<xcb_get_selection_owner_reply_t> owner(
       xcb_get_selection_owner_reply(connection, ownerRequest, nullptr));
   return owner && owner->owner != XCB_NONE;
 }

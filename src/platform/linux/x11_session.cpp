@@ -5,15 +5,14 @@
 #include <xcb/xcb_icccm.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <fstream>
 #include <utility>
 
+#include "platform/linux/compositor_watch.h"
+#include "platform/linux/xcb_reply.h"
+
 namespace torvane {
 namespace {
-
-template <typename Reply>
-using Owned = std::unique_ptr<Reply, decltype([](Reply* reply) { std::free(reply); })>;
 
 std::string processName(std::uint32_t pid) {
   std::string name;
@@ -33,7 +32,7 @@ struct X11Session::Connection {
   int screen = 0;
   bool hasAtoms = false;
   xcb_ewmh_connection_t ewmh = {};
-  xcb_atom_t compositorSelection = XCB_ATOM_NONE;
+  std::optional<CompositorWatch> compositorWatch;
 };
 
 namespace {
@@ -53,7 +52,7 @@ class WindowQuestions {
 
   // None for a window that cannot be seen, or is gone by now.
   [[nodiscard]] std::optional<X11Window> answer() const {
-    const Owned<xcb_get_window_attributes_reply_t> attributes(
+    const XcbReply<xcb_get_window_attributes_reply_t> attributes(
         xcb_get_window_attributes_reply(ewmh_.connection, attributes_, nullptr));
     const auto pixels = frame();
     X11Window window;
@@ -71,9 +70,9 @@ class WindowQuestions {
   }
 
   [[nodiscard]] std::optional<QRect> frame() const {
-    const Owned<xcb_get_geometry_reply_t> size(
+    const XcbReply<xcb_get_geometry_reply_t> size(
         xcb_get_geometry_reply(ewmh_.connection, geometry_, nullptr));
-    const Owned<xcb_translate_coordinates_reply_t> at(
+    const XcbReply<xcb_translate_coordinates_reply_t> at(
         xcb_translate_coordinates_reply(ewmh_.connection, position_, nullptr));
     if (!size || !at) return std::nullopt;
     return QRect(at->dst_x, at->dst_y, size->width, size->height);
@@ -138,7 +137,9 @@ std::unique_ptr<X11Session> X11Session::open() {
   const auto atoms = xcb_ewmh_init_atoms(connection->xcb, &connection->ewmh);
   connection->hasAtoms = xcb_ewmh_init_atoms_replies(&connection->ewmh, atoms, nullptr);
   if (!connection->hasAtoms) return nullptr;
-  connection->compositorSelection = connection->ewmh._NET_WM_CM_Sn[connection->screen];
+  connection->compositorWatch.emplace(connection->xcb,
+                                      connection->ewmh.screens[connection->screen]->root,
+                                      connection->ewmh._NET_WM_CM_Sn[connection->screen]);
   return std::unique_ptr<X11Session>(new X11Session(std::move(connection)));
 }
 
@@ -170,10 +171,7 @@ std::optional<QRect> X11Session::activeWindow() {
 }
 
 bool X11Session::hasCompositor() {
-  const Owned<xcb_get_selection_owner_reply_t> owner(xcb_get_selection_owner_reply(
-      connection_->xcb, xcb_get_selection_owner(connection_->xcb, connection_->compositorSelection),
-      nullptr));
-  return owner && owner->owner != XCB_WINDOW_NONE;
+  return connection_->compositorWatch->hasCompositor();
 }
 
 }  // namespace torvane
