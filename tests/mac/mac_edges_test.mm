@@ -95,6 +95,17 @@ TEST_F(MacEdges, StopExceptionsOfQueuedWorkAndTimers) {
   EXPECT_EQ(stopped(), 5U);
 }
 
+TEST_F(MacEdges, LeaveWhatCanWaitForTheNextTimer) {
+  MacMainQueue queue;
+  std::vector<std::string> log;
+  queue.asyncWhenAwake([&] { log.emplace_back("first"); });
+  queue.after(1, [&] { log.emplace_back("timer"); });
+  fake::advance(0.9);
+  EXPECT_TRUE(log.empty());
+  fake::advance(0.2);
+  EXPECT_EQ(log, (std::vector<std::string>{"first", "timer"}));
+}
+
 TEST_F(MacEdges, StopExceptionsOfTheDrawing) {
   OverlayView view;
   MacOverlaySurface surface({0, 0, 100, 100}, view, thrower_);

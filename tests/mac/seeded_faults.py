@@ -86,7 +86,9 @@ FAULTS = [
     ("exceptions let through", f"{MAC}/edge.h", "catch (const std::exception& error)",
      "catch (const std::bad_alloc& error)", "test"),
     ("work queued before an alert held up by it", f"{MAC}/mac_main_queue.mm",
-     "    if (!waiting_.empty()) wake();\n", "", "test"),
+     "    if (!waiting_.empty()) askForTurn();\n", "", "test"),
+    ("work held up by what can wait", f"{MAC}/mac_main_queue.mm",
+     "if (!isTurnDue_) askForTurn();", "if (waiting_.size() == 1) askForTurn();", "test"),
 ]
 
 
