@@ -50,7 +50,7 @@ class LooksTest(MenuStage):
         information = menu.middles[0] - menu.y - 12  # above the first that can be chosen
         self.assertGreater(self.contrast(menu.x + 8, menu.y + 4, STRIP, information), CLEAR)
         self.picture(name + "-menu")
-        menu.click(1)  # "How Does This Work?"
+        menu.choose(1)  # "How Does This Work?"
         self.look_at_alert(name + "-explanation")
         self.press("Return")
         self.assertIsNone(helper.poll())
@@ -73,8 +73,8 @@ class LooksTest(MenuStage):
 
     def contrast(self, left, top, width, height):
         """Of the commonest colour of an area and the one that differs most from it."""
-        pixels = [pixel for x in range(left, left + width)
-                  for pixel in self.desktop.column(x, top, height)]
+        pixels = [pixel for row in self.desktop.colours(left, top, width, height)
+                  for pixel in row]
         ground = luminance(max(set(pixels), key=pixels.count))
         return max(contrast(ground, luminance(pixel)) for pixel in set(pixels))
 

@@ -33,7 +33,7 @@ class Elsewhere(MenuStage):
         menu = wait_until(lambda: PopupMenu.opened(self.desktop, self.click_where_menu_opens),
                           "the menu")
         self.assertEqual(len(menu.middles), len(commands))
-        menu.click(commands.index(entry))
+        menu.choose(commands.index(entry))
 
     def choose_until(self, condition):
         """Starts or stops the engine. An entry that the program has not changed yet, for it asks

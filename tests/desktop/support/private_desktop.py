@@ -184,19 +184,20 @@ class PrivateDesktop:
         """Red, green and blue of each pixel of the screen, row by row."""
         return self.run("import", "-silent", "-window", "root", "-depth", "8", "rgb:-", text=False)
 
-    def column(self, x, top, height):
-        """The colours of some pixels one below the other. Unlike the tools' pictures it waits for
-        nobody, whoever has the display to himself at the moment."""
+    def colours(self, left, top, width, height):
+        """Blue, green and red of each pixel of an area, row by row. Unlike the tools' pictures it
+        waits for nobody, whoever has the display to himself at the moment."""
         with open(os.path.join(self.folder, "Xvfb_screen0"), "rb") as screen:
             header = struct.unpack(">25I", screen.read(100))
             size, bits, line, colours = header[0], header[11], header[12], header[19]
-            first = size + colours * 12 + x * bits // 8  # there are twelve bytes for each colour
-            return [self._pixel(screen, first + (top + row) * line) for row in range(height)]
-
-    @staticmethod
-    def _pixel(screen, place):
-        screen.seek(place)
-        return screen.read(3)  # blue, green and red
+            step = bits // 8
+            first = size + colours * 12 + left * step  # there are twelve bytes for each colour
+            rows = []
+            for row in range(top, top + height):
+                screen.seek(first + row * line)
+                pixels = screen.read(width * step)
+                rows.append([pixels[at:at + 3] for at in range(0, len(pixels), step)])
+            return rows
 
     # Beginning and end
 
