@@ -19,9 +19,11 @@ from private_desktop import (  # noqa: E402
 
 skip_where_incomplete(("dbus", "gi", "websockets", "nacl"), (ACCESSIBILITY,))
 
+from dialog_stage import KEYS, DialogStage  # noqa: E402
 from helper_program import PROGRAM  # noqa: E402
 from link_device import start_device  # noqa: E402
-from menu_stage import FORGET, KEYS, DialogStage, main  # noqa: E402
+from menu_stage import main  # noqa: E402
+from menu_texts import FORGET  # noqa: E402
 
 
 class DialogsTest(DialogStage):
@@ -33,11 +35,9 @@ class DialogsTest(DialogStage):
     def paired(self):
         return self.defaults().get("pairedDeviceKeys", {})
 
-    def answer(self, name, buttons, how):
-        self.alert()
+    def answer(self, name, buttons, how, picture=None):
         what = self.id().rpartition(".test_")[2].replace("_", "-")
-        self.picture("dialog-" + what)
-        return super().answer(name, buttons, how)
+        return super().answer(name, buttons, how, picture or "dialog-" + what)
 
     # With one button
 

@@ -15,8 +15,9 @@ from private_desktop import (  # noqa: E402
 
 skip_where_incomplete(("dbus", "gi"), (ACCESSIBILITY,))
 
+from dialog_stage import DialogStage  # noqa: E402
 from helper_program import engine_answers, engine_listens  # noqa: E402
-from menu_stage import DialogStage, main  # noqa: E402
+from menu_stage import main  # noqa: E402
 
 ALERT = "Torvane P2P Helper"
 
@@ -41,19 +42,15 @@ exec "$@"
 class EngineStartTest(DialogStage):
     def told(self, picture=None):
         """What the next alert says; it is answered."""
-        self.reader.alert(ALERT)
-        if picture:
-            self.alert()
-            self.picture(picture)
-        return self.answer(ALERT, ["OK"], "OK")
+        return self.answer(ALERT, ["OK"], "OK", picture)
 
     def replace_engine(self, text):
         """Puts another script next to the application's folder."""
-        copy, bundle = self.copy_of_the_bundle()
+        bundle = self.copy_of_the_bundle()
         with open(os.path.join(os.path.dirname(bundle), "torvane.py"), "w",
                   encoding="utf-8") as file:
             file.write(text)
-        return copy
+        return bundle
 
     def start_with_other_python(self, script=""):
         layers = os.path.join(self.desktop.folder, "layers")
@@ -65,9 +62,9 @@ class EngineStartTest(DialogStage):
         self.start(around=aside)
 
     def test_says_that_the_script_is_missing(self):
-        copy, bundle = self.copy_of_the_bundle()
+        bundle = self.copy_of_the_bundle()
         os.remove(os.path.join(bundle, "Resources", "torvane.py"))
-        self.start(copy)
+        self.start(bundle)
         missing = "Cannot find torvane.py next to the app or in the bundle."
         self.assertEqual(self.told("engine-missing"), missing)
         self.item.choose("Start Server")

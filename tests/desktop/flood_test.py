@@ -20,9 +20,10 @@ skip_where_incomplete(("dbus", "gi", "websockets", "nacl"), (ACCESSIBILITY,))
 
 import websockets  # noqa: E402
 
+from dialog_stage import DialogStage  # noqa: E402
 from helper_program import link_port  # noqa: E402
 from link_device import Device  # noqa: E402
-from menu_stage import DialogStage, main  # noqa: E402
+from menu_stage import main  # noqa: E402
 from process_figures import descriptors, memory  # noqa: E402
 
 FRESH, OLD = 1000, 100

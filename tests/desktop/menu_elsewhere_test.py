@@ -1,11 +1,13 @@
 #!/usr/bin/python3
 """The whole program's menu where it draws it itself: in a tray of the old kind, and in the window that
-stands in for one. Every entry is chosen with the pointer.
+stands in for one. Every entry is chosen with the pointer. What it shows of updates is in
+menu_update_elsewhere_test.py.
 
 usage: menu_elsewhere_test.py BUILD_FOLDER PICTURE_FOLDER
 """
 
 import os
+import socket
 import sys
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "support"))
@@ -15,31 +17,65 @@ from private_desktop import (  # noqa: E402
 
 skip_where_incomplete(("dbus", "gi"))
 
+from discovery_double import start_discovery  # noqa: E402
+from drawn_menu import InStandIn, InTray  # noqa: E402
 from helper_program import engine_answers, engine_listens, pair, start_helper  # noqa: E402
-from menu_stage import FORGET, REST, MenuStage, main  # noqa: E402
+from menu_stage import main  # noqa: E402
+from menu_texts import ENGINE_ON, FORGET, REST, connected_menu, paired  # noqa: E402
 from popup_menu import PopupMenu  # noqa: E402
-from tray_icon import icon_middle  # noqa: E402
 
-STAND_IN = "^Torvane P2P Helper Menu$"
+NOT_ADVERTISING = ("Not advertising: Other devices cannot find this computer: the Avahi service is "
+                   "not running. Devices can still connect by address.")
+ADVERTISING = f"Advertising as “{socket.gethostname()}” — open the iPad app"
+WHILE_PAIRED = [NOT_ADVERTISING, "-", *ENGINE_ON, *paired("iPad"), *REST]
 
 
-class Elsewhere(MenuStage):
-    """What both kinds have in common; `open_menu` opens the menu with the pointer."""
+class Elsewhere:
+    """What is tried in both places."""
 
-    COMMANDS = ("Start or stop", FORGET, *REST)
+    def test_shows_an_advertising_error(self):
+        self.start_with_engine()
+        self.open_menu([NOT_ADVERTISING, "-", *ENGINE_ON, *REST], ["Stop Server", *REST])
+        self.picture_of_menu("not-advertising")
 
-    def choose(self, entry, commands=COMMANDS):
-        """Clicks on this entry of those that can be chosen."""
-        menu = wait_until(lambda: PopupMenu.opened(self.desktop, self.click_where_menu_opens),
-                          "the menu")
-        self.assertEqual(len(menu.middles), len(commands))
-        menu.choose(commands.index(entry))
+    def test_names_connected_and_paired_ipads(self):
+        start_discovery(self.desktop)
+        self.start_with_engine()
+        commands = ["Stop Server", FORGET, *REST]
+        pair(self.desktop, self.tool, "--name", "iPad")
+        menu = self.open_menu([ADVERTISING, "-", *ENGINE_ON, *paired("iPad"), *REST], commands)
+        self.picture_of_menu("paired")
+        menu.close()
+        self.watch_as("iPad")
+        self.open_menu(connected_menu("iPad"), commands)
+        self.picture_of_menu("connected")
 
-    def choose_until(self, condition):
-        """Starts or stops the engine. An entry that the program has not changed yet, for it asks
-        the engine every three seconds, does nothing."""
+    def test_every_entry_works(self):
+        self.start_with_engine()
+        pair(self.desktop, self.tool, "--name", "iPad")
+        self.choose_until("Stop Server", lambda: not engine_listens())
+        self.choose_while_paired("How Does This Work?")
+        self.answer_alert()
+        self.choose_until("Stop Server", engine_answers)  # where "Start Server" is now
+        entry = os.path.join(self.desktop.environment["XDG_CONFIG_HOME"], "autostart",
+                             "torvane-p2p-helper.desktop")
+        self.choose_while_paired("Launch at Login")
+        wait_until(lambda: os.path.exists(entry), "the autostart entry")
+        self.choose_while_paired("Launch at Login")
+        wait_until(lambda: not os.path.exists(entry), "the autostart entry's end")
+        self.choose_while_paired(FORGET)
+        self.answer_alert()
+        self.choose("Quit", [NOT_ADVERTISING, "-", *ENGINE_ON, *REST], ["Stop Server", *REST])
+        self.assertEqual(self.helper.wait(PATIENCE), 0)
+
+    def choose_while_paired(self, entry):
+        self.choose(entry, WHILE_PAIRED, ["Stop Server", FORGET, *REST])
+
+    def choose_until(self, entry, condition):
+        """An entry that the program has not changed yet, for it asks the engine every three
+        seconds, does nothing."""
         def has_come():
-            self.choose("Start or stop")
+            self.choose_while_paired(entry)
             try:
                 return wait_until(condition, "it", 5)
             except DesktopError:
@@ -51,65 +87,26 @@ class Elsewhere(MenuStage):
         self.alert()
         self.press("Return")
 
-    def choose_every_entry(self):
-        pair(self.desktop, self.tool)
-        self.choose_until(lambda: not engine_listens())
-        self.choose("How Does This Work?")
-        self.answer_alert()
-        self.choose_until(engine_answers)
-        entry = os.path.join(self.desktop.environment["XDG_CONFIG_HOME"], "autostart",
-                             "torvane-p2p-helper.desktop")
-        self.choose("Launch at Login")
-        wait_until(lambda: os.path.exists(entry), "the autostart entry")
-        self.choose("Launch at Login")
-        wait_until(lambda: not os.path.exists(entry), "the autostart entry's end")
-        self.choose(FORGET)
-        self.answer_alert()
-        self.choose("Quit", [entry for entry in self.COMMANDS if entry != FORGET])
-        self.assertEqual(self.helper.wait(PATIENCE), 0)
 
-
-class TrayTest(Elsewhere):
-    def setUp(self):
-        super().setUp()
-        self.desktop.start_panel()
-        self.start_engine()
-        self.start()
-
-    def click_where_menu_opens(self, button="3"):
-        x, y = wait_until(lambda: icon_middle(self.desktop), "the icon")
-        self.desktop.run("xdotool", "mousemove", str(x), str(y), "click", button)
-
-    def test_every_entry_works(self):
-        self.choose_every_entry()
-
+class TrayTest(Elsewhere, InTray):
     def test_opens_with_the_other_button_too(self):
+        self.start_with_engine()
+        self.wait_for_place()
         for button in ("1", "3"):
-            menu = PopupMenu.opened(self.desktop, lambda: self.click_where_menu_opens(button))
+            menu = PopupMenu.opened(self.desktop, lambda: self.click_on_place(button))
             self.assertIsNotNone(menu)
-            self.picture("tray-menu")
             menu.close()
 
 
-class NoTrayTest(Elsewhere):
-    def setUp(self):
-        super().setUp()
-        self.start_engine()
-        self.start()
-        self.window = self.wait_for_window()
-
-    def wait_for_window(self):
-        return wait_until(self.stand_ins, "the stand-in")[0]
-
-    def stand_ins(self):
-        return self.desktop.windows("--name", STAND_IN)
-
+class NoTrayTest(Elsewhere, InStandIn):
     def press_until(self, key, condition, what):
         """Presses a key in the window; again where a busy desktop was not listening yet."""
+        window = self.wait_for_place()
+
         def has_come():
-            self.desktop.run("xdotool", "windowactivate", str(self.window), check=False)
+            self.desktop.run("xdotool", "windowactivate", str(window), check=False)
             try:
-                wait_until(lambda: self.desktop.active_window() == self.window, "it active", 5)
+                wait_until(lambda: self.desktop.active_window() == window, "it active", 5)
                 self.desktop.run("xdotool", "key", key)
                 return wait_until(condition, what, 5)
             except DesktopError:
@@ -117,37 +114,31 @@ class NoTrayTest(Elsewhere):
 
         wait_until(has_come, what)
 
-    def click_where_menu_opens(self):
-        # The button is at the end of the row.
-        _, _, width, height = self.desktop.geometry(self.window)
-        self.desktop.run("xdotool", "mousemove", "--window", str(self.window), str(width - 30),
-                         str(height // 2), "click", "1")
-
-    def test_every_entry_works(self):
-        self.choose_every_entry()
-
     def test_closed_it_comes_back_and_needs_no_pointer(self):
         def popups():
             return [window for window in self.desktop.windows("--classname", "torvane-p2p-helper")
                     if window not in self.stand_ins()]
 
+        self.start_with_engine()
+        self.wait_for_place()
         self.picture("stand-in")
         self.press_until("alt+F4", lambda: not self.stand_ins(), "the window's end")
         self.assertIsNone(self.helper.poll())
         self.assertEqual(start_helper(self.desktop, self.build).wait(PATIENCE), 0)
-        self.window = self.wait_for_window()
+        self.wait_for_place()
         self.assertIsNone(self.helper.poll())
         self.press_until("space", popups, "the menu")
-        self.picture("stand-in-menu")
         self.desktop.run("xdotool", "key", "Up", "Return")  # the last entry
         self.assertEqual(self.helper.wait(PATIENCE), 0)
 
     def test_gives_way_to_a_panel_that_comes_and_stands_in_again(self):
+        self.start()
+        self.wait_for_place()
         panel = self.desktop.start_panel()
         wait_until(lambda: not self.stand_ins(), "the stand-in's end")
         wait_until(lambda: self.desktop.windows("--classname", "torvane-p2p-helper"), "the icon")
         end(panel)
-        self.window = self.wait_for_window()
+        self.wait_for_place()
 
 
 if __name__ == "__main__":

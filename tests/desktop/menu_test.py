@@ -21,7 +21,9 @@ skip_where_incomplete(("dbus", "gi"))
 from discovery_double import start_discovery  # noqa: E402
 from helper_program import (  # noqa: E402
     ANSWERED_BEFORE, PROGRAM, engine_answers, engine_listens, pair, start_helper)
-from menu_stage import ENGINE_OFF, ENGINE_ON, FORGET, REST, PanelStage, main  # noqa: E402
+from menu_stage import PanelStage, main  # noqa: E402
+from menu_texts import (  # noqa: E402
+    ENGINE_OFF, ENGINE_ON, FORGET, REST, connected_menu, paired)
 
 HOW = "How Does This Work?"
 LOGIN = "Launch at Login"
@@ -46,8 +48,7 @@ class MenuTest(PanelStage):
         self.assertEqual(self.item.labels()[1], "-")
         self.wait_for_line("Stop Server")
         self.assertEqual(self.item.commands(), ["Stop Server", *REST])
-        pair(self.desktop, self.tool, "--name", "iPad")
-        self.desktop.spawn("watch", [self.tool, "watch", "--name", "iPad"])
+        self.connect_ipad("iPad")
         wait_until(lambda: "connected (iPad)" in str(self.item.properties()["ToolTip"][2]), "it")
         self.assertTrue(self.item.labels()[0].startswith("Not advertising: "))
 
@@ -57,16 +58,14 @@ class MenuTest(PanelStage):
         name = "R&D_iPad & <b>Co</b>_"
         pair(self.desktop, self.tool, "--name", name)
         # Paired, and gone again.
-        self.wait_for_menu([self.item.labels()[0], "-", *ENGINE_ON, "Paired devices:",
-                            "    " + name, FORGET, "-", *REST])
-        self.desktop.spawn("watch", [self.tool, "watch", "--name", name])
-        connected = ["Connected:", "    " + name, "-", *ENGINE_ON]
-        self.wait_for_menu([*connected, "Paired devices:", "    " + name, FORGET, "-", *REST])
+        self.wait_for_menu([self.item.labels()[0], "-", *ENGINE_ON, *paired(name), *REST])
+        self.watch_as(name)
+        self.wait_for_menu(connected_menu(name))
         self.assertEqual(self.item.commands(), ["Stop Server", FORGET, *REST])
         self.item.choose(FORGET)
         self.alert("forget")
         self.press("Return")
-        self.wait_for_menu([*connected, *REST])
+        self.wait_for_menu(["Connected:", "    " + name, "-", *ENGINE_ON, *REST])
 
     def test_shows_names_of_all_kinds_as_they_are(self):
         names = naughty_names()
@@ -171,8 +170,7 @@ class MenuTest(PanelStage):
         self.start()
         wait_until(engine_answers, "the engine")
         first = self.helper
-        copy, _ = self.copy_of_the_bundle()
-        self.start(copy)
+        self.start(self.copy_of_the_bundle())
         self.assertEqual(first.wait(PATIENCE), 0)
         wait_until(engine_answers, "the engine")
         self.wait_for_line("Stop Server")

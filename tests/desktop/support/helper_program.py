@@ -9,7 +9,9 @@ from private_desktop import DesktopError, wait_until
 
 ENGINE_PORT = 8484
 ENDING = 5  # seconds
-PROGRAM = "bundle/Torvane P2P Helper/bin/torvane-p2p-helper"
+BUNDLE = "bundle/Torvane P2P Helper"  # in a build folder
+IN_BUNDLE = "bin/torvane-p2p-helper"
+PROGRAM = f"{BUNDLE}/{IN_BUNDLE}"
 ANSWERED_BEFORE = {"didShowWelcome": True, "fdaNudgeShown": True}
 
 
@@ -40,17 +42,17 @@ def engine_answers():
 def start_helper(desktop, build, around=()):
     """Starts it without a first welcome; `build` is the build folder, `around` a command that runs
     the program."""
-    return start_program(desktop, os.path.join(build, PROGRAM), around)
+    return start_bundle(desktop, os.path.join(build, BUNDLE), around)
 
 
-def start_program(desktop, path, around=()):
-    """The same, wherever it is."""
+def start_bundle(desktop, bundle, around=()):
+    """The same, wherever its bundle is."""
     defaults = os.path.join(desktop.environment["XDG_CONFIG_HOME"], "torvane", "defaults.json")
     os.makedirs(os.path.dirname(defaults), mode=0o700, exist_ok=True)
     if not os.path.exists(defaults):
         with open(defaults, "w", encoding="utf-8") as file:
             json.dump(ANSWERED_BEFORE, file)
-    return desktop.spawn("helper", [*around, path])
+    return desktop.spawn("helper", [*around, os.path.join(bundle, IN_BUNDLE)])
 
 
 def link_port(desktop):

@@ -6,19 +6,12 @@ import sys
 import unittest
 
 from helper_program import (
-    ENGINE_PORT, PROGRAM, engine_answers, engine_listens, require_free_engine_port, start_helper)
+    BUNDLE, ENGINE_PORT, engine_answers, engine_listens, pair, require_free_engine_port, start_bundle)
 from private_desktop import DesktopError, PrivateDesktop, wait_until
-from screen_reader import ScreenReader
 from status_notifier import Item, start_watcher
 
-ENGINE_ON = ["PowerPoint server running on port 8484", "Stop Server", "-"]
-ENGINE_OFF = ["PowerPoint server not running", "Start Server", "-"]
-REST = ["How Does This Work?", "Launch at Login", "Quit"]
-FORGET = "Forget Paired Devices…"
 ALERT = "^Torvane P2P Helper$"
 LOST = 15  # seconds until keys that had no effect are taken for lost
-# How a button is pressed that is the first, the second or the last one, beside by a screen reader.
-KEYS = {"first": ("Return",), "second": ("Tab", "space"), "last": ("Escape",)}
 
 
 class MenuStage(unittest.TestCase):
@@ -32,26 +25,39 @@ class MenuStage(unittest.TestCase):
         self.addCleanup(wait_until, lambda: not engine_listens(), "the engine's end")
         self.desktop = self.enterContext(PrivateDesktop())
         self.desktop.start_windows(compositor=None)
+        self.bundle = os.path.join(self.build, BUNDLE)
         self.tool = os.path.join(self.build, "tools", "torvane-ipad")
 
-    def start(self, build=None, around=()):
-        """`around`: a command that runs the program."""
-        self.helper = start_helper(self.desktop, build or self.build, around)
+    def start(self, bundle=None, around=()):
+        """`bundle`: another than is usual; `around`: a command that runs the program."""
+        self.helper = start_bundle(self.desktop, bundle or self.bundle, around)
 
     def start_engine(self):
         """One that is there before the program."""
-        script = os.path.join(self.build, os.path.dirname(os.path.dirname(PROGRAM)), "Resources",
-                              "torvane.py")
+        script = os.path.join(self.build, BUNDLE, "Resources", "torvane.py")
         engine = self.desktop.spawn("engine", ["/usr/bin/python3", script, str(ENGINE_PORT)])
         wait_until(engine_answers, "the engine")
         return engine
 
+    def start_with_engine(self):
+        """Sooner than with an engine of its own, for which it leaves itself time."""
+        self.start_engine()
+        self.start()
+
     def copy_of_the_bundle(self):
-        """A build folder with a copy of the bundle that a test may change, and the bundle."""
-        copy = os.path.join(self.desktop.folder, "copy")
-        folder = os.path.dirname(os.path.dirname(PROGRAM))
-        shutil.copytree(os.path.join(self.build, folder), os.path.join(copy, folder))
-        return copy, os.path.join(copy, folder)
+        """One that a test may change."""
+        copy = os.path.join(self.desktop.folder, "copy", BUNDLE)
+        shutil.copytree(self.bundle, copy)
+        return copy
+
+    def connect_ipad(self, name):
+        """Pairs a device of this name and leaves it connected."""
+        pair(self.desktop, self.tool, "--name", name)
+        self.watch_as(name)
+
+    def watch_as(self, name):
+        """Connects a paired device, until the test ends."""
+        self.desktop.spawn("watch", [self.tool, "watch", "--name", name])
 
     def alerts(self):
         return self.desktop.windows("--name", ALERT)
@@ -95,19 +101,13 @@ class PanelStage(MenuStage):
         self.watcher = start_watcher(self.desktop)
         self.assertTrue(self.watcher.stdout.readline().startswith("ready"))
 
-    def start(self, build=None, around=()):
-        super().start(build, around)
-        self.take_item()
-
-    def take_item(self):
-        """The next that appears in the panel."""
+    def start(self, bundle=None, around=()):
+        super().start(bundle, around)
         service = self.watcher.stdout.readline().strip()
         self.item = Item(self.desktop.environment["DBUS_SESSION_BUS_ADDRESS"], service)
 
     def start_with_engine(self):
-        """Sooner than by its own engine, for which it leaves itself time."""
-        self.start_engine()
-        self.start()
+        super().start_with_engine()
         self.wait_for_line("Stop Server")
 
     def wait_for_line(self, line):
@@ -121,32 +121,6 @@ class PanelStage(MenuStage):
             if str(properties.get("label", "")) == label:
                 return properties
         raise LookupError(label)
-
-
-class DialogStage(PanelStage):
-    """With a screen reader, too."""
-
-    def setUp(self):
-        super().setUp()
-        self.reader = ScreenReader(self.desktop)
-
-    def answer(self, name, buttons, how):
-        """Presses a button of the alert of this name: `how` is the button's text for the screen
-        reader, or keys. What the alert says."""
-        alert = self.reader.alert(name)
-        self.assertEqual(list(alert.buttons), buttons)
-        self.assertEqual(alert.texts[0], name)
-
-        def is_gone():
-            return name not in [other.name for other in self.reader.alerts()]
-
-        if isinstance(how, str):
-            alert.buttons[how].press()
-            wait_until(is_gone, "the alert's end")
-        else:
-            self.alert()
-            self.type_until(how, is_gone)
-        return alert.texts[1]
 
 
 def main():
