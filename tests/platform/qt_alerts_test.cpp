@@ -144,6 +144,14 @@ TEST_F(QtAlertsTest, IsAModalWindowUnderTheProgramsName) {
   });
 }
 
+TEST_F(QtAlertsTest, FewWordsLeaveTheWindowsTitleItsPlace) {
+  run({.message = "m", .informativeText = "i"}, [](QMessageBox& box) {
+    const int title = box.fontMetrics().horizontalAdvance(box.windowTitle());
+    EXPECT_GE(box.width(), 2 * title);  // its buttons lie beside it
+    box.close();
+  });
+}
+
 TEST_F(QtAlertsTest, ShowsTheProgramsIconOrAWarning) {
   QPixmap programs(48, 48);
   programs.fill(Qt::red);

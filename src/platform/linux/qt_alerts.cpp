@@ -2,6 +2,7 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QGridLayout>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
@@ -26,6 +27,15 @@ void showAsPlainText(QMessageBox& box, const AlertContent& content) {
     title->setFont(bold);
     title->setWordWrap(true);
   }
+}
+
+// Beside a few words the window's title, too, would have no room.
+void keepFromBeingNarrow(QMessageBox& box) {
+  constexpr int kLeastTextWidth = 280;
+  auto* grid = qobject_cast<QGridLayout*>(box.layout());
+  if (grid == nullptr) return;
+  const int texts = grid->columnCount() - 1;  // beside the icon
+  grid->setColumnMinimumWidth(texts, kLeastTextWidth);
 }
 
 void showIcon(QMessageBox& box, AlertContent::Style style) {
@@ -66,6 +76,7 @@ int QtAlerts::runModal(const AlertContent& content) {
   showIcon(box, content.style);
   showAsPlainText(box, content);
   const auto buttons = addButtons(box, content);
+  keepFromBeingNarrow(box);
 
   bringToFront(box);
   box.exec();
