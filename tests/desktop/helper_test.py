@@ -7,7 +7,6 @@ usage: helper_test.py BUNDLE_FOLDER
 import json
 import os
 import signal
-import socket
 import stat
 import sys
 import time
@@ -16,6 +15,7 @@ import urllib.request
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "support"))
 
+from helper_program import engine_listens, require_free_engine_port  # noqa: E402
 from private_desktop import PATIENCE, PrivateDesktop, skip_where_incomplete, wait_until  # noqa: E402
 from process_figures import wake_ups  # noqa: E402
 
@@ -24,14 +24,9 @@ skip_where_incomplete()
 BUNDLE = None
 
 
-def engine_listens():
-    with socket.socket() as probe:
-        return probe.connect_ex(("127.0.0.1", 8484)) == 0
-
-
 class HelperTest(unittest.TestCase):
     def setUp(self):
-        self.assertFalse(engine_listens(), "port 8484 is in use by another program")
+        require_free_engine_port()
         self.desktop = self.enterContext(PrivateDesktop())
         self.defaults = os.path.join(
             self.desktop.environment["XDG_CONFIG_HOME"], "torvane", "defaults.json")

@@ -17,7 +17,7 @@ skip_where_incomplete(("dbus", "gi"), (ACCESSIBILITY,))
 from dialog_stage import KEYS  # noqa: E402
 from drawn_menu import InStandIn, InTray  # noqa: E402
 from installed_copy import CHECK, OFFER  # noqa: E402
-from installed_stage import UPDATING, InstalledStage, main, shown  # noqa: E402
+from installed_stage import UPDATING, InstalledStage, main, menu_with  # noqa: E402
 from menu_texts import REST  # noqa: E402
 
 
@@ -29,21 +29,21 @@ class Elsewhere:
         self.start_with_ipad()
 
     def test_a_newer_build_is_offered_until_it_is_wanted(self):
-        self.choose(CHECK, *shown(CHECK), "check-for-updates")
+        self.choose(CHECK, *menu_with(CHECK), "check-for-updates")
         self.answer_question(KEYS["last"])
         looks = self.site.requests_for("version.txt")
-        self.choose(OFFER, *shown(OFFER), "update-offered")
+        self.choose(OFFER, *menu_with(OFFER), "update-offered")
         self.answer_question(KEYS["second"])
-        self.choose(OFFER, *shown(OFFER))
+        self.choose(OFFER, *menu_with(OFFER))
         self.answer_question("Later")
         self.assertEqual(self.site.requests_for("version.txt"), looks)  # not asked again
         self.assertEqual(self.site.requests_for(".zip"), 0)
 
     def test_an_update_that_goes_on_cannot_be_chosen_again(self):
         self.site.hold.clear()
-        self.choose(CHECK, *shown(CHECK))
+        self.choose(CHECK, *menu_with(CHECK))
         self.answer_question(KEYS["first"])
-        labels, commands = shown(UPDATING, can_be_chosen=False)
+        labels, commands = menu_with(UPDATING, can_be_chosen=False)
         menu = self.open_menu(labels, commands)
         self.picture_of_menu("updating")
         menu.click_at(menu.lines[labels.index(UPDATING)].middle)
@@ -51,7 +51,7 @@ class Elsewhere:
         self.answer("How Torvane works", ["OK"], "OK")
         self.site.hold.set()
         self.answer_failure("OK")
-        self.open_menu(*shown(OFFER))
+        self.open_menu(*menu_with(OFFER))
         self.assertEqual(self.site.requests_for(".zip"), 1)
         self.assertEqual(self.reader.alerts(), [])
 

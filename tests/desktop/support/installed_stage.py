@@ -9,7 +9,7 @@ import menu_stage
 from dialog_stage import ReaderStage
 from discovery_double import start_discovery
 from helper_program import BUNDLE
-from installed_copy import BUILD, CHECK, INSTALLED, NEXT, ROOT, application, take_application
+from installed_copy import BUILD, INSTALLED, NEXT, ROOT, application, take_application
 from menu_texts import FORGET, REST, connected_menu
 from update_world import Site, enter
 
@@ -49,8 +49,8 @@ class InstalledStage(ReaderStage):
         self.assertEqual(text, NOT_UNPACKED)
 
 
-def shown(*update, can_be_chosen=True):
-    """Texts and commands of the menu with a connected device."""
+def menu_with(*update, can_be_chosen=True):
+    """Labels and commands of the menu with a connected device and this about updates."""
     return (connected_menu(IPAD, *update),
             ["Stop Server", FORGET, *(update if can_be_chosen else ()), *REST])
 

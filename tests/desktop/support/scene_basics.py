@@ -2,7 +2,7 @@
 
 import urllib.request
 
-PORT = 8484
+from helper_program import ENGINE_PORT
 
 
 class Failure(Exception):
@@ -16,5 +16,5 @@ def check(holds, otherwise):
 
 def ask_engine(path):
     """The engine's own answer, past the helper."""
-    with urllib.request.urlopen(f"http://127.0.0.1:{PORT}{path}", timeout=10) as answer:
+    with urllib.request.urlopen(f"http://127.0.0.1:{ENGINE_PORT}{path}", timeout=10) as answer:
         return answer.read()

@@ -36,10 +36,6 @@ class Part:
         return self.text("Name")
 
     @property
-    def description(self):
-        return self.text("Description")
-
-    @property
     def role(self):
         return str(self.call(ACCESSIBLE, "GetRoleName"))
 
