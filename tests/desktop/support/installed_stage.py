@@ -11,6 +11,7 @@ from discovery_double import start_discovery
 from helper_program import BUNDLE
 from installed_copy import BUILD, INSTALLED, NEXT, ROOT, application, take_application
 from menu_texts import FORGET, REST, connected_menu
+from private_desktop import wait_until
 from update_world import Site, enter
 
 IPAD = "iPad"
@@ -21,7 +22,7 @@ NOT_UNPACKED = "Helper update not installed.\n\nThe downloaded file could not be
 
 
 class InstalledStage(ReaderStage):
-    """The site offers a build that cannot be unpacked."""
+    """The site has a newer build, which cannot be unpacked."""
 
     site = None
 
@@ -30,15 +31,18 @@ class InstalledStage(ReaderStage):
         shutil.rmtree(INSTALLED, ignore_errors=True)
         application(INSTALLED, BUILD)
         self.bundle = INSTALLED
-        self.site.version, self.site.archive = NEXT.encode(), b"<html>"
+        self.site.version, self.site.archive = BUILD.encode(), b"<html>"
         self.site.hold.set()
         self.site.requests.clear()
 
     def start_with_ipad(self):
-        """The program, its engine and a connected device."""
+        """The program, its engine and a connected device. The site has nothing new until the
+        program has looked there by itself."""
         start_discovery(self.desktop)
         self.start_with_engine()
         self.connect_ipad(IPAD)
+        wait_until(lambda: self.site.requests_for("version.txt"), "the first look for updates")
+        self.site.version = NEXT.encode()
 
     def answer_question(self, how, picture=None):
         text = self.answer(QUESTION, BUTTONS, how, picture)

@@ -146,9 +146,10 @@ class Site:
             protocol_version = "HTTP/1.1"
 
             def do_GET(self):
+                version = site.version  # as it is before anybody knows of this request
                 site.requests.append(self.path)
                 if "/version.txt?t=" in self.path:
-                    self.answer(200, site.version)
+                    self.answer(200, version)
                 elif "/Torvane-P2P-Mac.zip?t=" in self.path:
                     self.answer(site.status, site.archive, site.cut, site.hold)
                 else:
