@@ -33,9 +33,9 @@ void BridgeDelegate::inkTick() {
       });
 }
 
-// The answer to the question that is about to be asked that changes nothing: it can wait for the
-// next tick, which spares the processor most of what polling costs while nobody draws. None while
-// every answer moves the fade of the laser dot on.
+// What changes nothing if it is the answer to the question that is about to be asked: it can wait
+// for the next tick, so that the main thread wakes up once per poll, not twice, while nobody draws.
+// None while every answer moves the fade of the laser dot on.
 std::optional<InkAnswer> BridgeDelegate::quietAnswer() const {
   if (overlayView.showsLaser(platform_.clock.mediaTime())) return std::nullopt;
   const bool isShown = overlay && overlay->isVisible();
