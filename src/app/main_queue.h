@@ -14,7 +14,8 @@ class MainQueue {
   virtual void async(std::function<void()> work) = 0;
 
   // Likewise, for what nobody waits for: the thread is not woken for it. The work runs when the
-  // thread is awake the next time, before a timer's work and before what is queued later.
+  // thread is awake the next time, before what is queued later, and before a timer's work unless
+  // other work waits. It must not show an alert.
   virtual void asyncWhenAwake(std::function<void()> work) = 0;
 
   // Runs work once on the main thread, `seconds` from now. Called on the main thread.

@@ -89,6 +89,25 @@ TEST(QtMainQueueTest, RunsWhatCouldWaitBeforeTimersAndLaterWork) {
   EXPECT_EQ(log, (std::vector<std::string>{"first", "timer", "second", "later"}));
 }
 
+TEST(QtMainQueueTest, TimersGoOnInTheNestedLoopOfWorkThatWasDueWithThem) {
+  QtMainQueue queue;
+  QEventLoop nested;
+  int ticks = 0;
+  bool isOver = false;
+  queue.every(0.01, [&] {
+    if (nested.isRunning() && ++ticks == 3) nested.quit();
+  });
+  queue.async([&] {
+    QTimer::singleShot(30000, &nested, &QEventLoop::quit);  // else it might never end
+    nested.exec();
+    isOver = true;
+  });
+  queue.asyncWhenAwake([] {});
+  queue.block(0.03);
+  ASSERT_TRUE(runEventsUntil([&] { return isOver; }));
+  EXPECT_EQ(ticks, 3);
+}
+
 TEST(QtMainQueueTest, WorkGoesOnInANestedLoop) {
   QtMainQueue queue;
   std::vector<std::string> log;

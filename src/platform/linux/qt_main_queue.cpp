@@ -60,23 +60,30 @@ void QtMainQueue::runSome() {
   } while (turn.elapsed() < kLongestTurnMilliseconds);
 }
 
-// The work of a timer.
-std::function<void()> QtMainQueue::afterWhatWaits(std::function<void()> work) {
+// What waits for the thread to be awake; nothing while work that wakes it is among it. That may
+// show an alert, and a timer in whose slot it did so would not fire until the alert is answered.
+std::deque<std::function<void()>> QtMainQueue::takeWhatRests() {
+  const std::lock_guard lock(mutex_);
+  if (isReadable_) return {};
+  return std::exchange(waiting_, {});
+}
+
+std::function<void()> QtMainQueue::behindWhatRests(std::function<void()> work) {
   return [this, work = std::move(work)] {
-    runSome();
+    for (const auto& each : takeWhatRests()) each();
     work();
   };
 }
 
 void QtMainQueue::after(double seconds, std::function<void()> work) {
   QTimer::singleShot(milliseconds(seconds), Qt::PreciseTimer, &timers_,
-                     afterWhatWaits(std::move(work)));
+                     behindWhatRests(std::move(work)));
 }
 
 void QtMainQueue::every(double seconds, std::function<void()> work) {
   auto* timer = new QTimer(&timers_);
   timer->setTimerType(Qt::PreciseTimer);
-  QObject::connect(timer, &QTimer::timeout, &timers_, afterWhatWaits(std::move(work)));
+  QObject::connect(timer, &QTimer::timeout, &timers_, behindWhatRests(std::move(work)));
   timer->start(milliseconds(seconds));
 }
 

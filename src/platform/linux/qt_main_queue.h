@@ -32,7 +32,8 @@ class QtMainQueue final : public MainQueue {
   [[nodiscard]] bool isCurrent() const override;
 
  private:
-  [[nodiscard]] std::function<void()> afterWhatWaits(std::function<void()> work);
+  [[nodiscard]] std::function<void()> behindWhatRests(std::function<void()> work);
+  std::deque<std::function<void()>> takeWhatRests();
   void runSome();
   std::function<void()> takeFirst();  // empty when nothing waits
 
