@@ -97,13 +97,13 @@ TEST(QtMainQueueTest, TimersGoOnInTheNestedLoopOfWorkThatWasDueWithThem) {
   queue.every(0.01, [&] {
     if (nested.isRunning() && ++ticks == 3) nested.quit();
   });
-  queue.async([&] {
-    QTimer::singleShot(30000, &nested, &QEventLoop::quit);  // else it might never end
+  const auto nestedWork = [&] {
+    QTimer::singleShot(10000, &nested, &QEventLoop::quit);  // else it might never end
     nested.exec();
     isOver = true;
-  });
-  queue.asyncWhenAwake([] {});
-  queue.block(0.03);
+  };
+  queue.after(0.005, [&] { queue.async(nestedWork); });
+  queue.block(0.03);  // both timers are due in one turn
   ASSERT_TRUE(runEventsUntil([&] { return isOver; }));
   EXPECT_EQ(ticks, 3);
 }
