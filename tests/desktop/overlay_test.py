@@ -16,7 +16,7 @@ from helper_program import require_free_engine_port  # noqa: E402
 from ink_stage import INK, LINE, InkStage  # noqa: E402
 from private_desktop import (  # noqa: E402
     HEIGHT, OPENBOX, PICOM, WIDTH, PrivateDesktop, end, skip_where_incomplete, wait_until)
-from slide_show import SHOW, start_show  # noqa: E402
+from slide_show import COVER, SHOW, start_show  # noqa: E402
 
 # Window manager, compositor, further environment of the helper
 DESKTOPS = {
@@ -30,6 +30,7 @@ BUILD = PICTURES = NAME = None
 
 # On 1280 x 800 the slide is 1280 x 720, 40 from the top; its lines are 6.4 wide.
 SCREEN = (0, 0, WIDTH, HEIGHT)
+MIDDLE = (100, 100, WIDTH - 100, HEIGHT - 100)
 LINE_INSIDE = (256, 398, 1024, 402)
 LINE_AND_EDGE = (252, 396, 1028, 404)
 ON_LINE = (640, 400)
@@ -62,6 +63,11 @@ class OverlayTest(unittest.TestCase):
         return self.stage.wait_for(
             lambda screen: screen.is_all(INK, LINE_INSIDE), "ink over the show")
 
+    def wait_for_line_alone(self):
+        self.stage.wait_for(
+            lambda screen: screen.is_all(INK, LINE_INSIDE)
+            and screen.is_all_around(SHOW, LINE_AND_EDGE), "ink over the show")
+
     def wait_for_bare_show(self):
         self.stage.wait_for(lambda screen: screen.is_all(SHOW, SCREEN), "nothing but the show")
 
@@ -83,6 +89,17 @@ class OverlayTest(unittest.TestCase):
         self.draw_line()
         self.show.ask("raise")
         self.stage.wait_for(lambda screen: screen.is_all(INK, LINE_INSIDE), "ink once more")
+
+    @only_on("openbox", "bare", "xfwm4", "metacity")
+    def test_comes_back_above_a_window_of_its_own_kind(self):
+        self.draw_line()
+        for _ in range(2):
+            self.show.ask("cover")
+            self.stage.wait_for(
+                lambda screen: screen.is_all(INK, LINE_INSIDE)
+                and screen.is_all_around(COVER, LINE_AND_EDGE, MIDDLE), "ink over that window")
+            self.show.ask("uncover")
+        self.wait_for_line_alone()
 
     @only_on("openbox", "bare")
     def test_takes_off_what_is_deleted(self):
@@ -129,14 +146,11 @@ class OverlayTest(unittest.TestCase):
 
     @only_on("openbox")
     def test_follows_the_compositor_as_it_ends_and_begins(self):
-        def is_right(screen):
-            return screen.is_all(INK, LINE_INSIDE) and screen.is_all_around(SHOW, LINE_AND_EDGE)
-
         self.draw_line()
         end(self.compositor)
-        self.stage.wait_for(is_right, "ink without a compositor")
+        self.wait_for_line_alone()
         type(self).compositor = self.desktop.start_compositor(PICOM)
-        self.stage.wait_for(is_right, "ink with a compositor again")
+        self.wait_for_line_alone()
         wait_until(lambda: "No window shape" in self.desktop.run(
             "xwininfo", "-shape", "-id", str(self.stage.overlay_window())), "a whole window")
         self.stage.send(*SECOND_LINE)

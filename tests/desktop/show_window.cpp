@@ -5,6 +5,8 @@
 //
 //   picture FILE   shows the picture as slides are shown: as large as fits, black around it
 //   raise          puts itself in front of all other windows
+//   cover          opens a window over its middle that the window manager has no say in
+//   uncover        closes that
 //   end            goes, as the window of a show does that ends
 
 #include <sys/prctl.h>
@@ -30,6 +32,8 @@ class Show final : public QWidget {
       raise();
       activateWindow();
     }
+    if (command == "cover") cover();
+    if (command == "uncover") cover_.hide();
     if (command == "end") hide();
   }
 
@@ -59,7 +63,15 @@ class Show final : public QWidget {
     repaint();
   }
 
+  void cover() {
+    cover_.setPalette(QColor(0, 40, 140));
+    cover_.setGeometry(geometry().adjusted(100, 100, -100, -100));
+    cover_.show();
+    cover_.raise();
+  }
+
   QImage slide_;
+  QWidget cover_{nullptr, Qt::FramelessWindowHint | Qt::BypassWindowManagerHint};
   bool isShown_ = false;
 };
 

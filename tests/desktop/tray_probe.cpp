@@ -11,6 +11,7 @@
 #include "platform/linux/qt_main_queue.h"
 #include "platform/linux/qt_status_item.h"
 #include "platform/linux/termination_signals.h"
+#include "platform/linux/x11_watch.h"
 
 namespace torvane {
 namespace {
@@ -71,7 +72,8 @@ int run(int argc, char** argv) {
   QApplication::setApplicationName("Torvane P2P Helper");
   QtApplication port;
   const TerminationSignals endingSignals([&] { port.terminate(); });
-  QtStatusBar bar;
+  const auto x11 = X11Watch::open();
+  QtStatusBar bar(x11.get());
   const auto item = bar.makeStatusItem();
   ProbeDelegate delegate(*item);
   item->setMenu(delegate);

@@ -27,6 +27,7 @@
 #include "platform/linux/system_clock.h"
 #include "platform/linux/termination_signals.h"
 #include "platform/linux/x11_session.h"
+#include "platform/linux/x11_watch.h"
 #include "platform/linux/xcb_window_server.h"
 #include "platform/linux/xdg_login_item.h"
 #include "platform/posix/posix_child_process.h"
@@ -57,7 +58,8 @@ struct LinuxPlatform {
   LinuxProcessInfo& processInfo;
   QtMainQueue mainQueue;
   QtApplication application;
-  QtStatusBar statusBar;
+  std::unique_ptr<X11Watch> x11Watch = X11Watch::open();
+  QtStatusBar statusBar{x11Watch.get()};
   QtAlerts alerts;
   ThreadBackgroundQueue backgroundQueue;
   SystemClock clock;
@@ -76,7 +78,7 @@ struct LinuxPlatform {
   std::unique_ptr<X11Session> x11 = X11Session::open();
   XcbWindowServer windowServer{x11.get()};
   QtScreens screens{x11.get()};
-  QtOverlaySurfaces overlaySurfaces{clock, x11.get()};
+  QtOverlaySurfaces overlaySurfaces{clock, x11Watch.get()};
   QtPictureDecoder pictures{largestScreen()};
 
   Platform ports{.application = application,

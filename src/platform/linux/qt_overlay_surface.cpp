@@ -1,14 +1,16 @@
 #include "platform/linux/qt_overlay_surface.h"
 
+#include <xcb/xcb.h>
+
 #include <QGuiApplication>
 #include <cstdio>
+#include <utility>
 
 #include "platform/linux/qt_screens.h"
 
 namespace torvane {
 namespace {
 
-constexpr int kInFrontMilliseconds = 500;
 constexpr int kCompositorStartMilliseconds = 2000;
 
 // Without a display there is nothing to stand in front of, and tests want their surfaces.
@@ -16,14 +18,26 @@ bool isOffscreen() {
   return QGuiApplication::platformName() == "offscreen";
 }
 
+// Qt sends what it asks of the X server when it has to wait for something, which may be long after.
+void flush() {
+  const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+  // Qt's platform without a screen has the interface, but no server behind it.
+  if (x11 != nullptr && x11->connection() != nullptr) xcb_flush(x11->connection());
+}
+
 }  // namespace
 
 QtOverlaySurface::QtOverlaySurface(const Rect& frame, OverlayView& content, const Clock& clock,
-                                   X11Session* session)
-    : content_(content), session_(session), widget_(content, clock) {
-  inFront_.setInterval(kInFrontMilliseconds);
-  QObject::connect(&inFront_, &QTimer::timeout, &widget_, [this] { keepInFront(); });
+                                   X11Watch* x11)
+    : content_(content), x11_(x11), widget_(content, clock) {
+  compositorStart_.setSingleShot(true);
+  compositorStart_.setInterval(kCompositorStartMilliseconds);
+  QObject::connect(&compositorStart_, &QTimer::timeout, &widget_, [this] { followCompositor(); });
   setFrame(frame);
+}
+
+QtOverlaySurface::~QtOverlaySurface() {
+  listen(false);
 }
 
 void QtOverlaySurface::setFrame(const Rect& frame) {
@@ -35,35 +49,47 @@ void QtOverlaySurface::setFrame(const Rect& frame) {
 void QtOverlaySurface::orderFrontRegardless() {
   followCompositor();
   widget_.show();
-  widget_.raise();
-  inFront_.start();
+  comeToFront();
+  listen(true);
 }
 
 void QtOverlaySurface::orderOut() {
-  inFront_.stop();
+  listen(false);
   widget_.hide();
   content_.discardLayer();
 }
 
+void QtOverlaySurface::listen(bool toScreenChanges) {
+  if (!x11_) return;
+  std::function<void()> onChange;
+  if (toScreenChanges) {
+    onChange = [this] {
+      followCompositor();
+      comeToFront();
+    };
+  }
+  x11_->onScreenChange(std::move(onChange));
+}
+
 // Displays come and go, and take windows with them.
-void QtOverlaySurface::keepInFront() {
-  followCompositor();
+void QtOverlaySurface::comeToFront() {
   const QRect wanted = QtScreens::geometryOf(frame_);
   if (widget_.geometry() != wanted) widget_.setGeometry(wanted);
   widget_.raise();
+  flush();
 }
 
 // A compositor that is only just starting can miss that the window loses its shape, and would cut
 // off all other ink from then on.
 void QtOverlaySurface::followCompositor() {
-  const bool hasCompositor = !session_ || session_->hasCompositor();
-  if (!hasCompositor) compositorStart_.setRemainingTime(kCompositorStartMilliseconds);
-  widget_.setTranslucent(hasCompositor && compositorStart_.hasExpired());
+  const bool hasCompositor = !x11_ || x11_->hasCompositor();
+  if (hasCompositor && !hadCompositor_) compositorStart_.start();
+  hadCompositor_ = hasCompositor;
+  widget_.setTranslucent(hasCompositor && !compositorStart_.isActive());
 }
 
-QtOverlaySurfaces::QtOverlaySurfaces(const Clock& clock, X11Session* session)
-    : clock_(clock), session_(session) {
-  if (session_ || isOffscreen()) return;
+QtOverlaySurfaces::QtOverlaySurfaces(const Clock& clock, X11Watch* x11) : clock_(clock), x11_(x11) {
+  if (x11_ || isOffscreen()) return;
   std::fputs(
       "Torvane P2P Helper: ink will not be shown over slide shows, because this session has no X "
       "server (XWayland) to show it with.\n",
@@ -72,8 +98,8 @@ QtOverlaySurfaces::QtOverlaySurfaces(const Clock& clock, X11Session* session)
 
 std::unique_ptr<OverlaySurface> QtOverlaySurfaces::makeOverlaySurface(const Rect& frame,
                                                                       OverlayView& content) {
-  if (!session_ && !isOffscreen()) return nullptr;
-  return std::make_unique<QtOverlaySurface>(frame, content, clock_, session_);
+  if (!x11_ && !isOffscreen()) return nullptr;
+  return std::make_unique<QtOverlaySurface>(frame, content, clock_, x11_);
 }
 
 }  // namespace torvane

@@ -1,22 +1,24 @@
 #pragma once
 
-#include <QDeadlineTimer>
 #include <QTimer>
 #include <memory>
 
 #include "app/clock.h"
 #include "ink/overlay_surface.h"
 #include "platform/linux/overlay_widget.h"
-#include "platform/linux/x11_session.h"
+#include "platform/linux/x11_watch.h"
 
 namespace torvane {
 
 // A window that the window manager does not manage: the only kind that stays above a full-screen
-// window under all of them. While it is shown it puts itself in front twice a second.
+// window under all of them. While it is shown it comes back to the front when another window has
+// gone there.
 class QtOverlaySurface final : public OverlaySurface {
  public:
-  QtOverlaySurface(const Rect& frame, OverlayView& content, const Clock& clock,
-                   X11Session* session);
+  QtOverlaySurface(const Rect& frame, OverlayView& content, const Clock& clock, X11Watch* x11);
+  ~QtOverlaySurface() override;
+  QtOverlaySurface(const QtOverlaySurface&) = delete;
+  QtOverlaySurface& operator=(const QtOverlaySurface&) = delete;
 
   [[nodiscard]] Rect frame() const override { return frame_; }
   void setFrame(const Rect& frame) override;
@@ -25,29 +27,30 @@ class QtOverlaySurface final : public OverlaySurface {
   void orderOut() override;
 
  private:
-  void keepInFront();
+  void listen(bool toScreenChanges);
+  void comeToFront();
   void followCompositor();
 
   Rect frame_;
   OverlayView& content_;
-  X11Session* session_;
+  X11Watch* x11_;
   OverlayWidget widget_;
-  QTimer inFront_;
-  QDeadlineTimer compositorStart_;  // expired where there was one from the beginning
+  bool hadCompositor_ = true;
+  QTimer compositorStart_;  // runs for a while after one has come
 };
 
 class QtOverlaySurfaces final : public OverlaySurfaces {
  public:
-  // `session` is null where there is no X server: said once on standard error, and no surfaces
-  // are made then.
-  QtOverlaySurfaces(const Clock& clock, X11Session* session);
+  // `x11` is null where there is no X server: said once on standard error, and no surfaces are made
+  // then.
+  QtOverlaySurfaces(const Clock& clock, X11Watch* x11);
 
   [[nodiscard]] std::unique_ptr<OverlaySurface> makeOverlaySurface(const Rect& frame,
                                                                    OverlayView& content) override;
 
  private:
   const Clock& clock_;
-  X11Session* session_;
+  X11Watch* x11_;
 };
 
 }  // namespace torvane

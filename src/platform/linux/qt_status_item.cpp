@@ -13,10 +13,9 @@
 namespace torvane {
 namespace {
 
-// Between two looks for a tray
+// Between two looks for a tray; later only for panels that do not say when they come and go
 constexpr std::chrono::milliseconds kWhileAwaited{500};
-constexpr std::chrono::milliseconds kWhileStandingIn{2000};
-constexpr std::chrono::milliseconds kWhilePresent{5000};
+constexpr std::chrono::milliseconds kLater{5000};
 
 constexpr std::chrono::milliseconds kPatience{5000};  // a panel may start after its programs
 
@@ -38,9 +37,9 @@ class QtStatusItem::PaletteListener final : public QObject {
   std::function<void()> onChange_;
 };
 
-QtStatusItem::QtStatusItem()
+QtStatusItem::QtStatusItem(X11Watch* x11)
     : paletteListener_(std::make_unique<PaletteListener>([this] { showIcon(); })),
-      presence_([this](bool isPresent) { trayWasLookedFor(isPresent); }) {
+      presence_(x11, [this](bool isPresent) { trayWasLookedFor(isPresent); }) {
   QObject::connect(&trayTimer_, &QTimer::timeout, &trayTimer_, [this] { presence_.ask(); });
   trayTimer_.start(kWhileAwaited);
   presence_.ask();
@@ -53,12 +52,12 @@ void QtStatusItem::trayWasLookedFor(bool isPresent) {
   withoutTray_.invalidate();
   if (std::exchange(isStandingIn_, false)) standIn_.hide();
   if (!tray_) putIntoTray();
-  trayTimer_.setInterval(kWhilePresent);
+  trayTimer_.setInterval(kLater);
 }
 
 // Once: a window that its user has closed stays closed.
 void QtStatusItem::standInForTray() {
-  trayTimer_.setInterval(isStandingIn_ ? kWhileStandingIn : kWhileAwaited);
+  trayTimer_.setInterval(isStandingIn_ ? kLater : kWhileAwaited);
   if (!withoutTray_.isValid()) withoutTray_.start();
   if (isStandingIn_ || !withoutTray_.hasExpired(kPatience.count())) return;
   isStandingIn_ = true;
@@ -103,7 +102,7 @@ void QtStatusItem::openAtPointer(QSystemTrayIcon::ActivationReason reason) {
 }
 
 std::unique_ptr<StatusItem> QtStatusBar::makeStatusItem() {
-  auto item = std::make_unique<QtStatusItem>();
+  auto item = std::make_unique<QtStatusItem>(x11_);
   window_ = &item->standIn();
   return item;
 }

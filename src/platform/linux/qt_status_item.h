@@ -21,7 +21,7 @@ namespace torvane {
 // seconds gets a small window with the same menu instead, for as long as that lasts.
 class QtStatusItem final : public StatusItem {
  public:
-  QtStatusItem();
+  explicit QtStatusItem(X11Watch* x11);  // null where there is no X server
   ~QtStatusItem() override;
   QtStatusItem(const QtStatusItem&) = delete;
   QtStatusItem& operator=(const QtStatusItem&) = delete;
@@ -54,12 +54,15 @@ class QtStatusItem final : public StatusItem {
 
 class QtStatusBar final : public StatusBar {
  public:
+  explicit QtStatusBar(X11Watch* x11) : x11_(x11) {}
+
   [[nodiscard]] std::unique_ptr<StatusItem> makeStatusItem() override;
 
   // Brings up the window with the menu, tray or not: the user has started the program once more.
   void showWindow();
 
  private:
+  X11Watch* x11_;
   QPointer<StandInWindow> window_;  // of the item made last
 };
 

@@ -1,8 +1,12 @@
 #pragma once
 
 #include <QDBusPendingCallWatcher>
+#include <QDBusServiceWatcher>
+#include <QTimer>
 #include <functional>
 #include <memory>
+
+#include "platform/linux/x11_watch.h"
 
 namespace torvane {
 
@@ -10,16 +14,26 @@ namespace torvane {
 // tray on the X display. Never starts one.
 class TrayPresence {
  public:
-  explicit TrayPresence(std::function<void(bool isPresent)> onAnswer);
+  // `x11` is null where there is no X server. The answer is given whenever a panel says that it
+  // comes or goes, too.
+  TrayPresence(X11Watch* x11, std::function<void(bool isPresent)> onAnswer);
+  ~TrayPresence();
+  TrayPresence(const TrayPresence&) = delete;
+  TrayPresence& operator=(const TrayPresence&) = delete;
 
   // Answers from the event loop when a panel has to be asked, else at once; by and by in any case,
   // for a panel that hangs counts as none. A question while another waits is that one.
   void ask();
 
  private:
+  [[nodiscard]] bool hasXEmbedTray() const { return x11_ != nullptr && x11_->hasTray(); }
+  void listenToPanels();
   void askStatusNotifierHost();
 
+  X11Watch* x11_;
   std::function<void(bool)> onAnswer_;
+  QDBusServiceWatcher watcherService_;
+  QTimer soon_;
   std::unique_ptr<QDBusPendingCallWatcher> waiting_;
 };
 

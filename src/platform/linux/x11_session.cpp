@@ -8,7 +8,6 @@
 #include <fstream>
 #include <utility>
 
-#include "platform/linux/compositor_watch.h"
 #include "platform/linux/xcb_reply.h"
 
 namespace torvane {
@@ -32,7 +31,6 @@ struct X11Session::Connection {
   int screen = 0;
   bool hasAtoms = false;
   xcb_ewmh_connection_t ewmh = {};
-  std::optional<CompositorWatch> compositorWatch;
 };
 
 namespace {
@@ -137,9 +135,6 @@ std::unique_ptr<X11Session> X11Session::open() {
   const auto atoms = xcb_ewmh_init_atoms(connection->xcb, &connection->ewmh);
   connection->hasAtoms = xcb_ewmh_init_atoms_replies(&connection->ewmh, atoms, nullptr);
   if (!connection->hasAtoms) return nullptr;
-  connection->compositorWatch.emplace(connection->xcb,
-                                      connection->ewmh.screens[connection->screen]->root,
-                                      connection->ewmh._NET_WM_CM_Sn[connection->screen]);
   return std::unique_ptr<X11Session>(new X11Session(std::move(connection)));
 }
 
@@ -168,10 +163,6 @@ std::optional<QRect> X11Session::activeWindow() {
   const auto answer = question.answer();
   if (!answer) return std::nullopt;
   return answer->pixels;
-}
-
-bool X11Session::hasCompositor() {
-  return connection_->compositorWatch->hasCompositor();
 }
 
 }  // namespace torvane

@@ -32,9 +32,6 @@ class X11Session {
   // Where the window with the keyboard focus is.
   [[nodiscard]] std::optional<QRect> activeWindow();
 
-  // Whether windows can be translucent now.
-  [[nodiscard]] bool hasCompositor();
-
  private:
   struct Connection;
   explicit X11Session(std::unique_ptr<Connection> connection);

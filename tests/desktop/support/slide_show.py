@@ -5,6 +5,7 @@ import subprocess
 from private_desktop import DesktopError
 
 SHOW = (0, 120, 60)  # the colour of a show without a picture
+COVER = (0, 40, 140)  # of what covers it
 
 
 class Told:
