@@ -59,6 +59,14 @@ TEST_F(CurlHttpPinTest, AnotherAddressIsRefusedWithoutALookUp) {
   EXPECT_EQ(engine.connections() + bystander.connections(), 0);
 }
 
+TEST_F(CurlHttpPinTest, AnAddressThatWasRightForOneEndpointIsWrongForAnother) {
+  HttpRequest request = to(engine);
+  EXPECT_EQ(bodyOf(fetch(request)), "engine");
+  request.onlyEndpoint->port = bystander.port();
+  EXPECT_TRUE(isRefused(fetch(request)));
+  EXPECT_EQ(bodyOf(fetch(to(engine))), "engine");
+}
+
 TEST_F(CurlHttpPinTest, TheErrorNamesTheEndpoint) {
   HttpRequest request = to(engine);
   request.url = "http://evil.example/";
@@ -176,6 +184,15 @@ TEST_F(CurlHttpRedirectTest, FollowsARedirect) {
   EXPECT_EQ(statusOf(result), 200);
   EXPECT_EQ(result.response->contentType, "t/t");
   EXPECT_TRUE(target.requests().front().starts_with("GET /there "));
+}
+
+TEST_F(CurlHttpRedirectTest, TheNextRequestStartsWhereTheFirstDid) {
+  Server target(Server::answering(httpAnswer("target")));
+  Server server(
+      Server::answering(httpAnswer("", "Location: " + target.url("/there") + "\r\n", "302 Found")));
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(bodyOf(fetch(freely(server.url("/here")))), "target");
+  EXPECT_EQ(server.requests().size(), 3U);
+  EXPECT_EQ(target.requests().size(), 3U);
 }
 
 TEST_F(CurlHttpRedirectTest, GivesUpAfterTenRedirects) {

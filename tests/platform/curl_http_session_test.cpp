@@ -233,6 +233,17 @@ TEST_F(CurlHttpSessionTest, NothingOfARequestIsLeftForTheNext) {
                 "\r\nAccept: */*\r\n\r\n");
 }
 
+TEST_F(CurlHttpSessionTest, AddressesOfEveryLengthFollowEachOther) {
+  Server server(Server::answering(httpAnswer("x")));
+  const std::string longPath = "/" + std::string(5000, 'a');
+  for (const std::string& path : {"/a" + longPath, std::string("/a"), std::string("/a"), longPath,
+                                  longPath, std::string("/b")}) {
+    fetch(to(server, path));
+    EXPECT_TRUE(server.requests().back().starts_with("GET " + path + " "));
+  }
+  EXPECT_EQ(server.requests().size(), 6U);
+}
+
 TEST_F(CurlHttpSessionTest, RequestsOfEveryKindFollowEachOther) {
   Server server(Server::answering(httpAnswer("x")));
   const auto sent = [&](const char* method, const char* body, const char* path) {

@@ -56,6 +56,13 @@ class CurlTransfer {
   HttpCompletion release();
 
  private:
+  struct Target {
+    std::string url;
+    std::optional<HttpEndpoint> onlyEndpoint;
+
+    bool operator==(const Target&) const = default;
+  };
+
   // What a request without a body has the handle set to, but for its URL.
   struct Setup {
     std::string method;
@@ -64,8 +71,9 @@ class CurlTransfer {
     bool operator==(const Setup&) const = default;
   };
 
-  void setUp(bool isSecure);
-  void setTarget(bool isSecure);
+  std::optional<std::string> aim();  // a text when the request must not go there
+  void setUp();
+  void setTarget();
   void setMessage();
   void setHeaders();
   void setCallbacks();
@@ -89,7 +97,9 @@ class CurlTransfer {
   std::array<char, CURL_ERROR_SIZE> errorText_{};
 
   HttpJob job_;
+  Target target_;  // what url_ was made of
   CurlUrl url_;
+  bool isSecure_ = false;
   Bytes body_;
   std::unique_ptr<BodyFile> file_;  // where the body goes instead
   std::uint64_t received_ = 0;      // bytes of the body
