@@ -98,6 +98,8 @@ class UpdateTest(unittest.TestCase):
             "helper", [os.path.join(INSTALLED, "bin/torvane-p2p-helper")])
         self.item = self.next_item()
         self.addCleanup(end, self.helper)
+        # What runs on finds its files while the copy is moved; what starts just then does not.
+        wait_until(engine_listens, "the engine")
 
     def next_item(self):
         service = self.watcher.stdout.readline().strip()
