@@ -67,6 +67,14 @@ TEST_F(CurlHttpPinTest, AnAddressThatWasRightForOneEndpointIsWrongForAnother) {
   EXPECT_EQ(bodyOf(fetch(to(engine))), "engine");
 }
 
+TEST_F(CurlHttpPinTest, AnAddressThatMayNameAUserMayNotWhenItIsPinned) {
+  HttpRequest request;
+  request.url = "http://user@127.0.0.1:" + std::to_string(engine.port()) + "/";
+  EXPECT_EQ(bodyOf(fetch(request)), "engine");
+  request.onlyEndpoint = to(engine).onlyEndpoint;
+  EXPECT_TRUE(isRefused(fetch(request)));
+}
+
 TEST_F(CurlHttpPinTest, TheErrorNamesTheEndpoint) {
   HttpRequest request = to(engine);
   request.url = "http://evil.example/";

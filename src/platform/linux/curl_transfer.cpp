@@ -67,12 +67,13 @@ std::optional<std::string> CurlTransfer::prepare(HttpJob job) {
 // A request like the one before needs neither this nor what follows: polling the engine would spend
 // a sixth of its time on them.
 std::optional<std::string> CurlTransfer::aim() {
-  Target target{job_.request.url, job_.request.onlyEndpoint};
-  if (url_ && target == target_) return std::nullopt;
-  ParsedUrl parsed = parseUrl(target.url, target.onlyEndpoint);
+  const HttpRequest& request = job_.request;
+  const bool isAsBefore = url_ && request.url == target_.url;
+  if (isAsBefore && request.onlyEndpoint == target_.onlyEndpoint) return std::nullopt;
+  ParsedUrl parsed = parseUrl(request.url, request.onlyEndpoint);
   url_ = std::move(parsed.url);
   if (!url_) return std::move(parsed.problem);
-  target_ = std::move(target);
+  target_ = {request.url, request.onlyEndpoint};
   isSecure_ = parsed.isSecure;
   return std::nullopt;
 }

@@ -52,15 +52,13 @@ class CurlTransfer {
   [[nodiscard]] HttpResult result(CURLcode code);
   [[nodiscard]] HttpResult failure(std::string error);
 
-  // Drops the job and all it held.
+  // Drops the job and all it held, but for its address, which the next one may share.
   HttpCompletion release();
 
  private:
   struct Target {
     std::string url;
     std::optional<HttpEndpoint> onlyEndpoint;
-
-    bool operator==(const Target&) const = default;
   };
 
   // What a request without a body has the handle set to, but for its URL.
