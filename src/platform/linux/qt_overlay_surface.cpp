@@ -3,6 +3,7 @@
 #include <xcb/xcb.h>
 
 #include <QGuiApplication>
+#include <QScreen>
 #include <cstdio>
 #include <utility>
 
@@ -33,6 +34,7 @@ QtOverlaySurface::QtOverlaySurface(const Rect& frame, OverlayView& content, cons
   compositorStart_.setSingleShot(true);
   compositorStart_.setInterval(kCompositorStartMilliseconds);
   QObject::connect(&compositorStart_, &QTimer::timeout, &widget_, [this] { followCompositor(); });
+  followScreens();
   setFrame(frame);
 }
 
@@ -47,14 +49,16 @@ void QtOverlaySurface::setFrame(const Rect& frame) {
 }
 
 void QtOverlaySurface::orderFrontRegardless() {
+  listen(true);
   followCompositor();
   widget_.show();
   comeToFront();
-  listen(true);
 }
 
 void QtOverlaySurface::orderOut() {
   listen(false);
+  hadCompositor_ = true;  // one that comes meanwhile has time to start
+  compositorStart_.stop();
   widget_.hide();
   content_.discardLayer();
 }
@@ -72,6 +76,17 @@ void QtOverlaySurface::listen(bool toScreenChanges) {
 }
 
 // Displays come and go, and take windows with them.
+void QtOverlaySurface::followScreens() {
+  const auto follow = [this] {
+    if (isVisible()) comeToFront();
+  };
+  QObject::connect(qGuiApp, &QGuiApplication::primaryScreenChanged, &widget_, follow,
+                   Qt::QueuedConnection);
+  QObject::connect(qGuiApp, &QGuiApplication::screenRemoved, &widget_, follow,
+                   Qt::QueuedConnection);
+  QObject::connect(qGuiApp, &QGuiApplication::screenAdded, &widget_, follow, Qt::QueuedConnection);
+}
+
 void QtOverlaySurface::comeToFront() {
   const QRect wanted = QtScreens::geometryOf(frame_);
   if (widget_.geometry() != wanted) widget_.setGeometry(wanted);

@@ -28,6 +28,7 @@ class QtOverlaySurface final : public OverlaySurface {
 
  private:
   void listen(bool toScreenChanges);
+  void followScreens();
   void comeToFront();
   void followCompositor();
 

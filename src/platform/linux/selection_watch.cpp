@@ -46,8 +46,13 @@ void SelectionWatch::ask() {
   hasOwner_ = answer && answer->owner != XCB_WINDOW_NONE;
 }
 
+bool SelectionWatch::hasOwner() {
+  if (changed_ == 0) ask();
+  return hasOwner_;
+}
+
 bool SelectionWatch::take(const xcb_generic_event_t& event) {
-  if (changed_ == 0 || (event.response_type & 0x7f) != changed_) return false;  // without the top
+  if (changed_ == 0 || (event.response_type & 0x7f) != changed_) return false;
   const auto& change = reinterpret_cast<const xcb_xfixes_selection_notify_event_t&>(event);
   if (change.selection != selection_) return false;
   hasOwner_ = change.owner != XCB_WINDOW_NONE;

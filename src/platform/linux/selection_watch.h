@@ -14,7 +14,7 @@ class SelectionWatch {
  public:
   SelectionWatch(xcb_connection_t* connection, xcb_window_t root, std::string_view selection);
 
-  [[nodiscard]] bool hasOwner() const { return hasOwner_; }
+  [[nodiscard]] bool hasOwner();
 
   // Whether an event of the connection is about the owner, who is known then.
   bool take(const xcb_generic_event_t& event);

@@ -4,6 +4,7 @@
 #include <QDBusMessage>
 #include <QDBusPendingReply>
 #include <QDBusVariant>
+#include <QGuiApplication>
 #include <utility>
 
 namespace torvane {
@@ -12,14 +13,17 @@ namespace {
 constexpr const char* kWatcher = "org.kde.StatusNotifierWatcher";
 constexpr const char* kWatcherPath = "/StatusNotifierWatcher";
 constexpr int kPatienceMilliseconds = 2000;
+// A panel that is just coming says so before it is ready, and may be of both kinds.
+constexpr int kSettlingMilliseconds = 500;
 
 }  // namespace
 
 TrayPresence::TrayPresence(X11Watch* x11, std::function<void(bool)> onAnswer)
     : x11_(x11), onAnswer_(std::move(onAnswer)) {
   soon_.setSingleShot(true);
+  soon_.setInterval(kSettlingMilliseconds);
   QObject::connect(&soon_, &QTimer::timeout, &soon_, [this] { ask(); });
-  if (x11_) x11_->onTrayChange([this] { ask(); });
+  if (x11_) x11_->onTrayChange([this] { soon_.start(); });
   listenToPanels();
 }
 
@@ -41,8 +45,14 @@ void TrayPresence::listenToPanels() {
   }
 }
 
+// Qt puts icons into such a tray only when it is on X itself.
+bool TrayPresence::hasXEmbedTray() {
+  return x11_ != nullptr && QGuiApplication::platformName() == "xcb" && x11_->hasTray();
+}
+
 void TrayPresence::ask() {
   if (hasXEmbedTray()) return onAnswer_(true);
+  isToAskAgain_ = waiting_ != nullptr;
   if (!waiting_) askStatusNotifierHost();
 }
 
@@ -60,6 +70,7 @@ void TrayPresence::askStatusNotifierHost() {
     const QDBusPendingReply<QDBusVariant> answer = *waiting_;
     waiting_.release()->deleteLater();  // it is the one that calls here
     onAnswer_(hasXEmbedTray() || (answer.isValid() && answer.value().variant().toBool()));
+    if (isToAskAgain_) ask();
   });
 }
 

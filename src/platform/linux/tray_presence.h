@@ -14,19 +14,19 @@ namespace torvane {
 // tray on the X display. Never starts one.
 class TrayPresence {
  public:
-  // `x11` is null where there is no X server. The answer is given whenever a panel says that it
-  // comes or goes, too.
+  // `x11` is null where there is no X server. The answer is given soon after a panel has said that
+  // it comes or goes, too.
   TrayPresence(X11Watch* x11, std::function<void(bool isPresent)> onAnswer);
   ~TrayPresence();
   TrayPresence(const TrayPresence&) = delete;
   TrayPresence& operator=(const TrayPresence&) = delete;
 
   // Answers from the event loop when a panel has to be asked, else at once; by and by in any case,
-  // for a panel that hangs counts as none. A question while another waits is that one.
+  // for a panel that hangs counts as none. A question while another waits comes after that.
   void ask();
 
  private:
-  [[nodiscard]] bool hasXEmbedTray() const { return x11_ != nullptr && x11_->hasTray(); }
+  [[nodiscard]] bool hasXEmbedTray();
   void listenToPanels();
   void askStatusNotifierHost();
 
@@ -35,6 +35,7 @@ class TrayPresence {
   QDBusServiceWatcher watcherService_;
   QTimer soon_;
   std::unique_ptr<QDBusPendingCallWatcher> waiting_;
+  bool isToAskAgain_ = false;
 };
 
 }  // namespace torvane

@@ -140,6 +140,9 @@ std::unique_ptr<X11Session> X11Session::open() {
 
 std::optional<std::vector<X11Window>> X11Session::windows() {
   auto& ewmh = connection_->ewmh;
+  // Every client is told when the keyboard changes; nobody else takes that from here.
+  while (XcbReply<xcb_generic_event_t>{xcb_poll_for_event(ewmh.connection)}) {
+  }
   const auto list = windowList(ewmh, connection_->screen);
   if (!list) return std::nullopt;
   std::vector<WindowQuestions> questions;

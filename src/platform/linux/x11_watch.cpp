@@ -16,6 +16,11 @@ xcb_window_t rootOf(xcb_connection_t* connection, int screen) {
   return each.data->root;
 }
 
+bool isAboutWindows(const xcb_generic_event_t& event) {
+  const int type = event.response_type & 0x7f;  // the top bit: from another client
+  return type >= XCB_CREATE_NOTIFY && type <= XCB_CIRCULATE_NOTIFY;
+}
+
 }  // namespace
 
 std::unique_ptr<X11Watch> X11Watch::open() {
@@ -38,25 +43,22 @@ X11Watch::X11Watch(xcb_connection_t* connection, int screen, xcb_window_t root)
   pause_.setSingleShot(true);
   pause_.setInterval(kPauseMilliseconds);
   QObject::connect(&pause_, &QTimer::timeout, &events_, [this] { takeEvents(); });
-  takeEventsSoon();
+  takeEvents();  // which libxcb may have read while it waited for answers
 }
 
 X11Watch::~X11Watch() {
+  events_.setEnabled(false);  // before its descriptor is somebody else's
   xcb_disconnect(connection_);
 }
 
 void X11Watch::onScreenChange(std::function<void()> onChange) {
+  const std::uint32_t wanted = onChange ? XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY : 0;
+  const auto request =
+      xcb_change_window_attributes_checked(connection_, root_, XCB_CW_EVENT_MASK, &wanted);
+  const XcbReply<xcb_generic_error_t> done(xcb_request_check(connection_, request));
+  onScreenChange_ = {};
+  takeEvents();  // which libxcb may have read while it waited, and which are no news by now
   onScreenChange_ = std::move(onChange);
-  const std::uint32_t wanted = onScreenChange_ ? XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY : 0;
-  xcb_change_window_attributes(connection_, root_, XCB_CW_EVENT_MASK, &wanted);
-  xcb_flush(connection_);
-  takeEventsSoon();
-}
-
-// What libxcb has read while it wrote or waited for an answer is on no descriptor.
-void X11Watch::takeEventsSoon() {
-  QMetaObject::invokeMethod(
-      &events_, [this] { takeEvents(); }, Qt::QueuedConnection);
 }
 
 void X11Watch::takeEvents() {
@@ -64,8 +66,7 @@ void X11Watch::takeEvents() {
   while (const XcbReply<xcb_generic_event_t> event{xcb_poll_for_event(connection_)}) {
     if (tray_.take(*event)) {
       hasTrayChanged = true;
-    } else {
-      compositor_.take(*event);  // any other is about windows
+    } else if (compositor_.take(*event) || isAboutWindows(*event)) {
       hasScreenChanged = true;
     }
   }
