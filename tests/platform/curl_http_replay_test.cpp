@@ -7,6 +7,7 @@
 #include <fstream>
 
 #include "platform/curl_http_session_fixture.h"
+#include "support/folders.h"
 
 namespace torvane {
 namespace {
@@ -64,8 +65,7 @@ void readRecordedAnswers(const std::filesystem::path& file, std::vector<Recorded
 
 std::vector<RecordedAnswer> recordedAnswers() {
   std::vector<RecordedAnswer> answers;
-  const std::filesystem::path folder =
-      std::filesystem::path(TORVANE_VECTORS_DIR) / "llhttp/response";
+  const auto folder = vectorsFolder() / "llhttp/response";
   std::error_code none;
   for (const auto& entry : std::filesystem::directory_iterator(folder, none)) {
     if (entry.path().extension() == ".md") readRecordedAnswers(entry.path(), answers);

@@ -12,6 +12,7 @@
 #include "protocol/device_key.h"
 #include "protocol/p2p_authentication.h"
 #include "protocol/p2p_frame.h"
+#include "support/folders.h"
 #include "support/link_client.h"
 #include "support/websocket_frame.h"
 
@@ -30,7 +31,7 @@ constexpr const char* kChallenge = "5D0C1E52-6F4B-4E0C-9F5B-3A1D2C7E8B90";
 class PeerLinkExample : public ::testing::Test {
  protected:
   void SetUp() override {
-    std::ifstream file(TORVANE_SOURCE_DIR "/docs/peer-link.md");
+    std::ifstream file(sourceFolder() / "docs/peer-link.md");
     std::stringstream content;
     content << file.rdbuf();
     document = content.str();

@@ -8,6 +8,7 @@
 #include "protocol/device_key.h"
 #include "protocol/json.h"
 #include "protocol/p2p_authentication.h"
+#include "support/folders.h"
 #include "support/link_host.h"
 
 namespace torvane {
@@ -39,8 +40,8 @@ bool canRun() {
 }
 
 std::string command(const LinkHost& host, const std::string& more) {
-  return "/usr/bin/python3 '" TORVANE_SOURCE_DIR "/tests/platform/independent_client.py' --port " +
-         std::to_string(host.address.port) + more + " 2>&1";
+  return "/usr/bin/python3 '" + (sourceFolder() / "tests/platform/independent_client.py").string() +
+         "' --port " + std::to_string(host.address.port) + more + " 2>&1";
 }
 
 void reply(const LinkHost::Received& to, const JsonObject& body, std::int64_t id) {

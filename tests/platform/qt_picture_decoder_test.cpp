@@ -1,4 +1,5 @@
 #include "platform/linux/qt_picture_decoder.h"
+#include "support/folders.h"
 
 #include <gtest/gtest.h>
 
@@ -114,8 +115,8 @@ TEST(DecodedPicture, KeepsWhatIsLargerThanTheScreenAtTheScreensSize) {
 }
 
 TEST(DecodedPicture, SurvivesFilesMadeToCrashDecoders) {
-  const std::filesystem::path folder = std::filesystem::path(TORVANE_VECTORS_DIR) / "png";
-  if (std::string(TORVANE_VECTORS_DIR).empty() || !std::filesystem::exists(folder)) {
+  const auto folder = vectorsFolder() / "png";
+  if (vectorsFolder().empty() || !std::filesystem::exists(folder)) {
     GTEST_SKIP() << "the public test vectors are not here: set TORVANE_VECTORS_DIR";
   }
   const long before = peakKilobytes();

@@ -6,12 +6,14 @@
 #include <string>
 #include <vector>
 
+#include "support/folders.h"
+
 namespace torvane {
 
 // A public list of texts that programs have tripped over, for names; empty where it is not there.
 inline std::vector<std::string> naughtyNames() {
   std::vector<std::string> names;
-  QFile file(TORVANE_VECTORS_DIR "/blns/blns.json");
+  QFile file((vectorsFolder() / "blns/blns.json").c_str());
   if (!file.open(QIODevice::ReadOnly)) return names;
   const QJsonArray list = QJsonDocument::fromJson(file.readAll()).array();
   for (const auto& name : list) names.push_back(name.toString().toStdString());

@@ -7,6 +7,8 @@
 #include <iterator>
 #include <sstream>
 
+#include "support/folders.h"
+
 namespace torvane::test {
 namespace {
 
@@ -50,7 +52,7 @@ std::vector<VectorCase> readVectorCases(std::string_view name) {
 }
 
 std::string readSourceFile(std::string_view path) {
-  const auto file = std::filesystem::path(TORVANE_SOURCE_DIR) / path;
+  const auto file = sourceFolder() / path;
   if (!std::filesystem::is_regular_file(file)) {
     std::fprintf(stderr, "cannot read %s\n", file.c_str());
     std::exit(EXIT_FAILURE);
@@ -59,9 +61,7 @@ std::string readSourceFile(std::string_view path) {
 }
 
 std::optional<std::filesystem::path> outsideVectors(std::string_view name) {
-  const char* fromEnvironment = std::getenv("TORVANE_VECTORS_DIR");
-  const std::filesystem::path folder =
-      fromEnvironment != nullptr ? fromEnvironment : TORVANE_VECTORS_DIR;
+  const auto folder = vectorsFolder();
   if (folder.empty() || !std::filesystem::exists(folder / name)) return std::nullopt;
   return folder / name;
 }
