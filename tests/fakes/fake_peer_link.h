@@ -82,13 +82,17 @@ class FakePeerLink final : public PeerLink {
   std::shared_ptr<std::vector<InvitationAnswer>> invite(const PeerID& peer,
                                                         std::optional<Bytes> context) {
     auto answers = std::make_shared<std::vector<InvitationAnswer>>();
-    time_.scheduleBackground(0, [this, peer, context = std::move(context), answers] {
-      advertiserDelegate->advertiserDidReceiveInvitation(
-          peer, context, [answers](bool accept, std::shared_ptr<PeerSession> session) {
-            answers->push_back({accept, std::move(session)});
-          });
+    deliver(peer, std::move(context), [answers](bool accept, std::shared_ptr<PeerSession> session) {
+      answers->push_back({accept, std::move(session)});
     });
     return answers;
+  }
+  // The same; `whenAnswered` runs within the answer.
+  void inviteAndRun(const PeerID& peer, Bytes context, std::function<void(bool)> whenAnswered) {
+    deliver(peer, std::move(context),
+            [whenAnswered = std::move(whenAnswered)](bool accept, const auto&) {
+              whenAnswered(accept);
+            });
   }
   void failAdvertising(const std::string& error) {
     time_.scheduleBackground(0,
@@ -127,6 +131,13 @@ class FakePeerLink final : public PeerLink {
    private:
     CallLog& log_;
   };
+
+  void deliver(const PeerID& peer, std::optional<Bytes> context, InvitationHandler handler) {
+    time_.scheduleBackground(
+        0, [this, peer, context = std::move(context), handler = std::move(handler)] {
+          advertiserDelegate->advertiserDidReceiveInvitation(peer, context, handler);
+        });
+  }
 
   SimulatedTime& time_;
   CallLog& log_;
