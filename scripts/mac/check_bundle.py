@@ -83,9 +83,13 @@ def icon_problems(path):
 
 
 def resource_problems(resources):
-    engine = resources / "torvane.py"
-    if not engine.is_file() or engine.read_bytes() != (ROOT / "resources/torvane.py").read_bytes():
-        yield "torvane.py is not the engine"
+    sources = {path.relative_to(ROOT / "resources"): path
+               for path in (ROOT / "resources").rglob("*.py")}
+    found = {path.relative_to(resources): path for path in resources.rglob("*.py*")}
+    for name in sorted(sources.keys() | found.keys()):
+        if (name not in sources or name not in found
+                or found[name].read_bytes() != sources[name].read_bytes()):
+            yield f"{name} is not the engine's"
     for name, words in LICENCES.items():
         path = resources / "Licences" / name
         if not path.is_file() or words not in path.read_text():

@@ -49,6 +49,7 @@ FAULTS = [
     ("a symbol that no library is known to export", "tests/mac/exports.txt", "_CACurrentMediaTime", "", "link"),
     ("a byte of the program changed", PROGRAM, "", "", "signature"),
     ("a byte of the engine changed", f"{APP}/Resources/torvane.py", "", "", "signature"),
+    ("a byte of a module changed", f"{APP}/Resources/torvane_engine/ink.py", "", "", "signature"),
     ("a byte of the information changed", f"{APP}/Info.plist", "Torvane lets", "Torvann lets", "signature"),
     ("a rule of the sealed list changed", f"{APP}/_CodeSignature/CodeResources", ">2000.0<", ">2001.0<", "signature"),
     ("a file added", f"{APP}/Resources/more.py", None, "", "signature"),

@@ -1,0 +1,132 @@
+"""What drives one presentation program: the contract between it and the engine.
+
+A program is driven by a subclass of Presenter. All of its methods are called by one thread, a
+PresenterThread, one after the other; nothing else waits for them but a client for the 0.3 s in
+which it likes to see what its action did. A presenter keeps no caches and polls nothing by itself.
+"""
+from __future__ import annotations
+
+import abc
+from typing import Any, NamedTuple, Optional, Tuple
+
+
+class Progress(NamedTuple):
+    """Something that takes long. `task` is one of the words of docs/engine-api.md."""
+
+    task: str
+    done: int
+    total: int
+
+
+class Document(NamedTuple):
+    """An open presentation.
+
+    `id` goes over HTTP and must not tell where the file lies. A file that is opened again, also by a
+    restarted program, has its old id again and so its ink.
+    """
+
+    id: str
+    title: str
+    presenting: bool = False
+
+
+class Look(NamedTuple):
+    """What a program shows at one moment. Slides are numbered from 1 as the editor shows them,
+    hidden ones included."""
+
+    documents: Tuple[Document, ...] = ()
+    document: str = ""        # id of the one that actions go to
+    slide: int = 1            # the one on the screen, else the one in the editor
+    count: int = 1
+    step: int = 0             # effects that were played on the slide, as far as is known
+    steps: int = 0            # effects that wait for a press on the slide
+    aspect: float = 0.5625    # height divided by width
+    presenting: bool = False  # a show of `document` runs
+    blank: bool = False       # the show is dark
+    at_end: bool = False      # the show is past its last slide
+    revision: Any = 0         # another value whenever titles, notes or pictures may be others
+    progress: Optional[Progress] = None
+
+
+class Page(NamedTuple):
+    """What is read of a slide once, and again after changes."""
+
+    title: str = ""
+    notes: str = ""
+    hidden: bool = False
+
+
+class Absent(Exception):
+    """Nothing is there to be driven. Its text says what to open, in a whole sentence."""
+
+
+class Unavailable(Exception):
+    """The program is there, but cannot be driven now. Its text says what to do, in a sentence."""
+
+
+class Refused(Exception):
+    """The action does not go together with what is shown. Its text says why, in a sentence."""
+
+
+class Presenter(abc.ABC):
+    """Drives one presentation program.
+
+    Every method but close() may raise Absent or Unavailable, after which look() is asked again until
+    it succeeds. Every method has a time limit of its own making: look() and the actions 1.5 s,
+    read_page() and picture() 10 s. A program that takes longer is given up (its process, script or
+    connection ended) and Unavailable is raised. Anything else that is raised is logged as a fault.
+
+    An action returns when what it did can be seen by look(), or after 0.25 s without that; it may
+    raise Refused, and has done nothing then.
+    """
+
+    name = ""            # for the log
+    poll_seconds = 0.1   # between two looks while all is well
+    retry_seconds = 1.0  # between two looks while it is absent or unavailable
+    widths: Tuple[int, ...] = (320, 640, 1280, 1920)  # of pictures
+    idle_width: Optional[int] = 320  # of the pictures that are made before anybody asks
+
+    @abc.abstractmethod
+    def look(self) -> Look:
+        """Asked ten times a second: cheap, and the only way in which the engine learns anything."""
+
+    @abc.abstractmethod
+    def next(self) -> None:
+        """What a clicker does: the next effect, else the next slide, hidden ones left out. Stays at
+        the end. Without a show: the next slide in the editor."""
+
+    @abc.abstractmethod
+    def previous(self) -> None:
+        """Takes back the last effect, else goes to the slide before. Stays at the beginning."""
+
+    @abc.abstractmethod
+    def go_to(self, page: int) -> None:
+        """Shows a slide, also a hidden one. Refused when there is none of this number."""
+
+    @abc.abstractmethod
+    def start(self) -> None:
+        """Starts the show at the current slide. Does nothing while one runs."""
+
+    @abc.abstractmethod
+    def end(self) -> None:
+        """Ends the show. Does nothing while none runs."""
+
+    @abc.abstractmethod
+    def blank(self, on: bool) -> None:
+        """Makes the show dark or brings it back. Refused while none runs."""
+
+    @abc.abstractmethod
+    def choose(self, document: str) -> None:
+        """Makes an open document the one that actions go to, until another is chosen here or at the
+        computer. Refused when it is not open or another one is being shown."""
+
+    @abc.abstractmethod
+    def read_page(self, document: str, page: int) -> Page:
+        """Title, notes and whether the slide is left out of shows."""
+
+    @abc.abstractmethod
+    def picture(self, document: str, page: int, width: int) -> bytes:
+        """The slide with all its objects as a PNG or JPEG file `width` pixels wide; without ink."""
+
+    def close(self) -> None:
+        """The engine ends or the presenter is no longer wanted. Must not wait for the program."""
