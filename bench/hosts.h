@@ -15,6 +15,7 @@
 #include "platform/posix/posix_child_process.h"
 #include "platform/posix/posix_file_system.h"
 #include "platform/posix/thread_background_queue.h"
+#include "protocol/base64.h"
 #include "support/temporary_folder.h"
 
 namespace torvane::bench {
@@ -115,7 +116,7 @@ class EchoHost final : public PeerSessionDelegate, public AdvertiserDelegate {
   explicit EchoHost(Way way) : way_(way) {
     const PeerID self = (*link_).makePeerID("Echo");
     session_ = (*link_).makeSession(self, *this);
-    advertiser_ = (*link_).makeAdvertiser(self, "torvane", *this);
+    advertiser_ = (*link_).makeAdvertiser(self, "torvane", registered_, *this);
     advertiser_->start();
   }
   ~EchoHost() override { link_.end(); }
@@ -133,8 +134,9 @@ class EchoHost final : public PeerSessionDelegate, public AdvertiserDelegate {
         });
   }
   void advertiserDidNotStart(std::string) override {}
-  void advertiserDidReceiveInvitation(PeerID, std::optional<Bytes>,
+  void advertiserDidReceiveInvitation(PeerID, std::optional<Bytes> context,
                                       InvitationHandler handler) override {
+    registered_->insert(base64Encode(context.value_or(Bytes{})));
     handler(true, session_);
   }
 
@@ -142,6 +144,7 @@ class EchoHost final : public PeerSessionDelegate, public AdvertiserDelegate {
   const Way way_;
   QtMainQueue mainQueue_;
   PrivateLink link_{&mainQueue_};
+  const std::shared_ptr<RegisteredKeys> registered_ = std::make_shared<RegisteredKeys>();
   std::shared_ptr<PeerSession> session_;
   std::unique_ptr<Advertiser> advertiser_;
 };

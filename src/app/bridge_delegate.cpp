@@ -33,6 +33,7 @@ BridgeDelegate::BridgeDelegate(Platform& platform)
   const int ready = sodium_init();
   assert(ready >= 0);
   static_cast<void>(ready);
+  for (const auto& [deviceKey, name] : pairedDevices) registeredKeys->insert(deviceKey);
 }
 
 BridgeDelegate::~BridgeDelegate() = default;

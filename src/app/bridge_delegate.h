@@ -18,6 +18,7 @@
 #include "ink/overlay_surface.h"
 #include "ink/overlay_view.h"
 #include "peer/peer_session.h"
+#include "peer/registered_keys.h"
 #include "platform/platform.h"
 #include "protocol/device_key.h"
 #include "protocol/received_ids.h"
@@ -79,6 +80,8 @@ class BridgeDelegate final : public MenuDelegate,
   std::map<PeerID, std::string> challenges;                     // → challenge issued
   std::map<PeerID, ReceivedIDs> receivedIDs;                    // → ids of accepted requests
   std::map<PeerID, TokenBucket> failedVerifications;            // → what it may still try
+  // The keys of pairedDevices as other threads may read them: each change is made to both.
+  const std::shared_ptr<RegisteredKeys> registeredKeys = std::make_shared<RegisteredKeys>();
   [[nodiscard]] bool isPaired(const std::string& deviceKey) const;
   void pair(const std::string& deviceKey, const std::string& name);
   void forgetAllPairings();

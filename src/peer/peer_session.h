@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "peer/registered_keys.h"
 #include "protocol/bytes.h"
 
 namespace torvane {
@@ -82,8 +83,11 @@ class PeerLink {
   [[nodiscard]] virtual PeerID makePeerID(const std::string& displayName) = 0;
   [[nodiscard]] virtual std::shared_ptr<PeerSession> makeSession(const PeerID& self,
                                                                  PeerSessionDelegate& delegate) = 0;
+
+  // Invitations of registered keys are kept from the program by no limit that strangers can reach.
   [[nodiscard]] virtual std::unique_ptr<Advertiser> makeAdvertiser(
-      const PeerID& self, const std::string& serviceType, AdvertiserDelegate& delegate) = 0;
+      const PeerID& self, const std::string& serviceType,
+      std::shared_ptr<const RegisteredKeys> registered, AdvertiserDelegate& delegate) = 0;
 };
 
 }  // namespace torvane

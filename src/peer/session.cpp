@@ -12,7 +12,7 @@ void BridgeDelegate::openSession() {
 }
 
 void BridgeDelegate::startAdvertising() {
-  advertiser = platform_.peerLink.makeAdvertiser(peerID, SERVICE_TYPE, *this);
+  advertiser = platform_.peerLink.makeAdvertiser(peerID, SERVICE_TYPE, registeredKeys, *this);
   advertiser->start();
 }
 

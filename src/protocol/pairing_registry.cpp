@@ -1,5 +1,5 @@
 // Which iPads the user has paired, and what is known of each peer connected now.
-// Fields: pairedDevices, peerKeys, challenges, receivedIDs, failedVerifications.
+// Fields: pairedDevices, registeredKeys, peerKeys, challenges, receivedIDs, failedVerifications.
 // Ports: UserDefaults.
 
 #include "app/bridge_delegate.h"
@@ -12,6 +12,7 @@ bool BridgeDelegate::isPaired(const std::string& deviceKey) const {
 
 void BridgeDelegate::pair(const std::string& deviceKey, const std::string& name) {
   pairedDevices[deviceKey] = name;
+  registeredKeys->insert(deviceKey);
   JsonObject stored;
   for (const auto& [key, deviceName] : pairedDevices) stored[key] = deviceName;
   platform_.defaults.setObject(pairedKey, std::move(stored));
@@ -20,6 +21,7 @@ void BridgeDelegate::pair(const std::string& deviceKey, const std::string& name)
 // Peers connected now keep what they have and go on until they drop, as the user was told.
 void BridgeDelegate::forgetAllPairings() {
   pairedDevices.clear();
+  registeredKeys->clear();
   platform_.defaults.removeObject(pairedKey);
 }
 

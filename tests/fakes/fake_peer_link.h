@@ -74,6 +74,7 @@ class FakePeerLink final : public PeerLink {
   std::string ownName;
   std::vector<std::shared_ptr<FakePeerSession>> sessions;  // every session made, oldest first
   std::string advertisedType;
+  std::shared_ptr<const RegisteredKeys> registered;  // as the advertiser got them
   AdvertiserDelegate* advertiserDelegate = nullptr;
 
   [[nodiscard]] FakePeerSession& current() { return *sessions.back(); }
@@ -112,11 +113,12 @@ class FakePeerLink final : public PeerLink {
     sessions.push_back(std::make_shared<FakePeerSession>(delegate, time_, log_));
     return sessions.back();
   }
-  [[nodiscard]] std::unique_ptr<Advertiser> makeAdvertiser(const PeerID&,
-                                                           const std::string& serviceType,
-                                                           AdvertiserDelegate& delegate) override {
+  [[nodiscard]] std::unique_ptr<Advertiser> makeAdvertiser(
+      const PeerID&, const std::string& serviceType, std::shared_ptr<const RegisteredKeys> keys,
+      AdvertiserDelegate& delegate) override {
     log_.push_back("make advertiser");
     advertisedType = serviceType;
+    registered = std::move(keys);
     advertiserDelegate = &delegate;
     return std::make_unique<FakeAdvertiser>(log_);
   }

@@ -56,7 +56,8 @@ TEST_F(MacEdges, StopExceptionsOfTheSession) {
 
 TEST_F(MacEdges, StopExceptionsOfTheAdvertiser) {
   MacPeerLink link;
-  const auto advertiser = link.makeAdvertiser(link.makePeerID("Mac"), "torvane", thrower_);
+  const auto advertiser = link.makeAdvertiser(link.makePeerID("Mac"), "torvane",
+                                              std::make_shared<RegisteredKeys>(), thrower_);
   MCNearbyServiceAdvertiser* made = system().advertiser;
   [made.delegate advertiser:made didNotStartAdvertisingPeer:fake::error("no")];
   __block int refusals = 0;
@@ -141,7 +142,7 @@ TEST_F(MacEdges, KeepWhatTheFrameworksDoNot) {
   @autoreleasepool {
     const PeerID self = link.makePeerID("Mac");
     session = link.makeSession(self, thrower_);
-    advertiser = link.makeAdvertiser(self, "torvane", thrower_);
+    advertiser = link.makeAdvertiser(self, "torvane", std::make_shared<RegisteredKeys>(), thrower_);
     item.setMenu(thrower_);
   }
   @autoreleasepool {

@@ -176,6 +176,47 @@ TEST_F(MacPeers, LetsNoFloodOfInvitationsThrough) {
   });
 }
 
+TEST_F(MacPeers, LetsThirtyStrangersThroughInAnyMinute) {
+  run([&] {
+    system().onAlert = [&](const fake::Alert&) { return 1001; };
+    int letIn = 0;
+    for (int second = 0; second < 59; ++second) {
+      const auto answer = invite(pad(), test::SigningDevice(static_cast<std::uint8_t>(second + 2)));
+      if (*answer != "no") ++letIn;
+      fake::advance(1);
+    }
+    EXPECT_EQ(letIn, 30);
+    fake::advance(2);
+    EXPECT_NE(*invite(pad(), test::SigningDevice(100)), "no");
+  });
+}
+
+// An alert that nobody answers, and another stranger every 30 seconds.
+TEST_F(MacPeers, LetsAPairedDeviceInHoweverManyStrangersWait) {
+  run([&] {
+    const auto paired = invite(pad(), device_);
+    fake::settle();
+    ASSERT_EQ(*paired, "yes 0");
+    int refused = 0;
+    std::shared_ptr<std::string> again;
+    system().onAlert = [&](const fake::Alert&) {
+      if (again) return 1001;
+      for (int i = 0; i < 80; ++i) {
+        const test::SigningDevice stranger(static_cast<std::uint8_t>(i + 10));
+        if (*invite(pad(), stranger) == "no") ++refused;
+        fake::advance(30);
+      }
+      again = invite(pad(), device_);
+      fake::settle();
+      EXPECT_EQ(*again, "yes 0");
+      return 1001;
+    };
+    const auto first = invite(pad(), test::SigningDevice(2));
+    fake::settle();
+    EXPECT_EQ(refused, 80 - 63);
+  });
+}
+
 TEST_F(MacPeers, RefusesNamesThatChangeWhatIsAsked) {
   run([&] {
     for (const char* name : {"iPad”?\nPress Pair", "\u202EdaPi", "a\x01", ""}) {

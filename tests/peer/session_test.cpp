@@ -70,6 +70,15 @@ TEST_F(Session, IsReplacedWhenTheLastPeerHasGone) {
   EXPECT_TRUE(helper->connectedPeers.empty());
 }
 
+TEST_F(Session, IsReplacedWhenTheOnlyInviterHasGoneBeforeItsAnswer) {
+  const auto answers = invite(first, 1);
+  ASSERT_TRUE(answers->at(0).accept);
+  platform.peerLink.current().changeState(first, PeerState::notConnected);
+  platform.time.runDue();
+  EXPECT_TRUE(helper->peerKeys.empty());
+  EXPECT_EQ(platform.peerLink.sessions.size(), 2U);
+}
+
 TEST_F(Session, IsKeptWhileAKeyIsHeldEvenWithNobodyConnected) {
   helper->admitPeer(second, deviceKey(2));  // accepted, still connecting
   admit(first, 1);

@@ -76,6 +76,23 @@ TEST(PeerLinkPairing, OnlyTheFirstAnswerCounts) {
   EXPECT_TRUE(host.received.next());
 }
 
+TEST(PeerLinkPairing, AcceptedInviterThatHasGoneIsNotConnected) {
+  LinkHost host;
+  ASSERT_NE(host.start(), 0);
+  LinkClient client(host.clientOptions());
+  ASSERT_EQ(client.invite("iPad", adasKey()), "waiting");
+  const auto invited = host.invitations.next();
+  ASSERT_TRUE(invited);
+  client.close();  // by the answer to which the link knows
+  invited->handler(true, host.session);
+  const auto change = host.changes.next();
+  ASSERT_TRUE(change);
+  EXPECT_EQ(change->state, PeerState::notConnected);
+  EXPECT_EQ(change->peer, invited->peer);
+  EXPECT_EQ(change->session, host.session);
+  EXPECT_TRUE(change->connectedPeers.empty());
+}
+
 TEST(PeerLinkPairing, InvitationWithoutAKeyReachesTheProgram) {
   LinkHost host;
   ASSERT_NE(host.start(), 0);

@@ -160,13 +160,13 @@ TEST_F(PeerLinkSession, DisconnectSendsWhatWasQueuedBefore) {
   EXPECT_EQ(message->data, Bytes{1});
 }
 
-TEST_F(PeerLinkSession, AnswerAfterTheInviterHasGoneDoesNothing) {
+TEST_F(PeerLinkSession, RefusalAfterTheInviterHasGoneDoesNothing) {
   auto client = std::make_unique<LinkClient>(host.clientOptions());
   ASSERT_EQ(client->invite("iPad", DeviceKeyPair::numbered(1)), "waiting");
   const auto invited = host.invitations.next();
   ASSERT_TRUE(invited);
   client->close();  // comes back when the server has answered it
-  invited->handler(true, host.session);
+  invited->handler(false, nullptr);
   const auto next = connected(2);  // its events are the only ones
   ASSERT_EQ(host.session->connectedPeers().size(), 1U);
   EXPECT_EQ(host.session->connectedPeers()[0].displayName, "iPad 2");

@@ -40,7 +40,7 @@ class LinkHost final : public PeerSessionDelegate, public AdvertiserDelegate {
     link = std::make_unique<WebSocketPeerLink>(std::move(options));
     self = link->makePeerID("Test computer");
     session = link->makeSession(self, *this);
-    advertiser = link->makeAdvertiser(self, "torvane", *this);
+    advertiser = link->makeAdvertiser(self, "torvane", registered, *this);
   }
 
   // Starts to listen; the port, 0 when that failed.
@@ -93,6 +93,7 @@ class LinkHost final : public PeerSessionDelegate, public AdvertiserDelegate {
   LinkAddress address;
   PeerID self;
   std::shared_ptr<PeerSession> session;
+  const std::shared_ptr<RegisteredKeys> registered = std::make_shared<RegisteredKeys>();
 
  private:
   TemporaryFolder folder_;

@@ -31,7 +31,7 @@ class EchoingHelper : public PeerSessionDelegate, public AdvertiserDelegate {
     link_ = std::make_unique<WebSocketPeerLink>(std::move(options));
     const PeerID self = link_->makePeerID("Echo");
     session_ = link_->makeSession(self, *this);
-    advertiser_ = link_->makeAdvertiser(self, "torvane", *this);
+    advertiser_ = link_->makeAdvertiser(self, "torvane", registered_, *this);
   }
 
   // None when it does not listen after a long time.
@@ -54,7 +54,10 @@ class EchoingHelper : public PeerSessionDelegate, public AdvertiserDelegate {
   void advertiserDidReceiveInvitation(PeerID peer, std::optional<Bytes> context,
                                       InvitationHandler handler) override {
     const auto key = SigningPublicKey::fromRaw(context.value_or(Bytes{}));
-    if (key) devices_.emplace(peer.token, Device{*key});
+    if (key) {
+      registered_->insert(key->deviceKey());
+      devices_.emplace(peer.token, Device{*key});
+    }
     handler(key.has_value(), key ? session_ : nullptr);
   }
 
@@ -88,6 +91,7 @@ class EchoingHelper : public PeerSessionDelegate, public AdvertiserDelegate {
   std::condition_variable listens_;
   std::optional<LinkAddress> address_;
   std::map<std::uint64_t, Device> devices_;
+  const std::shared_ptr<RegisteredKeys> registered_ = std::make_shared<RegisteredKeys>();
   std::shared_ptr<PeerSession> session_;
   std::unique_ptr<WebSocketPeerLink> link_;
   std::unique_ptr<Advertiser> advertiser_;

@@ -84,11 +84,12 @@ std::shared_ptr<PeerSession> WebSocketPeerLink::makeSession(const PeerID& /*self
   return std::make_shared<LinkSession>(running_->mailbox, delegate);
 }
 
-std::unique_ptr<Advertiser> WebSocketPeerLink::makeAdvertiser(const PeerID& self,
-                                                              const std::string& serviceType,
-                                                              AdvertiserDelegate& delegate) {
+std::unique_ptr<Advertiser> WebSocketPeerLink::makeAdvertiser(
+    const PeerID& self, const std::string& serviceType,
+    std::shared_ptr<const RegisteredKeys> registered, AdvertiserDelegate& delegate) {
   return std::make_unique<LinkAdvertiser>(
-      running_->mailbox, PeerAdvertisement{self.token, self.displayName, serviceType, &delegate});
+      running_->mailbox, PeerAdvertisement{self.token, self.displayName, serviceType,
+                                           std::move(registered), &delegate});
 }
 
 }  // namespace torvane

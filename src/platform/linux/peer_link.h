@@ -46,9 +46,9 @@ class WebSocketPeerLink final : public PeerLink {
   [[nodiscard]] PeerID makePeerID(const std::string& displayName) override;
   [[nodiscard]] std::shared_ptr<PeerSession> makeSession(const PeerID& self,
                                                          PeerSessionDelegate& delegate) override;
-  [[nodiscard]] std::unique_ptr<Advertiser> makeAdvertiser(const PeerID& self,
-                                                           const std::string& serviceType,
-                                                           AdvertiserDelegate& delegate) override;
+  [[nodiscard]] std::unique_ptr<Advertiser> makeAdvertiser(
+      const PeerID& self, const std::string& serviceType,
+      std::shared_ptr<const RegisteredKeys> registered, AdvertiserDelegate& delegate) override;
 
  private:
   struct Running;

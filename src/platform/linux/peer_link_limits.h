@@ -2,13 +2,9 @@
 
 #include <chrono>
 #include <cstddef>
-#include <deque>
-#include <map>
 #include <optional>
-#include <set>
-#include <string>
 
-#include "protocol/bytes.h"
+#include "peer/invitation_valve.h"
 
 namespace torvane {
 
@@ -22,68 +18,22 @@ struct PeerLinkTimes {
   std::chrono::milliseconds close{3'000};       // for the closing handshake
 };
 
+// How often to look at what has become of each connection.
+[[nodiscard]] std::chrono::milliseconds tickOf(const PeerLinkTimes& times);
+
+// As the core's limits want a time.
+[[nodiscard]] inline double secondsOf(LinkTime time) {
+  return std::chrono::duration<double>(time.time_since_epoch()).count();
+}
+
 struct PeerLinkCaps {
   std::size_t strangers = 16;  // connections that have not sent their invitation
-  std::size_t strangersPerAddress = 4;
-  std::size_t waiting = 64;  // invitations waiting for an answer
-  std::size_t connected = 256;
-  std::size_t invitationsPerMinute = 30;   // of devices not accepted before in this run
-  std::size_t failedProofsPerMinute = 30;  // of one address
+  InvitationCaps invitations{};
+  std::size_t connected = 256;             // with the paired devices that wait for their answer
+  std::size_t failedProofsPerMinute = 30;  // of one origin
   std::size_t messageBytes = std::size_t{16} << 20;
   std::size_t receivedBytes = std::size_t{64} << 20;  // over all peers, not handled yet
   std::size_t unsentBytes = std::size_t{64} << 20;    // for one peer
-};
-
-// Lets `most` events through in any span of one minute. Time is passed in.
-class MinuteValve {
- public:
-  explicit MinuteValve(std::size_t most) : most_(most) {}
-
-  [[nodiscard]] bool isOpen(LinkTime now);
-  [[nodiscard]] bool isUnused(LinkTime now);
-  void spend(LinkTime now);
-
- private:
-  void forget(LinkTime now);
-
-  std::size_t most_;
-  std::deque<LinkTime> spent_;
-};
-
-// Who may come in, counted by what they have shown of themselves so far.
-class PeerLinkLimits {
- public:
-  explicit PeerLinkLimits(const PeerLinkCaps& caps);
-
-  // A connection from its TCP accept until its invitation has come or it has gone.
-  [[nodiscard]] bool admitStranger(const std::string& address);
-  void strangerLeft(const std::string& address);
-
-  // An invitation from its arrival until its answer or the end of its connection.
-  [[nodiscard]] bool beginWaiting();
-  void endWaiting() { --waiting_; }
-  void beginConnected() { ++connected_; }
-  void endConnected() { --connected_; }
-
-  // Whether signatures from this address are looked at still.
-  [[nodiscard]] bool mayProve(const std::string& address, LinkTime now);
-  void proofFailed(const std::string& address, LinkTime now);
-
-  // Spends one of the minute's invitations, unless the key was accepted before in this run.
-  [[nodiscard]] bool letInvitationThrough(const std::optional<Bytes>& key, LinkTime now);
-  void wasAccepted(const Bytes& key);
-
- private:
-  void makeRoomForAddress(LinkTime now);
-
-  PeerLinkCaps caps_;
-  std::map<std::string, std::size_t> strangers_;  // by address
-  std::size_t strangerCount_ = 0;
-  std::size_t waiting_ = 0;
-  std::size_t connected_ = 0;
-  MinuteValve invitations_;
-  std::map<std::string, MinuteValve> failedProofs_;  // by address
-  std::set<Bytes> acceptedKeys_;
 };
 
 // The memory that received messages take until the program has handled them, over all peers.

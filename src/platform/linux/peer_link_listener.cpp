@@ -1,13 +1,13 @@
 #include "platform/linux/peer_link_listener.h"
 
-#include <arpa/inet.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <cstring>
+
+#include "peer/peer_origin.h"
 
 namespace torvane {
 namespace {
@@ -40,21 +40,19 @@ bool bindTo(int socket, std::uint16_t port, bool isIpv6) {
   return ::bind(socket, reinterpret_cast<const sockaddr*>(&storage), size) == 0;
 }
 
-std::string addressText(const sockaddr_storage& storage) {
-  std::array<char, INET6_ADDRSTRLEN> text{};
-  if (storage.ss_family == AF_INET) {
-    sockaddr_in address{};
+NetworkAddress networkAddress(const sockaddr_storage& storage) {
+  NetworkAddress result{};
+  if (storage.ss_family == AF_INET6) {
+    sockaddr_in6 address{};
     std::memcpy(&address, &storage, sizeof address);
-    ::inet_ntop(AF_INET, &address.sin_addr, text.data(), text.size());
-    return text.data();
+    std::memcpy(result.data(), &address.sin6_addr, result.size());
+    return result;
   }
-  sockaddr_in6 address{};
+  sockaddr_in address{};
   std::memcpy(&address, &storage, sizeof address);
-  ::inet_ntop(AF_INET6, &address.sin6_addr, text.data(), text.size());
-  const std::string result = text.data();
-  constexpr std::string_view kMapped = "::ffff:";
-  const bool isMapped = IN6_IS_ADDR_V4MAPPED(&address.sin6_addr);
-  return isMapped ? result.substr(kMapped.size()) : result;
+  result[10] = result[11] = 0xFF;
+  std::memcpy(&result[12], &address.sin_addr, sizeof address.sin_addr);
+  return result;
 }
 
 }  // namespace
@@ -106,7 +104,7 @@ void PeerLinkListener::acceptAll() {
     const int socket = ::accept4(acceptor_.native_handle(), reinterpret_cast<sockaddr*>(&from),
                                  &size, SOCK_CLOEXEC | SOCK_NONBLOCK);
     if (socket >= 0) {
-      didAccept_({socket, isIpv6_, addressText(from)});
+      didAccept_({socket, isIpv6_, peerOrigin(networkAddress(from))});
     } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
       break;
     } else if (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM) {

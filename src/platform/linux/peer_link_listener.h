@@ -16,7 +16,7 @@ class PeerLinkListener {
   struct Accepted {
     int socket;  // non-blocking; the receiver's to close
     bool isIpv6;
-    std::string address;  // an IPv4 address reads the same whatever socket it came through
+    std::string origin;  // see peer_origin.h
   };
   using DidAccept = std::function<void(const Accepted&)>;
 

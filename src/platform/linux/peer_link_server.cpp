@@ -5,30 +5,20 @@
 #include "platform/linux/peer_link_server.h"
 
 #include <sodium.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <utility>
 
 namespace torvane {
-namespace {
-
-constexpr std::chrono::milliseconds kShortestTick{5};
-constexpr std::chrono::milliseconds kLongestTick{500};
-
-std::chrono::milliseconds tickOf(const PeerLinkTimes& times) {
-  const auto shortest = std::min({times.handshake, times.ping, times.dead, times.close});
-  return std::clamp(shortest / 6, kShortestTick, kLongestTick);
-}
-
-}  // namespace
 
 PeerLinkServer::PeerLinkServer(boost::asio::io_context& loop, std::shared_ptr<LinkMailbox> mailbox,
                                PeerLinkOptions options)
     : loop_(loop),
       mailbox_(std::move(mailbox)),
       options_(std::move(options)),
-      limits_(options_.caps),
+      strangers_(options_.caps.strangers),
+      failedProofs_(options_.caps.failedProofsPerMinute),
+      invitations_(options_.caps.invitations),
       budget_(options_.caps.receivedBytes),
       ticker_(loop) {}
 
@@ -74,16 +64,13 @@ void PeerLinkServer::stopAdvertising(const PeerAdvertisement& advertisement) {
 }
 
 void PeerLinkServer::didAccept(const PeerLinkListener::Accepted& accepted) {
-  if (!limits_.admitStranger(accepted.address)) {
-    ::close(accepted.socket);
-    return;
-  }
   const std::uint64_t token = nextToken();
   const auto connection =
       makePeerConnection({loop_, tls_, *this, budget_, options_.times, options_.caps}, token,
                          accepted.socket, accepted.isIpv6);
-  if (!connection) return limits_.strangerLeft(accepted.address);
-  guests_.emplace(token, Guest{token, connection, accepted.address});
+  if (!connection) return;
+  guests_.emplace(token, Guest{token, connection, accepted.origin});
+  if (const auto crowdedOut = strangers_.enter(token, accepted.origin)) drop(*crowdedOut);
   connection->start();
   scheduleTick();
 }
@@ -105,49 +92,61 @@ void PeerLinkServer::connectionDidSendText(std::uint64_t token, std::string_view
   wait(*guest, valid);
 }
 
-std::optional<LinkRefusal> PeerLinkServer::admit(const Guest& guest,
-                                                 const PeerInvitation& invitation) {
-  const LinkTime now = LinkClock::now();
-  if (!limits_.mayProve(guest.address, now)) return LinkRefusal::busy;
+std::optional<LinkRefusal> PeerLinkServer::admit(Guest& guest, const PeerInvitation& invitation) {
+  const double now = secondsOf(LinkClock::now());
+  const Inviter inviter =
+      makeInviter(invitation.context, guest.origin, *advertisement_->registered);
+  if (!inviter.isRegistered && failedProofs_.areTooMany(guest.origin, now)) {
+    return LinkRefusal::busy;
+  }
   if (!isProven(invitation, guest.nonce, certificate_->hash)) {
-    limits_.proofFailed(guest.address, now);
+    failedProofs_.add(guest.origin, now);
     return LinkRefusal::proof;
   }
-  if (!limits_.beginWaiting()) return LinkRefusal::busy;
-  if (limits_.letInvitationThrough(invitation.context, now)) return std::nullopt;
-  limits_.endWaiting();
-  return LinkRefusal::busy;
+  if (!isFull()) guest.waiting = invitations_.letIn(inviter, now);
+  return guest.waiting ? std::nullopt : std::optional(LinkRefusal::busy);
+}
+
+bool PeerLinkServer::isFull() const {
+  const auto hasPlace = [](const auto& entry) {
+    const Guest& guest = entry.second;
+    return guest.stage == Stage::connected || (guest.waiting && guest.waiting->isRegistered);
+  };
+  const auto taken = std::count_if(guests_.begin(), guests_.end(), hasPlace);
+  return static_cast<std::size_t>(taken) >= options_.caps.connected;
 }
 
 void PeerLinkServer::wait(Guest& guest, const PeerInvitation& invitation) {
-  uncountStranger(guest);
+  strangers_.leave(guest.token);
   guest.stage = Stage::waiting;
   guest.peer = {guest.token, invitation.name};
-  guest.key = invitation.context;
   guest.connection->setPhase(LinkPhase::nothing);
   send(guest, waitingMessage());
   advertisement_->delegate->advertiserDidReceiveInvitation(guest.peer, invitation.context,
-                                                           handlerFor(guest.token));
+                                                           handlerFor(guest.peer));
 }
 
-InvitationHandler PeerLinkServer::handlerFor(std::uint64_t token) const {
+InvitationHandler PeerLinkServer::handlerFor(const PeerID& peer) const {
   auto isAnswered = std::make_shared<std::atomic<bool>>(false);
-  return [mailbox = mailbox_, isAnswered, token](bool accept,
-                                                 const std::shared_ptr<PeerSession>& session) {
+  return [mailbox = mailbox_, isAnswered, peer](bool accept,
+                                                const std::shared_ptr<PeerSession>& session) {
     if (isAnswered->exchange(true)) return;
-    mailbox->post([token, accept, own = std::dynamic_pointer_cast<LinkSession>(session)](
-                      PeerLinkServer& server) { server.answer(token, accept, own); });
+    mailbox->post([peer, accept, own = std::dynamic_pointer_cast<LinkSession>(session)](
+                      PeerLinkServer& server) { server.answer(peer, accept, own); });
   };
 }
 
-void PeerLinkServer::answer(std::uint64_t token, bool accept,
+void PeerLinkServer::answer(const PeerID& peer, bool accept,
                             const std::shared_ptr<LinkSession>& session) {
-  Guest* guest = find(token);
-  if (guest == nullptr || guest->stage != Stage::waiting) return;
-  if (!accept || !session) return refuse(*guest, LinkRefusal::declined);
-  limits_.endWaiting();
-  limits_.beginConnected();
-  if (guest->key) limits_.wasAccepted(*guest->key);
+  const bool isAccepted = accept && session;
+  Guest* guest = find(peer.token);
+  if (guest == nullptr || guest->stage != Stage::waiting) {
+    // It has gone; who accepted it counts it in by now and must hear that.
+    if (isAccepted) session->leave(peer);
+    return;
+  }
+  if (!isAccepted) return refuse(*guest, LinkRefusal::declined);
+  guest->waiting.reset();
   guest->stage = Stage::connected;
   guest->session = session;
   guest->connection->setPhase(LinkPhase::frames);
@@ -203,9 +202,8 @@ void PeerLinkServer::close(Guest& guest, LinkCloseCode code) {
 
 void PeerLinkServer::leaveStage(Guest& guest) {
   const Stage left = std::exchange(guest.stage, Stage::closing);
-  if (left == Stage::waiting) limits_.endWaiting();
+  guest.waiting.reset();
   if (left != Stage::connected) return;
-  limits_.endConnected();
   const auto session = std::exchange(guest.session, nullptr);
   if (isShutDown_) {
     session->abandon();
@@ -218,12 +216,8 @@ void PeerLinkServer::connectionDidEnd(std::uint64_t token) {
   Guest* guest = find(token);
   if (guest == nullptr) return;
   leaveStage(*guest);
-  uncountStranger(*guest);
+  strangers_.leave(token);
   guests_.erase(token);
-}
-
-void PeerLinkServer::uncountStranger(Guest& guest) {
-  if (std::exchange(guest.isCountedAsStranger, false)) limits_.strangerLeft(guest.address);
 }
 
 void PeerLinkServer::disconnect(const LinkSession& session) {

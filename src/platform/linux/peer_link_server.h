@@ -7,6 +7,9 @@
 #include <memory>
 #include <optional>
 
+#include "peer/failed_proofs.h"
+#include "peer/invitation_valve.h"
+#include "peer/stranger_places.h"
 #include "platform/linux/avahi_publisher.h"
 #include "platform/linux/peer_link.h"
 #include "platform/linux/peer_link_certificate.h"
@@ -22,6 +25,7 @@ struct PeerAdvertisement {
   std::uint64_t token;  // of the peer identifier that is advertised
   std::string name;
   std::string serviceType;
+  std::shared_ptr<const RegisteredKeys> registered;
   AdvertiserDelegate* delegate;
 };
 
@@ -36,7 +40,7 @@ class PeerLinkServer final : public PeerConnectionOwner {
 
   void startAdvertising(const PeerAdvertisement& advertisement);
   void stopAdvertising(const PeerAdvertisement& advertisement);
-  void answer(std::uint64_t token, bool accept, const std::shared_ptr<LinkSession>& session);
+  void answer(const PeerID& peer, bool accept, const std::shared_ptr<LinkSession>& session);
   void flush(std::uint64_t token);
   void drop(std::uint64_t token);
   void disconnect(const LinkSession& session);
@@ -59,24 +63,23 @@ class PeerLinkServer final : public PeerConnectionOwner {
   struct Guest {
     std::uint64_t token;
     std::shared_ptr<PeerConnection> connection;
-    std::string address;
+    std::string origin;
     Stage stage = Stage::stranger;
-    bool isCountedAsStranger = true;  // until it waits or ends, also while it is closing
     LinkNonce nonce{};
     PeerID peer{};
-    std::optional<Bytes> key{};
+    InvitationValve::Waiting waiting{};
     std::shared_ptr<LinkSession> session{};
   };
 
   bool listen(std::string& error);
   void didAccept(const PeerLinkListener::Accepted& accepted);
-  std::optional<LinkRefusal> admit(const Guest& guest, const PeerInvitation& invitation);
+  std::optional<LinkRefusal> admit(Guest& guest, const PeerInvitation& invitation);
+  [[nodiscard]] bool isFull() const;
   void wait(Guest& guest, const PeerInvitation& invitation);
-  [[nodiscard]] InvitationHandler handlerFor(std::uint64_t token) const;
+  [[nodiscard]] InvitationHandler handlerFor(const PeerID& peer) const;
   void refuse(Guest& guest, LinkRefusal reason);
   void close(Guest& guest, LinkCloseCode code);
   void leaveStage(Guest& guest);
-  void uncountStranger(Guest& guest);
   void send(Guest& guest, const std::string& text);
   void markDelivery();
   void scheduleTick();
@@ -89,7 +92,9 @@ class PeerLinkServer final : public PeerConnectionOwner {
   const std::shared_ptr<LinkMailbox> mailbox_;
   const PeerLinkOptions options_;
   std::atomic<std::uint64_t> nextToken_{1};
-  PeerLinkLimits limits_;
+  StrangerPlaces strangers_;  // until they wait or end, also while they are closing
+  FailedProofs failedProofs_;
+  InvitationValve invitations_;
   ReceiveBudget budget_;
   bool isMarkOnItsWay_ = false;
   bool isShutDown_ = false;

@@ -12,7 +12,8 @@
 @interface TorvaneAdvertiserEvents : NSObject <MCNearbyServiceAdvertiserDelegate>
 // `delegate` outlives this object.
 - (instancetype)initWithDelegate:(torvane::AdvertiserDelegate*)delegate
-                          tokens:(std::shared_ptr<torvane::PeerTokens>)tokens;
+                          tokens:(std::shared_ptr<torvane::PeerTokens>)tokens
+                      registered:(std::shared_ptr<const torvane::RegisteredKeys>)registered;
 @end
 
 namespace torvane {
@@ -21,7 +22,7 @@ namespace torvane {
 class MacAdvertiser final : public Advertiser {
  public:
   MacAdvertiser(MCPeerID* peer, const std::string& serviceType, std::shared_ptr<PeerTokens> tokens,
-                AdvertiserDelegate& delegate);
+                std::shared_ptr<const RegisteredKeys> registered, AdvertiserDelegate& delegate);
   ~MacAdvertiser() override;
   MacAdvertiser(const MacAdvertiser&) = delete;
   MacAdvertiser& operator=(const MacAdvertiser&) = delete;

@@ -2,40 +2,24 @@
 
 #import <QuartzCore/QuartzCore.h>
 
-#include <mutex>
 #include <utility>
 
+#include "peer/invitation_valve.h"
 #include "peer/peer_name.h"
 #include "platform/mac/edge.h"
-#include "platform/mac/invitation_valve.h"
 #include "platform/mac/mac_peer_session.h"
 #include "platform/mac/mac_text.h"
 
 namespace torvane {
 namespace {
 
-// Shared with answers that may come when the advertiser has gone.
-struct GuardedValve {
-  std::mutex mutex;
-  InvitationValve valve;
-
-  bool letIn(const std::optional<Bytes>& context) {
-    const std::lock_guard lock(mutex);
-    return valve.letIn(context, CACurrentMediaTime());
-  }
-  void endWaiting(const std::optional<Bytes>& context, bool wasAccepted) {
-    const std::lock_guard lock(mutex);
-    valve.endWaiting(context, wasAccepted);
-  }
-};
-
 // An invitation that was let in. It is answered once: with a refusal when nobody holds it any more.
 class OpenInvitation {
  public:
   using Answer = void (^)(BOOL accept, MCSession* session);
 
-  OpenInvitation(std::optional<Bytes> context, std::shared_ptr<GuardedValve> valve, Answer answer)
-      : context_(std::move(context)), valve_(std::move(valve)), answer_(answer) {}
+  OpenInvitation(InvitationValve::Waiting waiting, Answer answer)
+      : waiting_(std::move(waiting)), answer_(answer) {}
   ~OpenInvitation() { answer(false, nil); }
   OpenInvitation(const OpenInvitation&) = delete;
   OpenInvitation& operator=(const OpenInvitation&) = delete;
@@ -43,13 +27,12 @@ class OpenInvitation {
   void answer(bool accept, MCSession* into) {
     const Answer last = std::exchange(answer_, nil);
     if (last == nil) return;
-    valve_->endWaiting(context_, accept);
+    waiting_.reset();
     last(accept ? YES : NO, into);
   }
 
  private:
-  std::optional<Bytes> context_;
-  std::shared_ptr<GuardedValve> valve_;
+  InvitationValve::Waiting waiting_;
   Answer answer_;
 };
 
@@ -59,18 +42,25 @@ class OpenInvitation {
 @implementation TorvaneAdvertiserEvents {
   torvane::AdvertiserDelegate* _delegate;
   std::shared_ptr<torvane::PeerTokens> _tokens;
-  std::shared_ptr<torvane::GuardedValve> _valve;
+  std::shared_ptr<const torvane::RegisteredKeys> _registered;
+  torvane::InvitationValve _valve;
 }
 
 - (instancetype)initWithDelegate:(torvane::AdvertiserDelegate*)delegate
-                          tokens:(std::shared_ptr<torvane::PeerTokens>)tokens {
+                          tokens:(std::shared_ptr<torvane::PeerTokens>)tokens
+                      registered:(std::shared_ptr<const torvane::RegisteredKeys>)registered {
   self = [super init];
   if (self != nil) {
     _delegate = delegate;
     _tokens = std::move(tokens);
-    _valve = std::make_shared<torvane::GuardedValve>();
+    _registered = std::move(registered);
   }
   return self;
+}
+
+// The framework does not tell where a peer comes from.
+- (torvane::InvitationValve::Waiting)waitingWithKey:(const std::optional<torvane::Bytes>&)key {
+  return _valve.letIn(torvane::makeInviter(key, "", *_registered), CACurrentMediaTime());
 }
 
 - (void)advertiser:(MCNearbyServiceAdvertiser*)advertiser
@@ -83,12 +73,13 @@ class OpenInvitation {
     if (context != nil) key = torvane::toBytes(context);
     // Strangers are numbered for good, so only those are that the valve lets in.
     const bool isNamed = torvane::isAcceptablePeerName(torvane::toText(peerID.displayName));
-    const auto peer = isNamed && _valve->letIn(key) ? _tokens->identify(peerID) : std::nullopt;
+    const auto waiting = isNamed ? [self waitingWithKey:key] : nullptr;
+    const auto peer = waiting ? _tokens->identify(peerID) : std::nullopt;
     if (!peer) {
       invitationHandler(NO, nil);
       return;
     }
-    const auto open = std::make_shared<torvane::OpenInvitation>(key, _valve, invitationHandler);
+    const auto open = std::make_shared<torvane::OpenInvitation>(waiting, invitationHandler);
     _delegate->advertiserDidReceiveInvitation(
         *peer, key, [open](bool accept, const std::shared_ptr<torvane::PeerSession>& session) {
           const auto into = std::static_pointer_cast<torvane::MacPeerSession>(session);
@@ -109,9 +100,12 @@ class OpenInvitation {
 namespace torvane {
 
 MacAdvertiser::MacAdvertiser(MCPeerID* peer, const std::string& serviceType,
-                             std::shared_ptr<PeerTokens> tokens, AdvertiserDelegate& delegate)
+                             std::shared_ptr<PeerTokens> tokens,
+                             std::shared_ptr<const RegisteredKeys> registered,
+                             AdvertiserDelegate& delegate)
     : events_([[TorvaneAdvertiserEvents alloc] initWithDelegate:&delegate
-                                                         tokens:std::move(tokens)]),
+                                                         tokens:std::move(tokens)
+                                                     registered:std::move(registered)]),
       advertiser_([[MCNearbyServiceAdvertiser alloc] initWithPeer:peer
                                                     discoveryInfo:nil
                                                       serviceType:toNSString(serviceType)]) {

@@ -22,10 +22,11 @@ std::shared_ptr<PeerSession> MacPeerLink::makeSession(const PeerID& self,
   return MacPeerSession::make(own_.at(self), tokens_, delegate);
 }
 
-std::unique_ptr<Advertiser> MacPeerLink::makeAdvertiser(const PeerID& self,
-                                                        const std::string& serviceType,
-                                                        AdvertiserDelegate& delegate) {
-  return std::make_unique<MacAdvertiser>(own_.at(self), serviceType, tokens_, delegate);
+std::unique_ptr<Advertiser> MacPeerLink::makeAdvertiser(
+    const PeerID& self, const std::string& serviceType,
+    std::shared_ptr<const RegisteredKeys> registered, AdvertiserDelegate& delegate) {
+  return std::make_unique<MacAdvertiser>(own_.at(self), serviceType, tokens_, std::move(registered),
+                                         delegate);
 }
 
 }  // namespace torvane
