@@ -26,7 +26,8 @@ std::map<std::string, std::string> loadPairedDevices(const UserDefaults& default
 
 BridgeDelegate::BridgeDelegate(Platform& platform)
     : pairedDevices(loadPairedDevices(platform.defaults)),
-      peerID(platform.peerLink.makePeerID(platform.processInfo.hostName().value_or("Mac"))),
+      peerID(platform.peerLink.makePeerID(
+          platform.processInfo.hostName().value_or(platform.texts.namelessComputer))),
       platform_(platform),
       engineLog_(platform.files, platform.processInfo.homeDirectory()),
       main_(platform.mainQueue, lifetime_) {

@@ -7,24 +7,7 @@
 namespace torvane {
 namespace {
 
-const AlertContent kHowItWorks = {
-    .message = "How Torvane works",
-    .informativeText =
-        "This menu bar app is the Mac half of Torvane. It does two jobs:\n\n"
-        "•  It runs a small local server that drives Microsoft PowerPoint — changing slides, "
-        "exporting slide pictures, and reading your speaker notes.\n\n"
-        "•  It announces itself to nearby iPads the same way AirDrop does (Bluetooth and direct "
-        "Wi\u2011Fi), so the iPad app finds this Mac by itself — no shared network, no cables, no "
-        "addresses to type.\n\n"
-        "On the iPad you see the current slide, your notes, and a tappable grid of every slide "
-        "for jumping around. A drag with the laser tool shows as a red dot on the projector, and "
-        "anything you draw with the Apple Pencil appears live over the presentation — and can be "
-        "exported afterwards as an annotated PDF.\n\n"
-        "The first time a new iPad connects, this Mac asks you to approve it, so nobody else in "
-        "the room can take over your presentation. Everything stays between your devices; "
-        "nothing goes through the internet.\n\n"
-        "Tip: tap the ? button at the top of the iPad app for a guide to every control."};
-
+// Only where the desktop has a store of privacy permissions.
 const AlertContent kFullDiskAccessOffer = {
     .message = "Stop the file-access prompts",
     .informativeText =
@@ -49,7 +32,7 @@ void BridgeDelegate::alert(const std::string& text) {
 void BridgeDelegate::showHowItWorks() {
   assertMainThread();
   platform_.application.activateIgnoringOtherApps();
-  platform_.alerts.runModal(kHowItWorks);
+  platform_.alerts.runModal(platform_.texts.howItWorks);
 }
 
 void BridgeDelegate::offerFullDiskAccess() {

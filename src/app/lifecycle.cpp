@@ -20,18 +20,6 @@ constexpr double kEngineGoodbye = 0.3;
 constexpr const char* kDidShowWelcome = "didShowWelcome";
 constexpr const char* kFullDiskAccessOffered = "fdaNudgeShown";
 
-const AlertContent kWelcome = {
-    .message = "Welcome to Torvane P2P Helper",
-    .informativeText =
-        "Your iPad can control PowerPoint on this Mac — no shared Wi\u2011Fi needed.\n\n"
-        "macOS will now ask for a few permissions. Please approve each one:\n\n"
-        "•  Accessibility — makes slide jumps instant\n"
-        "•  Local Network — lets the iPad find this Mac\n"
-        "•  “Control PowerPoint” — appears the first time the iPad connects\n\n"
-        "Then open your presentation in PowerPoint, open Torvane on the iPad, and you're set. "
-        "This app lives in the menu bar — look for the radio\u2011waves icon at the top right of "
-        "the screen."};
-
 }  // namespace
 
 void BridgeDelegate::applicationDidFinishLaunching() {
@@ -53,7 +41,7 @@ bool BridgeDelegate::welcomeOnce() {
   if (defaultsFlag(kDidShowWelcome)) return true;
   platform_.defaults.setObject(kDidShowWelcome, true);
   platform_.application.activateIgnoringOtherApps();
-  platform_.alerts.runModal(kWelcome);
+  platform_.alerts.runModal(platform_.texts.welcome);
   return false;
 }
 

@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "app/bridge_delegate.h"
-#include "protocol/constants.h"
 
 namespace torvane {
 namespace {
@@ -37,12 +36,13 @@ void addLinkStatus(Menu& menu, const StatusMenuInputs& inputs) {
   }
 }
 
-void addEngine(Menu& menu, const StatusMenuInputs& inputs, const StatusMenuActions& actions) {
+void addEngine(Menu& menu, const DesktopTexts& texts, const StatusMenuInputs& inputs,
+               const StatusMenuActions& actions) {
   if (inputs.serverRunning) {
-    menu.push_back(information("PowerPoint server running on port " + std::to_string(PORT)));
+    menu.push_back(information(texts.engineRunning));
     menu.push_back(makeItem("Stop Server", actions.stopServer));
   } else {
-    menu.push_back(information("PowerPoint server not running"));
+    menu.push_back(information(texts.engineNotRunning));
     menu.push_back(makeItem("Start Server", actions.startServer));
   }
 }
@@ -70,11 +70,12 @@ void addUpdate(Menu& menu, const StatusMenuInputs& inputs, const StatusMenuActio
 
 }  // namespace
 
-std::vector<MenuItem> statusMenu(const StatusMenuInputs& inputs, const StatusMenuActions& actions) {
+std::vector<MenuItem> statusMenu(const DesktopTexts& texts, const StatusMenuInputs& inputs,
+                                 const StatusMenuActions& actions) {
   Menu menu;
   addLinkStatus(menu, inputs);
   menu.push_back(separator());
-  addEngine(menu, inputs, actions);
+  addEngine(menu, texts, inputs, actions);
   menu.push_back(separator());
   addPairedDevices(menu, inputs.pairedNames, actions);
   addUpdate(menu, inputs, actions);
@@ -106,7 +107,7 @@ StatusMenuInputs BridgeDelegate::statusMenuInputs() const {
 
 std::vector<MenuItem> BridgeDelegate::menuNeedsUpdate() {
   assertMainThread();
-  return statusMenu(statusMenuInputs(),
+  return statusMenu(platform_.texts, statusMenuInputs(),
                     {.startServer = [this] { startServer(); },
                      .stopServer = [this] { stopServer(); },
                      .forgetPairedDevices = [this] { forgetPairedDevices(); },

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "app/desktop_texts.h"
 #include "app/status_item.h"
 
 namespace torvane {
@@ -36,7 +37,8 @@ struct StatusMenuActions {
   std::function<void()> quit;
 };
 
-[[nodiscard]] std::vector<MenuItem> statusMenu(const StatusMenuInputs& inputs,
+[[nodiscard]] std::vector<MenuItem> statusMenu(const DesktopTexts& texts,
+                                               const StatusMenuInputs& inputs,
                                                const StatusMenuActions& actions);
 
 }  // namespace torvane

@@ -18,12 +18,6 @@ std::string folderOf(const std::string& path) {
   return path.substr(0, path.rfind('/'));
 }
 
-std::string earlyExitText(int status, const std::string& tail, const std::string& logPath) {
-  return "The PowerPoint server stopped straight after starting (exit code " +
-         std::to_string(status) + ").\n\n" + (tail.empty() ? "It gave no explanation." : tail) +
-         "\n\nFull log: " + logPath;
-}
-
 }  // namespace
 
 // A script next to the application overrides the one inside it.
@@ -38,7 +32,7 @@ void BridgeDelegate::startServer() {
   if (serverRunning || (child && child->isRunning())) return;
   const auto script = serverScriptPath();
   if (!script) {
-    alert("Cannot find torvane.py next to the app or in the bundle.");
+    alert(platform_.texts.scriptMissing);
     return;
   }
   const auto problem = pythonProblem(platform_.python, platform_.files, platform_.processes,
@@ -91,7 +85,9 @@ void BridgeDelegate::engineDidExit(const std::shared_ptr<ChildProcess>& process,
   child = nullptr;
   checkStatus();
   if (status == 0 || platform_.clock.unixTime() - launchedAt >= kEarlyExit) return;
-  alert(earlyExitText(status, engineLog_.tail(logOffset), engineLog_.path()));
+  const std::string tail = engineLog_.tail(logOffset);
+  alert(platform_.texts.engineStopped(status, tail.empty() ? "It gave no explanation." : tail,
+                                      engineLog_.path()));
 }
 
 void BridgeDelegate::stopServer() {

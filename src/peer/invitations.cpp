@@ -8,15 +8,6 @@
 namespace torvane {
 namespace {
 
-AlertContent pairingAlert(const std::string& name) {
-  return {.message = "Pair with “" + name + "”?",
-          .informativeText = "A device named “" + name +
-                             "” wants to control PowerPoint on this Mac. Pair it if it's yours — "
-                             "it will connect automatically from then on. You can forget paired "
-                             "devices from the menu bar icon.",
-          .buttons = {"Pair", "Ignore"}};
-}
-
 AlertContent legacyClientAlert(const std::string& name) {
   return {.message = "“" + name + "” needs the new Torvane app",
           .informativeText =
@@ -78,7 +69,7 @@ void BridgeDelegate::presentNextPairingAlert() {
 
   pairingAlertUp = true;
   platform_.application.activateIgnoringOtherApps();
-  const bool accept = platform_.alerts.runModal(pairingAlert(name)) == kAlertFirstButton;
+  const bool accept = platform_.alerts.runModal(platform_.texts.pairing(name)) == kAlertFirstButton;
   pairingAlertUp = false;
 
   answerInvitations(deviceKey, name, accept);

@@ -4,6 +4,7 @@
 #include "app/application.h"
 #include "app/bundle.h"
 #include "app/clock.h"
+#include "app/desktop_texts.h"
 #include "app/login_item.h"
 #include "app/main_queue.h"
 #include "app/permissions.h"
@@ -50,6 +51,7 @@ struct Platform {
   OverlaySurfaces& overlaySurfaces;
   PictureDecoder& pictures;
   const PythonSystem& python;
+  const DesktopTexts& texts;
 };
 
 }  // namespace torvane

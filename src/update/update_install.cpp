@@ -15,8 +15,8 @@ constexpr std::uint64_t kMostArchiveBytes = std::uint64_t{1} << 30;
 constexpr const char* kNotDownloaded =
     "The download failed. Check the internet connection and try again from the menu.";
 
-AlertContent confirmation(const std::string& build) {
-  return {.message = "Update the Mac helper?",
+AlertContent confirmation(const std::string& question, const std::string& build) {
+  return {.message = question,
           .informativeText =
               "Build " + build +
               " will be downloaded and this app will restart — the iPad reconnects by itself a few "
@@ -35,7 +35,10 @@ void BridgeDelegate::installUpdate() {
   if (!availableUpdate || updateInProgress) return;
   const std::string build = *availableUpdate;
   platform_.application.activateIgnoringOtherApps();
-  if (platform_.alerts.runModal(confirmation(build)) != kAlertFirstButton) return;
+  if (platform_.alerts.runModal(confirmation(platform_.texts.updateQuestion, build)) !=
+      kAlertFirstButton) {
+    return;
+  }
   if (updateInProgress) return;  // confirmed in another alert, which came up over this one
   updateInProgress = true;
   downloadUpdate(build);

@@ -45,14 +45,14 @@ class StatusMenuValue : public testing::Test {
   std::function<void()> logging(const char* name) {
     return [this, name] { called.emplace_back(name); };
   }
-  Lines lines() { return read(statusMenu(inputs, actions)); }
+  Lines lines() { return read(statusMenu(kMacTexts, inputs, actions)); }
   bool shows(const std::string& line) {
     const auto all = lines();
     return std::count(all.begin(), all.end(), line) == 1;
   }
   // What the entry of this title calls.
   std::string choose(const std::string& title) {
-    for (const auto& item : statusMenu(inputs, actions)) {
+    for (const auto& item : statusMenu(kMacTexts, inputs, actions)) {
       if (item.title == title && item.action) item.action();
     }
     return called.empty() ? "" : called.back();

@@ -78,9 +78,9 @@ class EngineStartTest(DialogStage):
                            "Library/Logs/Torvane P2P Helper/engine.log")
         self.assertEqual(
             self.told("engine-died"),
-            "The PowerPoint server stopped straight after starting (exit code 3).\n\n"
+            "The presentation server stopped straight after starting (exit code 3).\n\n"
             f"<b>No</b> slides today.\n\nFull log: {log}")
-        self.assertIn("PowerPoint server not running", self.item.labels())
+        self.assertIn("Presentation server not running", self.item.labels())
 
     def test_says_when_an_engine_dies_without_a_word(self):
         self.start(self.replace_engine("raise SystemExit(7)\n"))

@@ -38,6 +38,8 @@ struct SimulatedPlatform {
   FakeScreens screens;
   FakeOverlaySurfaces overlaySurfaces;
   FakePictureDecoder pictures{time};
+  PythonSystem python = kMacPython;
+  DesktopTexts texts = kMacTexts;
 
   Platform ports{application,   statusBar,       alerts,
                  mainQueue,     backgroundQueue, clock,
@@ -46,7 +48,7 @@ struct SimulatedPlatform {
                  workspace,     loginItem,       http,
                  peerLink,      files,           processes,
                  windowServer,  screens,         overlaySurfaces,
-                 pictures,      kMacPython};
+                 pictures,      python,          texts};
 
   SimulatedPlatform();
   ~SimulatedPlatform();

@@ -103,7 +103,8 @@ struct LinuxPlatform {
                  .screens = screens,
                  .overlaySurfaces = overlaySurfaces,
                  .pictures = pictures,
-                 .python = kLinuxPython};
+                 .python = kLinuxPython,
+                 .texts = kLinuxTexts};
 };
 
 void configureQt() {

@@ -76,7 +76,8 @@ struct MacPlatform {
                  .screens = screens,
                  .overlaySurfaces = overlaySurfaces,
                  .pictures = pictures,
-                 .python = kMacPython};
+                 .python = kMacPython,
+                 .texts = kMacTexts};
 };
 
 }  // namespace

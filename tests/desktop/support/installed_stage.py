@@ -16,7 +16,7 @@ from update_world import Site, enter
 
 IPAD = "iPad"
 UPDATING = "Updating…"
-QUESTION = "Update the Mac helper?"
+QUESTION = "Update the helper?"
 BUTTONS = ["Update and Restart", "Later"]
 NOT_UNPACKED = "Helper update not installed.\n\nThe downloaded file could not be unpacked."
 

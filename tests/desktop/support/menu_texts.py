@@ -1,7 +1,7 @@
 """What the program's menu says, as a panel shows it: "-" for a separator."""
 
-ENGINE_ON = ["PowerPoint server running on port 8484", "Stop Server", "-"]
-ENGINE_OFF = ["PowerPoint server not running", "Start Server", "-"]
+ENGINE_ON = ["Presentation server running on port 8484", "Stop Server", "-"]
+ENGINE_OFF = ["Presentation server not running", "Start Server", "-"]
 REST = ["How Does This Work?", "Launch at Login", "Quit"]
 FORGET = "Forget Paired Devices…"
 
