@@ -74,10 +74,10 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_PACKAGE_HOMEPAGE ${TORVANE_UPDATE_BASE})
-# Libraries are found by what the programs are linked with. The engine runs on Python; without Avahi
-# iPads do not find this computer, but can connect by its address.
+# Libraries are found by what the programs are linked with. The engine runs on Python, and
+# drives LibreOffice through python3-uno; without Avahi iPads do not find this computer, but can
+# connect by its address.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS python3)
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS avahi-daemon)
-set(CPACK_DEBIAN_PACKAGE_SUGGESTS libreoffice-impress)
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "avahi-daemon, libreoffice-impress, python3-uno")
 include(CPack)

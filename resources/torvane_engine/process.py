@@ -9,7 +9,7 @@ import signal
 import socket
 import sys
 import threading
-from typing import Callable
+from typing import Callable, List
 
 from . import VERSION
 from .api import Api
@@ -17,6 +17,8 @@ from .engine import Engine
 from .http_server import ADDRESS, accept_connections, open_listener
 from .log import log_error, write_line
 from .presenters.chooser import Chooser
+from .presenters.impress.presenter import Impress
+from .presenters.presenter import Presenter
 from .presenters.presenter_thread import PresenterThread
 from .presenters.sample_deck import SampleDeck
 
@@ -65,6 +67,12 @@ def parse_arguments() -> argparse.Namespace:
     return parser.parse_args()
 
 
+def presenters() -> List[Presenter]:
+    """In their order of preference; the last one is always there."""
+    # A Mac's own Python has no way to LibreOffice.
+    return ([Impress()] if sys.platform == "linux" else []) + [SampleDeck()]
+
+
 def run(port: int) -> int:
     # A signal may reach any thread; through the socket it wakes this one wherever it landed.
     wake, waker = socket.socketpair()
@@ -77,7 +85,7 @@ def run(port: int) -> int:
     if listener is None:
         return 1
     port = listener.getsockname()[1]
-    chooser = Chooser([PresenterThread(SampleDeck())])
+    chooser = Chooser([PresenterThread(one) for one in presenters()])
     chooser.start()
     api = Api(Engine(chooser), port, stop=lambda: waker.send(b"stop"))
     threading.Thread(target=accept_connections, args=(listener, api), daemon=True).start()
@@ -86,6 +94,7 @@ def run(port: int) -> int:
         if not parent_lives():
             log_error("the helper has gone; ending")
             break
+    chooser.close()
     return 0
 
 

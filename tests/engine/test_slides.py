@@ -6,6 +6,7 @@ import zlib
 
 from engine_support import EngineTest
 from torvane_engine import VERSION
+from torvane_engine.presenters.impress.running_office import NOT_RUNNING
 from torvane_engine.presenters.sample_drawing import draw_slide
 
 
@@ -15,7 +16,7 @@ class SlideTest(EngineTest):
             "version": VERSION, "deck": "Torvane sample deck", "document": "sample",
             "slide": 1, "count": 5, "title": "Welcome to Torvane", "step": 0, "steps": 0,
             "presenting": False, "blank": False, "atEnd": False, "aspect": 0.5625,
-            "problem": None, "progress": None, "strokes": 0, "inkSeq": 0, "overlayV": 0})
+            "problem": NOT_RUNNING, "progress": None, "strokes": 0, "inkSeq": 0, "overlayV": 0})
 
     def test_goto_answers_with_the_new_state(self):
         state = self.engine.post("/api/goto", {"slide": 4})

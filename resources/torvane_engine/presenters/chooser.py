@@ -28,6 +28,10 @@ class Chooser:
         for thread in self._threads:
             thread.first_look.wait(max(deadline - time.monotonic(), 0))
 
+    def close(self) -> None:
+        for thread in self._threads:
+            thread.stop()
+
     def active(self) -> PresenterThread:
         """The one whose show runs; one that is out of reach for a moment; the one that was chosen;
         the first that has a presentation."""

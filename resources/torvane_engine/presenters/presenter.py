@@ -129,4 +129,5 @@ class Presenter(abc.ABC):
         """The slide with all its objects as a PNG or JPEG file `width` pixels wide; without ink."""
 
     def close(self) -> None:
-        """The engine ends or the presenter is no longer wanted. Must not wait for the program."""
+        """The engine ends or the presenter is no longer wanted. Must not wait for the program, and
+        is called by another thread, perhaps in the middle of a call."""

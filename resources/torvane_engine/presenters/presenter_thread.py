@@ -70,8 +70,10 @@ class PresenterThread:
         threading.Thread(target=self._run, name=self.presenter.name, daemon=True).start()
 
     def stop(self) -> None:
+        """Does not wait for a call that is on its way; the process is about to end."""
         self._stopped = True
         self._wake.set()
+        self.presenter.close()
 
     def submit(self, action: str, *arguments: Any) -> Ticket:
         """Queues an action, named by Presenter's method. Raises Refused, with the problem there is."""
@@ -107,7 +109,6 @@ class PresenterThread:
             seconds = self.turn() - self._clock()
             if seconds > 0:
                 self._wake.wait(min(seconds, 3600.0))
-        self.presenter.close()
 
     def turn(self) -> float:
         """One thing, the most urgent first; returns when the next may be due."""
@@ -126,7 +127,8 @@ class PresenterThread:
         except (Absent, Unavailable) as error:
             self._fail(str(error), isinstance(error, Absent))
         except Exception as error:  # a fault of a presenter must not end the others
-            log_error(f"{self.presenter.name}: {error!r}")
+            if not self._stopped:
+                log_error(f"{self.presenter.name}: {error!r}")
             self._fail("The engine could not drive the presentation; its log says why.", False)
         return now
 
@@ -162,6 +164,8 @@ class PresenterThread:
             self.snapshot = snapshot
 
     def _fail(self, problem: str, absent: bool) -> None:
+        if self._stopped:
+            return  # it was closed in the middle of a call
         self._next_look = self._clock() + self.presenter.retry_seconds
         if problem != self.snapshot.problem and self.first_look.is_set():
             log_error(f"{self.presenter.name}: {problem}")

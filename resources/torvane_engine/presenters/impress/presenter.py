@@ -1,0 +1,91 @@
+"""The engine's side of LibreOffice Impress."""
+from __future__ import annotations
+
+import os
+import shutil
+import sys
+import tempfile
+from typing import Any
+
+from ..lines import Gone, LineProcess, Silent
+from ..presenter import Absent, Document, Look, Page, Presenter, Refused, Unavailable
+from . import running_office
+
+CALL_SECONDS = 1.5
+START_SECONDS = 5.0  # for the child, UNO and the way to the office
+LONG_SECONDS = 10.0
+PACKAGES = os.path.dirname(os.path.dirname(os.path.dirname(os.path.dirname(__file__))))
+SILENT = "LibreOffice does not answer: look whether it asks something on the computer."
+LOST = "The connection to LibreOffice was lost; it is being looked for."
+PROBLEMS = {"Absent": Absent, "Refused": Refused, "Unavailable": Unavailable}
+
+
+class Impress(Presenter):
+    name = "LibreOffice"
+
+    def __init__(self, process: Any = None) -> None:
+        self._process = process or LineProcess(
+            [sys.executable, "-B", "-m", __package__],
+            {**os.environ, "PYTHONPATH": PACKAGES, "PYTHONDONTWRITEBYTECODE": "1"})
+        self._folder = tempfile.mkdtemp(prefix="torvane-")
+
+    def _ask(self, seconds: float, action: str, *arguments: Any) -> Any:
+        if not self._process.is_running:
+            if not running_office.may_run():
+                raise Absent(running_office.NOT_RUNNING)
+            seconds = max(seconds, START_SECONDS)
+        try:
+            answer = self._process.ask({"do": action, "with": arguments}, seconds)
+        except Silent:
+            raise Unavailable(SILENT) from None
+        except Gone:
+            raise Unavailable(LOST) from None
+        problem = answer.get("problem")
+        if problem is None:
+            return answer.get("answer")
+        if problem in PROBLEMS:
+            if problem == "Absent" and not running_office.may_run():
+                self._process.end()  # needs no memory until an office is there
+            raise PROBLEMS[problem](answer["text"])
+        raise Unavailable(LOST)
+
+    def look(self) -> Look:
+        answer = self._ask(CALL_SECONDS, "look")
+        documents = tuple(Document(*one) for one in answer.pop("documents"))
+        return Look(documents, **answer)
+
+    def next(self) -> None:
+        self._ask(CALL_SECONDS, "next")
+
+    def previous(self) -> None:
+        self._ask(CALL_SECONDS, "previous")
+
+    def go_to(self, page: int) -> None:
+        self._ask(CALL_SECONDS, "go_to", page)
+
+    def start(self) -> None:
+        self._ask(CALL_SECONDS, "start")
+
+    def end(self) -> None:
+        self._ask(CALL_SECONDS, "end")
+
+    def blank(self, on: bool) -> None:
+        self._ask(CALL_SECONDS, "blank", on)
+
+    def choose(self, document: str) -> None:
+        self._ask(CALL_SECONDS, "choose", document)
+
+    def read_page(self, document: str, page: int) -> Page:
+        return Page(*self._ask(LONG_SECONDS, "read_page", document, page))
+
+    def picture(self, document: str, page: int, width: int) -> bytes:
+        path = os.path.join(self._folder, "slide.png")
+        self._ask(LONG_SECONDS, "picture", document, page, width, path)
+        with open(path, "rb") as file:
+            data = file.read()
+        os.remove(path)
+        return data
+
+    def close(self) -> None:
+        self._process.end()
+        shutil.rmtree(self._folder, ignore_errors=True)

@@ -1,0 +1,117 @@
+"""Talks in lines with something that may hang or die: one JSON object for a question, one for its
+answer, and a time limit for each."""
+from __future__ import annotations
+
+import json
+import os
+import select
+import subprocess
+import time
+from typing import Any, Dict, Optional, Sequence
+
+MAX_LINE = 4 * 1024 * 1024
+
+
+class Gone(Exception):
+    """The other side has ended, or talks nonsense."""
+
+
+class Silent(Exception):
+    """No answer in time. What was asked for may still happen."""
+
+
+class Lines:
+    """Questions and answers over two descriptors, which may be one socket."""
+
+    def __init__(self, incoming: int, outgoing: int) -> None:
+        self._incoming, self._outgoing = incoming, outgoing
+        self._received = b""
+        self._number = 0
+
+    def ask(self, question: Dict[str, Any], seconds: float) -> Dict[str, Any]:
+        """Raises Gone and Silent. Late answers to earlier questions are passed over."""
+        deadline = time.monotonic() + seconds
+        self._number += 1
+        self._write(json.dumps({**question, "id": self._number}).encode("ascii") + b"\n", deadline)
+        while True:
+            try:
+                answer = json.loads(self._line(deadline))
+            except (ValueError, RecursionError):
+                raise Gone("no JSON") from None
+            if not isinstance(answer, dict):
+                raise Gone("no JSON object")
+            if answer.get("id") == self._number:
+                return answer
+
+    def _write(self, data: bytes, deadline: float) -> None:
+        while data:
+            left = deadline - time.monotonic()
+            if left <= 0 or not select.select([], [self._outgoing], [], left)[1]:
+                raise Silent()
+            try:
+                data = data[os.write(self._outgoing, data[:select.PIPE_BUF]):]
+            except OSError as error:
+                raise Gone(str(error)) from None
+
+    def _line(self, deadline: float) -> bytes:
+        while True:
+            line, end, rest = self._received.partition(b"\n")
+            if end:
+                self._received = rest
+                return line
+            if len(line) > MAX_LINE:
+                raise Gone("a line without end")
+            left = deadline - time.monotonic()
+            if left <= 0 or not select.select([self._incoming], [], [], left)[0]:
+                raise Silent()
+            try:
+                data = os.read(self._incoming, 65536)
+            except OSError as error:
+                raise Gone(str(error)) from None
+            if not data:
+                raise Gone("closed")
+            self._received += data
+
+
+class LineProcess:
+    """A child process that answers lines on its standard output. It is started with the first
+    question, and anew after it was given up."""
+
+    def __init__(self, command: Sequence[str], environment: Optional[Dict[str, str]] = None) -> None:
+        self._command, self._environment = list(command), environment
+        self._process: Optional[subprocess.Popen] = None
+        self._lines: Optional[Lines] = None
+
+    @property
+    def is_running(self) -> bool:
+        return self._process is not None
+
+    def ask(self, question: Dict[str, Any], seconds: float) -> Dict[str, Any]:
+        """Raises Gone and Silent, having ended the process: it can only be started anew then."""
+        if self._process is None:
+            self._start()
+        try:
+            return self._lines.ask(question, seconds)
+        except (Gone, Silent):
+            self.end()
+            raise
+
+    def _start(self) -> None:
+        try:
+            self._process = subprocess.Popen(
+                self._command, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                stderr=subprocess.DEVNULL, env=self._environment, bufsize=0)
+        except OSError as error:
+            raise Gone(str(error)) from None
+        os.set_blocking(self._process.stdin.fileno(), False)
+        self._lines = Lines(self._process.stdout.fileno(), self._process.stdin.fileno())
+
+    def end(self) -> None:
+        """At once, whatever it is doing."""
+        process, self._process = self._process, None
+        if process is None:
+            return
+        process.kill()
+        process.stdin.close()
+        process.stdout.close()
+        process.wait()

@@ -1,0 +1,137 @@
+"""LibreOffice Impress itself, on a private display. Skipped where it is not installed."""
+from __future__ import annotations
+
+import http.client
+import json
+import os
+import signal
+import threading
+import time
+import unittest
+
+import decks
+from presenter_suite import SOON, PresenterSuite
+from private_office import PrivateOffice, missing, wait_until
+
+LACKS = missing()
+WITHIN = 3.0  # a problem is told and forgotten
+
+
+class OfficeTest(unittest.TestCase):
+    """One office with one deck, for all tests of a class."""
+
+    size = (28, 15.75)
+    deck = "deck.odp"
+
+    @classmethod
+    def setUpClass(cls):
+        if LACKS:
+            raise unittest.SkipTest(f"not installed: {LACKS}")
+        cls.office = PrivateOffice()
+        cls.addClassCleanup(cls.office.close)
+        decks.write(cls.office.path("deck.odp"), decks.slides(8), cls.size)
+        if cls.deck != "deck.odp":
+            cls.office.convert(cls.office.path("deck.odp"), cls.deck.rpartition(".")[2])
+        cls.office.start(cls.office.path(cls.deck))
+        cls.engine = cls.office.start_engine()
+        cls.reach()
+
+    @classmethod
+    def reach(cls):
+        wait_until(lambda: cls.engine.get("/api/state")["deck"] == cls.deck, "Impress is driven")
+
+    def press(self, key):
+        self.office.key(key)
+
+
+class OdpTest(OfficeTest, PresenterSuite):
+    pass
+
+
+class FourToThreeTest(OfficeTest, PresenterSuite):
+    size, aspect = (28, 21), 0.75
+
+
+class PptxTest(OfficeTest, PresenterSuite):
+    deck = "deck.pptx"
+
+
+class TroubleTest(OfficeTest):
+    """An office that is frozen, killed, started anew; documents that come and go."""
+
+    def watch(self):
+        """Polls ink and state; the list of what the state said, and how long answers took."""
+        seen, times, stop = [], [], threading.Event()
+
+        def poll():
+            client = http.client.HTTPConnection("127.0.0.1", self.engine.port, timeout=SOON)
+            while not stop.is_set():
+                for path in ("/api/ink/events?since=0", "/api/state"):
+                    before = time.monotonic()
+                    client.request("GET", path)
+                    answer = json.loads(client.getresponse().read())
+                    times.append(time.monotonic() - before)
+                seen.append((time.monotonic(), answer["problem"], answer["presenting"]))
+                time.sleep(0.02)
+            client.close()
+
+        thread = threading.Thread(target=poll)
+        thread.start()
+        self.addCleanup(thread.join)
+        self.addCleanup(stop.set)
+        return seen, times
+
+    def since(self, seen, start, holds):
+        def found():
+            return next((at - start for at, *what in list(seen) if at >= start and holds(*what)),
+                        None)
+        return wait_until(found, "it is told", 60)
+
+    def test_frozen_killed_and_started_again(self):
+        self.engine.post("/api/show/start")
+        wait_until(lambda: self.engine.get("/api/state")["presenting"], "the show", SOON)
+        seen, times = self.watch()
+        process = self.office.pid()
+
+        os.kill(process, signal.SIGSTOP)
+        start = time.monotonic()
+        told = self.since(seen, start, lambda problem, _: problem and "does not answer" in problem)
+        self.assertLess(told, WITHIN)
+        self.assertTrue(seen[-1][2], "ink stays over a show that is frozen")
+        status, answer = self.engine.call("POST", "/api/next")
+        self.assertEqual((status, "does not answer" in answer["error"]), (409, True))
+        os.kill(process, signal.SIGCONT)
+        start = time.monotonic()
+        self.assertLess(self.since(seen, start, lambda problem, _: problem is None), WITHIN)
+
+        self.office.kill_office()
+        start = time.monotonic()
+        told = self.since(seen, start, lambda problem, _: problem and "not running" in problem)
+        self.assertLess(told, WITHIN)
+        self.assertFalse(seen[-1][2])
+
+        self.office.start(self.office.path(self.deck))
+        self.reach()
+        times.sort()
+        self.assertLess(times[len(times) // 2], 0.05)
+        self.assertLess(times[-1], 1.0)  # 50 ms on a machine with nothing else to do
+
+    def test_documents_come_and_go(self):
+        first = self.engine.get("/api/documents")["document"]
+        other = self.office.path("other.odp")
+        decks.write(other, decks.slides(3))
+        self.office.open(other)
+        state = wait_until(lambda: (lambda now: now["deck"] == "other.odp" and now)(
+            self.engine.get("/api/state")), "the new document is in front")
+        self.assertEqual(state["count"], 3)
+        self.assertEqual(self.engine.post("/api/document", {"document": first})["deck"], "deck.odp")
+        self.assertEqual(self.engine.post("/api/document", {"document": state["document"]})["deck"],
+                         "other.odp")
+        self.office.key("ctrl+w")
+        wait_until(lambda: self.engine.get("/api/state")["deck"] == "deck.odp", "the other is left")
+        titles = [one["title"] for one in self.engine.get("/api/documents")["documents"]]
+        self.assertNotIn("other.odp", titles)
+
+
+if __name__ == "__main__":
+    unittest.main()
