@@ -16,6 +16,7 @@ constexpr std::uint64_t kLargestLog = 2'000'000;
 constexpr std::size_t kLongestTail = 65'536;
 constexpr std::size_t kLinesShown = 6;
 constexpr std::size_t kLongestLine = 500;
+constexpr const char* kEllipsis = "…";
 
 std::string_view trimmed(std::string_view line) {
   const auto first = line.find_first_not_of(" \t");
@@ -23,19 +24,28 @@ std::string_view trimmed(std::string_view line) {
   return line.substr(first, line.find_last_not_of(" \t") - first + 1);
 }
 
+// What went wrong stands at a line's end.
 std::string shortened(std::string_view line) {
-  const auto shown = utf8Prefix(line, kLongestLine);
-  return std::string(shown) + (shown.size() < line.size() ? "…" : "");
+  const auto shown = utf8Suffix(line, kLongestLine);
+  return (shown.size() < line.size() ? kEllipsis : "") + std::string(shown);
 }
 
-Bytes readToEnd(FileHandle& file) {
-  Bytes bytes;
-  while (bytes.size() < kLongestTail) {
-    const Bytes chunk = file.read(kLongestTail - bytes.size());
+std::string readToEnd(FileHandle& file, std::size_t most) {
+  std::string text;
+  while (text.size() < most) {
+    const Bytes chunk = file.read(most - text.size());
     if (chunk.empty()) break;
-    bytes.insert(bytes.end(), chunk.begin(), chunk.end());
+    text += asText(chunk);
   }
-  return bytes;
+  return text;
+}
+
+// Without its first byte, and what then is left of a character. That byte tells whether the cut
+// goes through a line.
+std::string afterCut(std::string_view text) {
+  const auto kept = utf8Suffix(text, kLongestTail);
+  const bool isWithinALine = !text.starts_with('\n') && !kept.starts_with('\n');
+  return (isWithinALine ? kEllipsis : "") + std::string(kept);
 }
 
 }  // namespace
@@ -63,12 +73,10 @@ std::string EngineLog::tail(std::uint64_t offset) const {
   if (!handle) return {};
   const std::uint64_t size = files_.fileSize(file).value_or(0);
   const bool isCut = size > offset && size - offset > kLongestTail;
-  handle->seek(isCut ? size - kLongestTail : offset);
+  handle->seek(isCut ? size - kLongestTail - 1 : offset);
 
-  const Bytes bytes = readToEnd(*handle);
-  std::string_view text = asText(bytes);
-  // A cut may have gone through a character; the line it went through is dropped with it.
-  if (isCut) text.remove_prefix(std::min(text.size(), text.find('\n')));
+  std::string text = readToEnd(*handle, kLongestTail + 1);
+  if (isCut) text = afterCut(text);
   return isValidUtf8(text) ? lastLines(text) : std::string();
 }
 

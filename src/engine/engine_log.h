@@ -22,7 +22,7 @@ class EngineLog {
   [[nodiscard]] std::unique_ptr<FileHandle> open() const;
 
   // The last six lines that are not blank, written at or after `offset`; empty when there are none
-  // or they are not UTF-8. Reads 64 KiB at most.
+  // or they are not UTF-8. Reads little more than 64 KiB at most: of a longer line the end.
   [[nodiscard]] std::string tail(std::uint64_t offset) const;
 
  private:
@@ -30,8 +30,8 @@ class EngineLog {
   std::string folder_;
 };
 
-// The last six lines of a text that are not blank, without spaces and tabs around them and each
-// cut to a length that an alert can show.
+// The last six lines of a text that are not blank, without spaces and tabs around them. Of a line
+// that is too long for an alert the end, behind an ellipsis.
 [[nodiscard]] std::string lastLines(std::string_view text);
 
 // The line that begins each run: "\n===== engine start 2026-11-21 08:03:11 +0000 =====\n".

@@ -61,6 +61,13 @@ std::string_view utf8Prefix(std::string_view text, std::size_t most) {
   return text.substr(0, most);
 }
 
+std::string_view utf8Suffix(std::string_view text, std::size_t most) {
+  if (text.size() <= most) return text;
+  text.remove_prefix(text.size() - most);
+  while (!text.empty() && isContinuation(text.front())) text.remove_prefix(1);
+  return text;
+}
+
 std::optional<char32_t> takeCharacter(std::string_view& text) {
   const std::size_t length = text.empty() ? 0 : characterLength(text);
   if (length == 0) return std::nullopt;

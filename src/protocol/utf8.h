@@ -14,6 +14,9 @@ namespace torvane {
 // character in two.
 [[nodiscard]] std::string_view utf8Prefix(std::string_view text, std::size_t most);
 
+// The longest end of such a text, likewise.
+[[nodiscard]] std::string_view utf8Suffix(std::string_view text, std::size_t most);
+
 // Takes the first character off a text; none, and nothing taken, when the text is empty or does not
 // begin with a well-formed character.
 [[nodiscard]] std::optional<char32_t> takeCharacter(std::string_view& text);

@@ -89,16 +89,39 @@ TEST_F(EngineLogFile, EndlessOutputIsReadFromItsEnd) {
   EXPECT_EQ(tailOf(text), lastLines(text));
 }
 
-TEST_F(EngineLogFile, LongLineIsCutWithoutBreakingACharacter) {
+TEST_F(EngineLogFile, OfALongLineTheEndIsShownWithoutBreakingACharacter) {
   std::string line;
   for (int i = 0; i < 400; ++i) line += "€";
   std::string expected;
   for (int i = 0; i < 166; ++i) expected += "€";
-  EXPECT_EQ(tailOf(line), expected + "…");
+  EXPECT_EQ(tailOf("first\n" + line), "first\n…" + expected);
 }
 
-TEST_F(EngineLogFile, OneEndlessLineIsNotShownInHalves) {
-  EXPECT_EQ(tailOf(std::string(1'000'000, 'x')), "");
+TEST_F(EngineLogFile, OfALineLongerThanWhatIsReadTheEndIsShown) {
+  const std::string reason = "OSError: port in use";
+  const std::string dots(500 - reason.size(), '.');
+  EXPECT_EQ(tailOf(std::string(1'000'000, '.') + reason + "\n"), "…" + dots + reason);
+}
+
+// Wherever the cut goes through a character of four bytes.
+TEST_F(EngineLogFile, OfALineLongerThanWhatIsReadNoCharacterIsBroken) {
+  for (int end = 0; end < 4; ++end) {
+    std::string text;
+    for (int i = 0; i < 20'000; ++i) text += "😀";
+    const std::string tail = tailOf(text + std::string(end, '!'));
+    EXPECT_TRUE(tail.starts_with("…😀")) << end;
+    EXPECT_TRUE(tail.ends_with("😀" + std::string(end, '!'))) << end;
+  }
+}
+
+TEST_F(EngineLogFile, CutJustAfterALineFeedKeepsTheWholeLine) {
+  const std::string last = "last\n";
+  for (const std::size_t before : {0U, 1U, 2U}) {
+    const std::string line = "whole" + std::string(65'536 - 5 - 1 - last.size() - before, ' ');
+    const std::string text = std::string(100, 'x') + "\n" + line + "\n" + last;
+    const std::string cut = before == 0 ? "whole" : before == 1 ? "whole" : "…x\nwhole";
+    EXPECT_EQ(tailOf(text), cut + "\nlast") << before;
+  }
 }
 
 TEST(EngineStartBanner, NamesTheTimeInUniversalTime) {

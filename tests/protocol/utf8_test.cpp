@@ -127,5 +127,19 @@ TEST(Utf8Prefix, NeverCutsACharacter) {
   }
 }
 
+TEST(Utf8Suffix, KeepsATextThatFits) {
+  EXPECT_EQ(utf8Suffix("", 0), "");
+  EXPECT_EQ(utf8Suffix("abc", 3), "abc");
+  EXPECT_EQ(utf8Suffix("abc", 100), "abc");
+}
+
+TEST(Utf8Suffix, NeverCutsACharacter) {
+  const std::string text = "a\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80z";  // 1, 2, 3, 4 and 1 bytes
+  const std::size_t expected[] = {0, 1, 1, 1, 1, 5, 5, 5, 8, 8, 10, 11};
+  for (std::size_t most = 0; most <= text.size(); ++most) {
+    EXPECT_EQ(utf8Suffix(text, most).size(), expected[most]) << most;
+  }
+}
+
 }  // namespace
 }  // namespace torvane
