@@ -83,8 +83,12 @@ class BridgeDelegate final : public MenuDelegate,
   // The keys of pairedDevices as other threads may read them: each change is made to both.
   const std::shared_ptr<RegisteredKeys> registeredKeys = std::make_shared<RegisteredKeys>();
   [[nodiscard]] bool isPaired(const std::string& deviceKey) const;
-  void pair(const std::string& deviceKey, const std::string& name);
-  void forgetAllPairings();
+  bool savesAgain = false;  // a change is not on disk yet, and will be tried again
+  // False: it holds, but could not be saved.
+  bool pair(const std::string& deviceKey, const std::string& name);
+  bool forgetAllPairings();
+  bool retryUnless(bool saved);  // gives back what it is given
+  void savePairingsAgain();
   void admitPeer(const PeerID& peer, const std::string& deviceKey);
   void dropPeer(const PeerID& peer);
 
@@ -115,6 +119,7 @@ class BridgeDelegate final : public MenuDelegate,
   void presentNextPairingAlert();
   void answerInvitations(const std::string& deviceKey, const std::string& name, bool accept);
   void warnLegacyClient(const std::string& name);
+  void warnNotSaved(const std::string& text);
   void forgetPairedDevices();
 
   // bridge/request_dispatch.cpp

@@ -68,6 +68,7 @@ void BridgeDelegate::applicationWillTerminate() {
   assert(advertiser && session);  // made at launch, never given up
   advertiser->stop();
   session->disconnect();
+  savePairingsAgain();
   if (!child) return;
   stoppingServer = true;
   postShutdown();

@@ -8,14 +8,18 @@
 namespace torvane {
 
 // Per-user settings that outlive the process: property-list values under text keys.
-// Main thread only. A store that cannot be read is empty; a failed write is not reported.
+// Main thread only. A store that cannot be read is empty. A change that cannot be written, as on a
+// full disk, says false and holds for this run; the next one that can be takes it along.
 class UserDefaults {
  public:
   virtual ~UserDefaults() = default;
 
   [[nodiscard]] virtual std::optional<JsonValue> object(const std::string& key) const = 0;
-  virtual void setObject(const std::string& key, JsonValue value) = 0;
-  virtual void removeObject(const std::string& key) = 0;
+  virtual bool setObject(const std::string& key, JsonValue value) = 0;
+  virtual bool removeObject(const std::string& key) = 0;
+
+  // Writes what could not be written before. True when nothing is left to write.
+  [[nodiscard]] virtual bool save() = 0;
 };
 
 }  // namespace torvane

@@ -24,6 +24,16 @@ const AlertContent kForgetAlert = {
         "Devices connected right now stay connected until they drop.",
     .buttons = {"Forget All", "Cancel"}};
 
+std::string pairingNotSaved(const std::string& name) {
+  return "The pairing with “" + name +
+         "” could not be saved. Is the disk full?\n\nIt holds until this app quits, and will be "
+         "saved as soon as there is room.";
+}
+
+constexpr const char* kForgettingNotSaved =
+    "That the paired devices are forgotten could not be saved. Is the disk full?\n\nIt holds until "
+    "this app quits, and will be saved as soon as there is room.";
+
 }  // namespace
 
 void BridgeDelegate::advertiserDidReceiveInvitation(PeerID peer, std::optional<Bytes> context,
@@ -79,14 +89,13 @@ void BridgeDelegate::presentNextPairingAlert() {
 void BridgeDelegate::answerInvitations(const std::string& deviceKey, const std::string& name,
                                        bool accept) {
   const auto waiting = pendingInvites.extract(deviceKey);
-  if (accept) {
-    pair(deviceKey, name);
-  } else {
-    ignoredDevices.insert(deviceKey);
-  }
+  const bool isSaved = !accept || pair(deviceKey, name);
+  if (!accept) ignoredDevices.insert(deviceKey);
   inviteNames.erase(deviceKey);
-  if (waiting.empty()) return;
-  for (const auto& reply : waiting.mapped()) reply(accept, accept ? session : nullptr);
+  if (!waiting.empty()) {
+    for (const auto& reply : waiting.mapped()) reply(accept, accept ? session : nullptr);
+  }
+  if (!isSaved) warnNotSaved(pairingNotSaved(name));
 }
 
 void BridgeDelegate::warnLegacyClient(const std::string& name) {
@@ -98,10 +107,21 @@ void BridgeDelegate::warnLegacyClient(const std::string& name) {
   presentNextPairingAlert();
 }
 
+// No question about a device comes up over it; the next one is asked by who called this.
+void BridgeDelegate::warnNotSaved(const std::string& text) {
+  pairingAlertUp = true;
+  platform_.application.activateIgnoringOtherApps();
+  alert(text);
+  pairingAlertUp = false;
+}
+
 void BridgeDelegate::forgetPairedDevices() {
   assertMainThread();
   platform_.application.activateIgnoringOtherApps();
-  if (platform_.alerts.runModal(kForgetAlert) == kAlertFirstButton) forgetAllPairings();
+  if (platform_.alerts.runModal(kForgetAlert) != kAlertFirstButton) return;
+  if (forgetAllPairings()) return;
+  platform_.application.activateIgnoringOtherApps();
+  alert(kForgettingNotSaved);
 }
 
 }  // namespace torvane

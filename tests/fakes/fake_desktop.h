@@ -193,19 +193,27 @@ class FakeUserDefaults final : public UserDefaults {
  public:
   explicit FakeUserDefaults(CallLog& log) : log_(log) {}
   std::map<std::string, JsonValue> stored;
+  std::map<std::string, JsonValue> onDisk;  // what a restart would find of what was stored
+  bool diskIsFull = false;
 
   [[nodiscard]] std::optional<JsonValue> object(const std::string& key) const override {
     const auto found = stored.find(key);
     if (found == stored.end()) return std::nullopt;
     return found->second;
   }
-  void setObject(const std::string& key, JsonValue value) override {
+  bool setObject(const std::string& key, JsonValue value) override {
     log_.push_back("store " + key);
     stored[key] = std::move(value);
+    return save();
   }
-  void removeObject(const std::string& key) override {
+  bool removeObject(const std::string& key) override {
     log_.push_back("remove " + key);
     stored.erase(key);
+    return save();
+  }
+  [[nodiscard]] bool save() override {
+    if (!diskIsFull) onDisk = stored;
+    return !diskIsFull;
   }
 
  private:

@@ -1,6 +1,8 @@
 #include "platform/linux/json_user_defaults.h"
 
 #include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -133,10 +135,67 @@ TEST_F(JsonUserDefaultsTest, WhatIsNoFileIsPutAside) {
   EXPECT_TRUE(fs::is_fifo(path + ".broken"));
 }
 
-TEST_F(JsonUserDefaultsTest, AFailedWriteKeepsTheValueForThisRun) {
+TEST_F(JsonUserDefaultsTest, AFailedWriteIsToldAndKeepsTheValueForThisRun) {
   JsonUserDefaults defaults("/proc/no/such/folder/defaults.json");
-  defaults.setObject("a", 1);
+  EXPECT_FALSE(defaults.setObject("a", 1));
   EXPECT_EQ(defaults.object("a"), JsonValue(1));
+  EXPECT_FALSE(defaults.save());
+  EXPECT_FALSE(defaults.removeObject("b")) << "what was set before is not written yet";
+}
+
+TEST_F(JsonUserDefaultsTest, AWriteThatSucceedsSaysSo) {
+  JsonUserDefaults defaults(path);
+  EXPECT_TRUE(defaults.save());
+  EXPECT_FALSE(fs::exists(path)) << "nothing to write";
+  EXPECT_TRUE(defaults.setObject("a", 1));
+  EXPECT_TRUE(defaults.removeObject("a"));
+}
+
+// It would be read again as broken, and with it everything would be lost.
+TEST_F(JsonUserDefaultsTest, NothingIsWrittenThatIsTooLargeToRead) {
+  JsonUserDefaults defaults(path);
+  ASSERT_TRUE(defaults.setObject("a", 1));
+  EXPECT_FALSE(defaults.setObject("b", boost::json::string(JsonUserDefaults::kMaxBytes, 'x')));
+  EXPECT_EQ(get(path), R"({"a":1})");
+  EXPECT_TRUE(defaults.setObject("b", 2));
+  EXPECT_EQ(JsonUserDefaults(path).object("b"), JsonValue(2));
+}
+
+// A real disk, with no room left on it. Only the superuser can have one.
+class JsonUserDefaultsOnAFullDisk : public JsonUserDefaultsTest {
+ protected:
+  const std::string disk = folder / "config";
+
+  void SetUp() override {
+    fs::create_directories(disk);
+    if (::unshare(CLONE_NEWNS) != 0 ||
+        ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+        ::mount("tmpfs", disk.c_str(), "tmpfs", 0, "size=64k") != 0) {
+      GTEST_SKIP() << "only the superuser can mount a small disk";
+    }
+  }
+  void TearDown() override { ::umount2(disk.c_str(), MNT_DETACH); }
+
+  void fill() {
+    std::ofstream ballast(disk + "/ballast", std::ios::app);
+    while (ballast << std::string(4096, 'x') << std::flush) {
+    }
+  }
+};
+
+TEST_F(JsonUserDefaultsOnAFullDisk, WhatWasSavedStaysAndWhatWasNotIsSavedOnceThereIsRoom) {
+  JsonUserDefaults defaults(path);
+  ASSERT_TRUE(defaults.setObject("a", "old"));
+  fill();
+  EXPECT_FALSE(defaults.setObject("b", "new"));
+  EXPECT_FALSE(defaults.save());
+  EXPECT_EQ(get(path), R"({"a":"old"})");
+  EXPECT_EQ(namesBesideTheFile(), (std::vector<std::string>{"defaults.json"}));
+  fs::remove(disk + "/ballast");
+  EXPECT_TRUE(defaults.save());
+  const JsonUserDefaults read(path);
+  EXPECT_EQ(read.object("a"), JsonValue("old"));
+  EXPECT_EQ(read.object("b"), JsonValue("new"));
 }
 
 TEST_F(JsonUserDefaultsTest, LiesInTheFolderForSettings) {

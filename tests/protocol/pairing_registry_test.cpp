@@ -74,5 +74,102 @@ TEST_F(PairingRegistry, LinkKnowsANewKeyBeforeItsInvitationIsAnswered) {
   EXPECT_TRUE(wasKnown);
 }
 
+class PairingOnAFullDisk : public HelperTest {
+ protected:
+  void SetUp() override {
+    launch();
+    platform.alerts.shown.clear();
+    platform.defaults.diskIsFull = true;
+  }
+  JsonValue onDisk() { return platform.defaults.onDisk["pairedDeviceKeys"]; }
+  std::vector<std::string> alerts() {
+    std::vector<std::string> texts;
+    for (const auto& alert : platform.alerts.shown) texts.push_back(alert.message);
+    return texts;
+  }
+};
+
+TEST_F(PairingOnAFullDisk, IsToldInFrontAfterTheDeviceHasItsAnswer) {
+  const auto answers = platform.peerLink.invite(platform.peerLink.newPeer("Ann"), rawKey(1));
+  std::vector<std::size_t> answered;
+  platform.alerts.whileUp = [&](const AlertContent&) { answered.push_back(answers->size()); };
+  platform.log.clear();
+  platform.time.runDue();
+  EXPECT_EQ(answered, (std::vector<std::size_t>{0, 1}));
+  EXPECT_TRUE(answers->at(0).accept);
+  EXPECT_EQ(platform.logged({"activate"}).size(), 2U);
+  ASSERT_EQ(alerts(), (std::vector<std::string>{"Pair with “Ann”?", "Torvane P2P Helper"}));
+  EXPECT_EQ(platform.alerts.shown[1],
+            (AlertContent{.message = "Torvane P2P Helper",
+                          .informativeText =
+                              "The pairing with “Ann” could not be saved. Is the disk full?\n\n"
+                              "It holds until this app quits, and will be saved as soon as "
+                              "there is room."}));
+}
+
+TEST_F(PairingOnAFullDisk, IsSavedAsSoonAsThereIsRoom) {
+  invite(platform.peerLink.newPeer("Ann"), 1);
+  platform.time.advance(60);
+  EXPECT_EQ(onDisk(), JsonValue());
+  platform.defaults.diskIsFull = false;
+  platform.time.advance(5);
+  EXPECT_EQ(onDisk(), JsonValue(JsonObject{{deviceKey(1), "Ann"}}));
+  EXPECT_EQ(platform.defaults.onDisk["didShowWelcome"], JsonValue(true));
+  EXPECT_EQ(alerts().size(), 2U) << "told once";
+}
+
+TEST_F(PairingOnAFullDisk, IsTriedAgainOnOneTimerHoweverManyThereAre) {
+  for (std::uint8_t i = 1; i <= 3; ++i) invite(platform.peerLink.newPeer("Ann"), i);
+  const auto timers = platform.mainQueue.once.size();
+  platform.time.advance(50);
+  EXPECT_LE(platform.mainQueue.once.size(), timers + 11);
+  EXPECT_EQ(alerts().size(), 6U);
+}
+
+TEST_F(PairingOnAFullDisk, IsTriedALastTimeAtQuit) {
+  invite(platform.peerLink.newPeer("Ann"), 1);
+  platform.defaults.diskIsFull = false;
+  helper->applicationWillTerminate();
+  EXPECT_EQ(onDisk(), JsonValue(JsonObject{{deviceKey(1), "Ann"}}));
+}
+
+TEST_F(PairingOnAFullDisk, NextDeviceIsAskedAboutAfterItIsTold) {
+  platform.alerts.whileUp = [this](const AlertContent& alert) {
+    if (alert.message != "Torvane P2P Helper" || alerts().size() > 2) return;
+    invite(platform.peerLink.newPeer("Bob"), 2);
+    EXPECT_EQ(platform.alerts.up, 1);
+  };
+  invite(platform.peerLink.newPeer("Ann"), 1);
+  EXPECT_EQ(platform.alerts.mostUpAtOnce, 1);
+  EXPECT_EQ(alerts(), (std::vector<std::string>{"Pair with “Ann”?", "Torvane P2P Helper",
+                                                "Pair with “Bob”?", "Torvane P2P Helper"}));
+}
+
+TEST_F(PairingOnAFullDisk, ForgettingIsToldAndMadeGood) {
+  platform.defaults.diskIsFull = false;
+  invite(platform.peerLink.newPeer("Ann"), 1);
+  platform.alerts.shown.clear();
+  platform.defaults.diskIsFull = true;
+  helper->forgetPairedDevices();
+  EXPECT_EQ(alerts(),
+            (std::vector<std::string>{"Forget all paired devices?", "Torvane P2P Helper"}));
+  EXPECT_EQ(
+      platform.alerts.shown.back().informativeText,
+      "That the paired devices are forgotten could not be saved. Is the disk full?\n\nIt holds "
+      "until this app quits, and will be saved as soon as there is room.");
+  EXPECT_FALSE(helper->isPaired(deviceKey(1)));
+  EXPECT_NE(onDisk(), JsonValue());
+  platform.defaults.diskIsFull = false;
+  platform.time.advance(5);
+  EXPECT_EQ(platform.defaults.onDisk.count("pairedDeviceKeys"), 0U);
+}
+
+TEST_F(PairingOnAFullDisk, NothingIsToldWhereItIsSaved) {
+  platform.defaults.diskIsFull = false;
+  invite(platform.peerLink.newPeer("Ann"), 1);
+  EXPECT_EQ(alerts(), std::vector<std::string>{"Pair with “Ann”?"});
+  EXPECT_EQ(onDisk(), JsonValue(JsonObject{{deviceKey(1), "Ann"}}));
+}
+
 }  // namespace
 }  // namespace torvane

@@ -19,10 +19,16 @@ JsonUserDefaults::JsonUserDefaults(std::string path) : path_(std::move(path)) {
   }
 }
 
-void JsonUserDefaults::save() const {
+bool JsonUserDefaults::save() {
+  isSaved_ = isSaved_ || write();
+  return isSaved_;
+}
+
+bool JsonUserDefaults::write() const {
   const auto text = serializeJson(values_);
-  if (!text || !makePrivateFolder(std::filesystem::path(path_).parent_path())) return;
-  static_cast<void>(writePrivateFile(path_, *text));  // nobody to tell; values_ hold for this run
+  return text && text->size() <= kMaxBytes &&
+         makePrivateFolder(std::filesystem::path(path_).parent_path()) &&
+         writePrivateFile(path_, *text);
 }
 
 std::optional<JsonValue> JsonUserDefaults::object(const std::string& key) const {
@@ -31,13 +37,15 @@ std::optional<JsonValue> JsonUserDefaults::object(const std::string& key) const 
   return *value;
 }
 
-void JsonUserDefaults::setObject(const std::string& key, JsonValue value) {
+bool JsonUserDefaults::setObject(const std::string& key, JsonValue value) {
   values_[key] = std::move(value);
-  save();
+  isSaved_ = false;
+  return save();
 }
 
-void JsonUserDefaults::removeObject(const std::string& key) {
-  if (values_.erase(key) != 0) save();
+bool JsonUserDefaults::removeObject(const std::string& key) {
+  if (values_.erase(key) != 0) isSaved_ = false;
+  return save();
 }
 
 std::string configFolder(const std::string& homeDirectory) {

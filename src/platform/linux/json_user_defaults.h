@@ -8,8 +8,9 @@
 namespace torvane {
 
 // One JSON object in one file, read on construction and written whole at each change: aside,
-// synced, renamed, readable by its user alone. A file that is not such an object, or is larger than
-// kMaxBytes, counts as empty and is kept beside it with ".broken" behind its name.
+// synced, renamed, readable by its user alone; where that fails the file stays as it was. A file
+// that is not such an object, or is larger than kMaxBytes, counts as empty and is kept beside it
+// with ".broken" behind its name; none that large is written.
 class JsonUserDefaults final : public UserDefaults {
  public:
   static constexpr std::size_t kMaxBytes = 1 << 20;
@@ -17,14 +18,16 @@ class JsonUserDefaults final : public UserDefaults {
   explicit JsonUserDefaults(std::string path);
 
   [[nodiscard]] std::optional<JsonValue> object(const std::string& key) const override;
-  void setObject(const std::string& key, JsonValue value) override;
-  void removeObject(const std::string& key) override;
+  bool setObject(const std::string& key, JsonValue value) override;
+  bool removeObject(const std::string& key) override;
+  [[nodiscard]] bool save() override;
 
  private:
-  void save() const;
+  [[nodiscard]] bool write() const;
 
   std::string path_;
   JsonObject values_;
+  bool isSaved_ = true;  // the file holds these values
 };
 
 // The user's folder for settings.

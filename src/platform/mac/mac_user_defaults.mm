@@ -11,12 +11,14 @@ std::optional<JsonValue> MacUserDefaults::object(const std::string& key) const {
   return fromPropertyList([[NSUserDefaults standardUserDefaults] objectForKey:toNSString(key)]);
 }
 
-void MacUserDefaults::setObject(const std::string& key, JsonValue value) {
+bool MacUserDefaults::setObject(const std::string& key, JsonValue value) {
   [[NSUserDefaults standardUserDefaults] setObject:toPropertyList(value) forKey:toNSString(key)];
+  return true;
 }
 
-void MacUserDefaults::removeObject(const std::string& key) {
+bool MacUserDefaults::removeObject(const std::string& key) {
   [[NSUserDefaults standardUserDefaults] removeObjectForKey:toNSString(key)];
+  return true;
 }
 
 }  // namespace torvane
