@@ -87,6 +87,7 @@ class BridgeHost {
   FakeScreens screens_;
   FakeOverlaySurfaces overlaySurfaces_;
   FakePictureDecoder pictures_{time_};
+  FakeCodeCheck codeCheck_;
 
   QtMainQueue mainQueue_;
   ThreadBackgroundQueue backgroundQueue_;
@@ -103,7 +104,7 @@ class BridgeHost {
                   workspace_,     loginItem_,       http_,
                   *link_,         files_,           processes_,
                   windowServer_,  screens_,         overlaySurfaces_,
-                  pictures_,      kLinuxPython};
+                  pictures_,      codeCheck_,       kLinuxPython};
   BridgeDelegate delegate_;
 };
 

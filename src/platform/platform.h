@@ -22,6 +22,7 @@
 #include "ink/picture_decoder.h"
 #include "ink/window_server.h"
 #include "peer/peer_session.h"
+#include "update/code_check.h"
 
 namespace torvane {
 
@@ -50,6 +51,7 @@ struct Platform {
   Screens& screens;
   OverlaySurfaces& overlaySurfaces;
   PictureDecoder& pictures;
+  const CodeCheck& codeCheck;
   const PythonSystem& python;
   const DesktopTexts& texts;
 };

@@ -24,6 +24,7 @@
 #include "app/workspace.h"
 #include "engine/background_queue.h"
 #include "fakes/simulated_time.h"
+#include "update/code_check.h"
 
 // The doubles of the desktop's own services. Each has inputs to set and a log to read; the order
 // of calls over all of them is in one shared log.
@@ -256,6 +257,18 @@ class FakeProcessInfo final : public ProcessInfo {
     return variables;
   }
   [[nodiscard]] int processIdentifier() const override { return 4711; }
+};
+
+// Every application meets every requirement, but for those that are refused.
+class FakeCodeCheck final : public CodeCheck {
+ public:
+  std::set<std::string> refused;                                          // paths
+  mutable std::vector<std::pair<std::string, std::string>> requirements;  // asked for, by path
+
+  [[nodiscard]] bool meets(const std::string& path, const std::string& requirement) const override {
+    requirements.emplace_back(path, requirement);
+    return refused.count(path) == 0;
+  }
 };
 
 class FakeAccessibility final : public Accessibility {

@@ -40,6 +40,7 @@ struct SimulatedPlatform {
   FakePictureDecoder pictures{time};
   PythonSystem python = kMacPython;
   DesktopTexts texts = kMacTexts;
+  FakeCodeCheck codeCheck;
 
   Platform ports{application,   statusBar,       alerts,
                  mainQueue,     backgroundQueue, clock,
@@ -48,7 +49,8 @@ struct SimulatedPlatform {
                  workspace,     loginItem,       http,
                  peerLink,      files,           processes,
                  windowServer,  screens,         overlaySurfaces,
-                 pictures,      python,          texts};
+                 pictures,      codeCheck,       python,
+                 texts};
 
   SimulatedPlatform();
   ~SimulatedPlatform();

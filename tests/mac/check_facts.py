@@ -81,7 +81,7 @@ class Facts:
         bare = name.removeprefix("k")
         for prefix, members in self.enums.items():
             shared = len(commonprefix([bare, prefix]))
-            for cut in range(8, shared + 1):
+            for cut in range(5, shared + 1):
                 if bare[cut:] in members:
                     return members[bare[cut:]]
         return None

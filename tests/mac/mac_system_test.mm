@@ -4,6 +4,7 @@
 
 #include "mac/on_a_mac.h"
 #include "platform/mac/mac_bundle.h"
+#include "platform/mac/mac_code_check.h"
 #include "platform/mac/mac_permissions.h"
 #include "platform/mac/mac_process_info.h"
 #include "platform/mac/mac_running_applications.h"
@@ -71,6 +72,22 @@ TEST_F(MacSystem, ReadsThePrivacyDatabaseIfItMay) {
   const MacPrivacyDatabase database;
   EXPECT_TRUE(database.canRead("/home/TCC.db"));
   EXPECT_FALSE(database.canRead("/home/other.db"));
+}
+
+TEST_F(MacSystem, ChecksSignedCodeAllOfItAgainstARequirement) {
+  system().signatures = {{"/tmp/T.app", "anchor apple"}};
+  const MacCodeCheck check;
+  EXPECT_TRUE(check.meets("/tmp/T.app", "anchor apple"));
+  EXPECT_TRUE(said("check /tmp/T.app with 25"));  // every processor, what it holds, strictly
+  EXPECT_FALSE(check.meets("/tmp/T.app", "anchor apple generic"));
+}
+
+TEST_F(MacSystem, TakesNoCodeAndNoRequirementForARefusal) {
+  system().signatures = {{"/tmp/T.app", ""}};
+  const MacCodeCheck check;
+  EXPECT_FALSE(check.meets("/tmp/unsigned.app", "anchor apple"));
+  EXPECT_FALSE(check.meets("/tmp/T.app", ""));
+  EXPECT_TRUE(system().log.empty()) << "nothing was checked";
 }
 
 TEST_F(MacSystem, KnowsItsProcess) {

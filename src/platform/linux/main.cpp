@@ -12,6 +12,7 @@
 #include "platform/linux/granted_permissions.h"
 #include "platform/linux/json_user_defaults.h"
 #include "platform/linux/linux_process_info.h"
+#include "platform/linux/no_code_check.h"
 #include "platform/linux/peer_link.h"
 #include "platform/linux/proc_running_applications.h"
 #include "platform/linux/qt_alerts.h"
@@ -61,7 +62,6 @@ struct LinuxPlatform {
   std::unique_ptr<X11Watch> x11Watch = X11Watch::open();
   QtStatusBar statusBar{x11Watch.get()};
   QtAlerts alerts;
-  ThreadBackgroundQueue backgroundQueue;
   SystemClock clock;
   JsonUserDefaults defaults;
   FolderBundle bundle{mainBundlePath()};
@@ -73,7 +73,10 @@ struct LinuxPlatform {
                          bundle.executablePath().value_or("")};
   PosixFileSystem files;
   PosixProcessLauncher processes;
-  CurlHttpSessions http;  // its threads use those before it to their end
+  NoCodeCheck codeCheck;
+  ThreadBackgroundQueue
+      backgroundQueue;  // its thread, and those of the next, use those before them
+  CurlHttpSessions http;
   std::optional<WebSocketPeerLink> peerLink{std::in_place, peerLinkOptions(mainQueue)};
   std::unique_ptr<X11Session> x11 = X11Session::open();
   XcbWindowServer windowServer{x11.get()};
@@ -103,6 +106,7 @@ struct LinuxPlatform {
                  .screens = screens,
                  .overlaySurfaces = overlaySurfaces,
                  .pictures = pictures,
+                 .codeCheck = codeCheck,
                  .python = kLinuxPython,
                  .texts = kLinuxTexts};
 };

@@ -8,6 +8,7 @@
 #include "platform/mac/mac_application.h"
 #include "platform/mac/mac_bundle.h"
 #include "platform/mac/mac_clock.h"
+#include "platform/mac/mac_code_check.h"
 #include "platform/mac/mac_http_session.h"
 #include "platform/mac/mac_login_item.h"
 #include "platform/mac/mac_main_queue.h"
@@ -35,7 +36,6 @@ struct MacPlatform {
   MacApplication application{mainQueue};
   MacStatusBar statusBar;
   MacAlerts alerts;
-  ThreadBackgroundQueue backgroundQueue;
   MacClock clock;
   MacUserDefaults defaults;
   MacBundle bundle;
@@ -45,10 +45,13 @@ struct MacPlatform {
   MacRunningApplications runningApplications;
   MacWorkspace workspace;
   MacLoginItem loginItem;
-  MacHttpSessions http;
-  MacPeerLink peerLink;
   PosixFileSystem files;
   PosixProcessLauncher processes;
+  MacCodeCheck codeCheck;
+  ThreadBackgroundQueue
+      backgroundQueue;  // its thread, and those of the next, use those before them
+  MacHttpSessions http;
+  MacPeerLink peerLink;
   MacWindowServer windowServer;
   MacScreens screens;
   MacOverlaySurfaces overlaySurfaces{clock};
@@ -76,6 +79,7 @@ struct MacPlatform {
                  .screens = screens,
                  .overlaySurfaces = overlaySurfaces,
                  .pictures = pictures,
+                 .codeCheck = codeCheck,
                  .python = kMacPython,
                  .texts = kMacTexts};
 };

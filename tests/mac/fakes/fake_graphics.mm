@@ -1,7 +1,9 @@
-// Drawing, which is written down and roughly painted; pictures; the window server; Accessibility.
+// The frameworks with C functions. Drawing, which is written down and roughly painted; pictures;
+// the window server; Accessibility; code signing.
 
 #import <ApplicationServices/ApplicationServices.h>
 #import <ImageIO/ImageIO.h>
+#import <Security/Security.h>
 
 #include <algorithm>
 #include <cmath>
@@ -55,6 +57,13 @@ struct CGImage : Counted {
 struct CGImageSource : Counted {
   std::string data;
   NSString* type;
+};
+
+struct __SecCode : Counted {
+  std::string path;
+};
+struct __SecRequirement : Counted {
+  std::string text;
 };
 
 extern "C" {
@@ -177,6 +186,28 @@ CGImageRef CGImageSourceCreateThumbnailAtIndex(CGImageSourceRef source, size_t,
 }
 
 CFStringRef kAXTrustedCheckOptionPrompt = (__bridge CFStringRef) @"prompt";
+// Code and requirements there are where the system's signatures know them.
+OSStatus SecStaticCodeCreateWithPath(CFURLRef path, SecCSFlags, SecStaticCodeRef* code) {
+  const std::string file = fake::text(((__bridge NSURL*)path).path);
+  if (fake::system().signatures.count(file) == 0) return -67062;
+  auto* made = new __SecCode;
+  made->path = file;
+  *code = made;
+  return errSecSuccess;
+}
+OSStatus SecRequirementCreateWithString(CFStringRef text, SecCSFlags, SecRequirementRef* made) {
+  if (fake::text((__bridge NSString*)text).empty()) return -67052;
+  *made = new __SecRequirement;
+  (*made)->text = fake::text((__bridge NSString*)text);
+  return errSecSuccess;
+}
+OSStatus SecStaticCodeCheckValidity(SecStaticCodeRef code, SecCSFlags flags,
+                                    SecRequirementRef requirement) {
+  say("check " + code->path + " with " + std::to_string(flags));
+  const bool isMet = fake::system().signatures.at(code->path) == requirement->text;
+  return isMet ? errSecSuccess : -67050;
+}
+
 Boolean AXIsProcessTrusted(void) { return fake::system().isTrusted; }
 Boolean AXIsProcessTrustedWithOptions(CFDictionaryRef options) {
   NSNumber* prompts = [(__bridge NSDictionary*)options objectForKey:@"prompt"];

@@ -56,6 +56,7 @@ struct System {
   NSString* executable = nil;
   NSString* hostName = @"Zoë's Mac";
   bool isTrusted = true;
+  std::map<std::string, std::string> signatures;  // signed code → the requirement that it meets
   bool trashFails = false;
   std::map<int, std::string> runningApplications;  // process → bundle
   SMAppServiceStatus loginStatus = SMAppServiceStatusNotRegistered;

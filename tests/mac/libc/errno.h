@@ -69,6 +69,7 @@ DARWIN_END
 #define ENAMETOOLONG 63
 #define EHOSTUNREACH 65
 #define ENOTEMPTY 66
+#define EDQUOT 69
 #define ENOLCK 77
 #define ENOSYS 78
 #define EOVERFLOW 84

@@ -7,6 +7,7 @@ typedef const struct __attribute__((objc_bridge(NSString))) __CFString* CFString
 typedef const struct __attribute__((objc_bridge(NSDictionary))) __CFDictionary* CFDictionaryRef;
 typedef const struct __attribute__((objc_bridge(NSArray))) __CFArray* CFArrayRef;
 typedef const struct __attribute__((objc_bridge(NSData))) __CFData* CFDataRef;
+typedef const struct __attribute__((objc_bridge(NSURL))) __CFURL* CFURLRef;
 typedef const struct __attribute__((objc_bridge(NSNumber))) __CFNumber* CFNumberRef;
 typedef struct __CFRunLoop* CFRunLoopRef;
 typedef CFStringRef CFRunLoopMode;

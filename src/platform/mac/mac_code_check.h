@@ -1,0 +1,12 @@
+#pragma once
+
+#include "update/code_check.h"
+
+namespace torvane {
+
+class MacCodeCheck final : public CodeCheck {
+ public:
+  [[nodiscard]] bool meets(const std::string& path, const std::string& requirement) const override;
+};
+
+}  // namespace torvane
