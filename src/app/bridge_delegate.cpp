@@ -37,7 +37,9 @@ BridgeDelegate::BridgeDelegate(Platform& platform)
   for (const auto& [deviceKey, name] : pairedDevices) registeredKeys->insert(deviceKey);
 }
 
-BridgeDelegate::~BridgeDelegate() = default;
+BridgeDelegate::~BridgeDelegate() {
+  abandonUpdate();
+}
 
 void BridgeDelegate::assertMainThread() const {
   assert(platform_.mainQueue.isCurrent());

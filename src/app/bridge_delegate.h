@@ -47,6 +47,7 @@ class BridgeDelegate final : public MenuDelegate,
   // app/lifecycle.cpp
   void applicationDidFinishLaunching();
   void applicationWillTerminate();
+  void endOwnEngine();
   void quit();
   [[nodiscard]] bool welcomeOnce();  // whether an earlier launch had shown the welcome
   void startTimers();
@@ -187,10 +188,16 @@ class BridgeDelegate final : public MenuDelegate,
   // update/update_install.cpp
   static constexpr const char* teamID = "ZQ4W8N2HJT";  // who signs our updates
   bool updateInProgress = false;
+  std::weak_ptr<UpdateAttempt> updateAttempt;  // kept by what works on it
   void installUpdate();
   [[nodiscard]] UpdatePlan updatePlan() const;
-  void downloadUpdate(const std::string& build);
+  void prepareDownload(const std::string& build);
+  void downloadUpdate(const std::shared_ptr<UpdateAttempt>& attempt, const UpdatePlan& plan,
+                      const std::string& build);
   void updateFailed(const std::string& reason);
+  void restart(const UpdatePlan& plan);
+  void abandonUpdate();
+  void awaitUpdate();
 
  private:
   // app/bridge_delegate.cpp

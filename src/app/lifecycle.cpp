@@ -66,9 +66,15 @@ void BridgeDelegate::offerFullDiskAccessOnce() {
 void BridgeDelegate::applicationWillTerminate() {
   assertMainThread();
   assert(advertiser && session);  // made at launch, never given up
+  abandonUpdate();
   advertiser->stop();
   session->disconnect();
   savePairingsAgain();
+  endOwnEngine();
+  awaitUpdate();
+}
+
+void BridgeDelegate::endOwnEngine() {
   if (!child) return;
   stoppingServer = true;
   postShutdown();

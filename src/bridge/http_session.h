@@ -48,6 +48,7 @@ struct HttpResult {
   std::optional<HttpResponse> response;  // absent when no complete response header came
   Bytes body;                            // empty when there is none or the transfer failed
   std::optional<std::string> error;      // UTF-8 description of a transport error
+  bool diskIsFull = false;               // with an error: no room for what was to be saved
 };
 
 using HttpCompletion = std::function<void(HttpResult)>;

@@ -22,6 +22,9 @@ class ChildProcess {
   // The platform's polite termination signal; nothing once the process has exited.
   virtual void terminate() = 0;
 
+  // Ends the process whatever it does; nothing once it has exited.
+  virtual void kill() = 0;
+
   // What the child wrote to its pipe, standard output and error in the order written; blocks
   // until it has exited or closed the pipe, and no longer: a grandchild that keeps the pipe open
   // is not waited for. Only for ProcessOutput::pipe, once. At most 16 MiB are kept.

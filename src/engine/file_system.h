@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -32,6 +33,17 @@ struct SymbolicLink {
   bool operator==(const SymbolicLink&) const = default;
 };
 
+// For a move to another disk, where everything is copied first.
+struct DiskCrossing {
+  // What was copied is left here, a path in the same folder, where one is given; the caller removes
+  // it, or moves it back, for which its disk needs no room.
+  std::optional<std::string> original;
+
+  // Asked again and again, on the same thread: with the first no the move has failed. Empty: it is
+  // not asked.
+  std::function<bool()> isWanted;
+};
+
 // Plain files by absolute path. Any thread.
 class FileSystem {
  public:
@@ -52,21 +64,23 @@ class FileSystem {
   [[nodiscard]] virtual bool isFolder(const std::string& path) const = 0;
 
   // Makes a folder, and those above it that are missing, for this user alone. True when `path` is
-  // now a real folder of this user that nobody else may enter, in a folder of this user's that
-  // nobody else may change; whoever made them.
-  [[nodiscard]] virtual bool createPrivateFolder(const std::string& path) = 0;
+  // now a real folder of this user that nobody else may enter, and nobody else can put another in
+  // its place; whoever made it. For that, every folder on the way to it belongs to this user or the
+  // system, and nobody else may write to it unless its sticky bit keeps them from what is in it;
+  // links on the way belong to this user or the system too. The folders above `home`, the user's
+  // own, are taken as they are.
+  [[nodiscard]] virtual bool createPrivateFolder(const std::string& path,
+                                                 const std::string& home) = 0;
 
   // Removes whatever is there: a file, a link, or a folder with all that it holds. True when
   // nothing is there any more.
   virtual bool removeAll(const std::string& path) = 0;
 
   // Moves a file or a folder, to another disk too. None when it is done; else a description for
-  // the user, and `from` is as it was. What is copied to another disk is left as `original`, a path
-  // in the same folder, where one is given; the caller removes it, or moves it back, for which its
-  // disk needs no room.
-  [[nodiscard]] virtual std::optional<std::string> move(
-      const std::string& from, const std::string& to,
-      const std::optional<std::string>& original) = 0;
+  // the user, and `from` is as it was.
+  [[nodiscard]] virtual std::optional<std::string> move(const std::string& from,
+                                                        const std::string& to,
+                                                        const DiskCrossing& crossing) = 0;
 
   // What is in a folder; empty when it cannot be read.
   [[nodiscard]] virtual std::vector<std::string> names(const std::string& folder) const = 0;

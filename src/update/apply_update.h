@@ -1,42 +1,44 @@
 #pragma once
 
-#include <functional>
 #include <optional>
 #include <string>
 
-#include "engine/child_process.h"
 #include "engine/file_system.h"
+#include "update/code_check.h"
+#include "update/update_attempt.h"
+#include "update/update_plan.h"
 
 namespace torvane {
 
-inline constexpr const char* kApplicationName = "Torvane P2P Helper.app";   // in the archive
-inline constexpr const char* kWorkFolderPrefix = "torvane-helper-update-";  // a process ID follows
+inline constexpr const char* kDiskIsFull =
+    "The disk is full. Make some room on it and try again from the menu.";
 
-// What an update replaces, and where it is prepared.
-struct UpdatePlan {
-  std::string bundlePath;       // of the copy that runs
-  std::string temporaryFolder;  // this user's alone; holds the work folders
-  std::string workFolder;       // of this process
-  std::string currentBuild;
-  std::string teamID;
-  int processIdentifier = 0;
+// What an update needs of a desktop.
+struct UpdatePorts {
+  FileSystem& files;
+  const CodeCheck& codeCheck;
 };
 
-// Checks a downloaded archive and puts what it holds into the place of the copy that runs, then
-// starts the command that opens it once this process has gone. None when that is done; else the
-// reason for the user, and the installed copy is as it was. `expecting` is the published build. Any
-// thread; blocks while the system's tools run.
-//
-// `isWanted` is asked, on the same thread, before each step until the installed copy is touched;
-// once it says no, nothing more happens.
-[[nodiscard]] std::optional<std::string> applyUpdate(FileSystem& files, ProcessLauncher& processes,
-                                                     const UpdatePlan& plan,
-                                                     const std::string& zipAt,
-                                                     const std::string& expecting,
-                                                     const std::function<bool()>& isWanted);
+// Makes the folder for the download, and room for it: what earlier attempts left is removed. Any
+// thread; blocks.
+void prepareUpdate(FileSystem& files, UpdateAttempt& attempt, const UpdatePlan& plan);
 
-// The shell command that waits for a process to end, removes the work folder with the replaced copy
-// in it, and opens the new one.
+// Checks a downloaded archive and puts what it holds into the place of the copy that runs. None
+// when that is done; else the reason for the user, and the installed copy is as it was. `expecting`
+// is the published build. Any thread; blocks while the system's tools run.
+//
+// Once the attempt is abandoned it ends as soon as can be, with the installed copy whole: the new
+// one when that was finished by then, else the old one. Unless it succeeds nothing is left of it.
+[[nodiscard]] std::optional<std::string> applyUpdate(const UpdatePorts& ports,
+                                                     UpdateAttempt& attempt, const UpdatePlan& plan,
+                                                     const std::string& zipAt,
+                                                     const std::string& expecting);
+
+// Starts the command that opens the new copy once this process has gone.
+void relaunch(ProcessLauncher& processes, const UpdatePlan& plan);
+
+// That command, for a shell: it waits for a process to end, removes the work folder with the
+// replaced copy in it, and opens the new one.
 [[nodiscard]] std::string relaunchCommand(const UpdatePlan& plan);
 
 }  // namespace torvane

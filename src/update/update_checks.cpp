@@ -1,6 +1,7 @@
 #include "update/update_checks.h"
 
 #include <algorithm>
+#include <array>
 
 namespace torvane {
 namespace {
@@ -43,6 +44,23 @@ bool isSignedByTeam(std::string_view output, std::string_view team) {
     isOurs = line.substr(kTeamKey.size()) == team;
   }
   return lines == 1 && isOurs;
+}
+
+std::string teamRequirement(const std::string& team) {
+  return "anchor apple generic"
+         " and certificate 1[field.1.2.840.113635.100.6.2.6] exists"
+         " and certificate leaf[field.1.2.840.113635.100.6.1.13] exists"
+         " and certificate leaf[subject.OU] = \"" +
+         team + "\"";
+}
+
+// POSIX's ENOSPC and EDQUOT, in the words of the Mac's C library and of GNU's.
+bool saysDiskIsFull(std::string_view output) {
+  constexpr std::array<std::string_view, 3> kWords{"No space left on device", "Disc quota exceeded",
+                                                   "Disk quota exceeded"};
+  return std::any_of(kWords.begin(), kWords.end(), [&](std::string_view words) {
+    return output.find(words) != std::string_view::npos;
+  });
 }
 
 bool staysInside(const std::vector<SymbolicLink>& links) {

@@ -12,6 +12,11 @@ namespace {
 constexpr double kLongestDownload = 604800;
 constexpr std::uint64_t kMostArchiveBytes = std::uint64_t{1} << 30;
 
+// At the program's end, in seconds
+constexpr double kStep = 0.05;
+constexpr double kLongestGoodbye = 1;
+constexpr double kLongestRepair = 10;
+
 constexpr const char* kNotDownloaded =
     "The download failed. Check the internet connection and try again from the menu.";
 
@@ -41,13 +46,14 @@ void BridgeDelegate::installUpdate() {
   }
   if (updateInProgress) return;  // confirmed in another alert, which came up over this one
   updateInProgress = true;
-  downloadUpdate(build);
+  prepareDownload(build);
 }
 
 UpdatePlan BridgeDelegate::updatePlan() const {
   const int pid = platform_.processInfo.processIdentifier();
   const std::string temporary = platform_.processInfo.temporaryDirectory();
   return {.bundlePath = platform_.bundle.path(),
+          .homeDirectory = platform_.processInfo.homeDirectory(),
           .temporaryFolder = temporary,
           .workFolder = temporary + "/" + kWorkFolderPrefix + std::to_string(pid),
           .currentBuild = myVersion(),
@@ -55,37 +61,60 @@ UpdatePlan BridgeDelegate::updatePlan() const {
           .processIdentifier = pid};
 }
 
-// The download's thread must not touch the delegate, which may have gone: it gets the ports, which
-// outlive both.
-void BridgeDelegate::downloadUpdate(const std::string& build) {
-  const UpdatePlan plan = updatePlan();
+// What runs on other threads must not touch the delegate, which may have gone: it gets the ports,
+// which outlive both.
+void BridgeDelegate::prepareDownload(const std::string& build) {
+  const auto attempt = std::make_shared<UpdateAttempt>(platform_.processes);
+  updateAttempt = attempt;
+  platform_.backgroundQueue.after(
+      0, [this, main = main_, &files = platform_.files, attempt, plan = updatePlan(), build] {
+        prepareUpdate(files, *attempt, plan);
+        main.async([this, attempt, plan, build] { downloadUpdate(attempt, plan, build); });
+      });
+}
+
+void BridgeDelegate::downloadUpdate(const std::shared_ptr<UpdateAttempt>& attempt,
+                                    const UpdatePlan& plan, const std::string& build) {
   const std::string zip = plan.workFolder + ".zip";
-  FileSystem& files = platform_.files;
-  static_cast<void>(files.createPrivateFolder(plan.temporaryFolder));
-  files.remove(zip);
   HttpRequest request;
   request.url = updateURL("/Torvane-P2P-Mac.zip");
   request.totalTimeout = kLongestDownload;
   request.maxResponseBytes = kMostArchiveBytes;
   request.saveTo = zip;
-  platform_.http.shared().dataTask(
-      std::move(request),
-      [this, main = main_, plan, zip, build, &files, &processes = platform_.processes,
-       alive = std::weak_ptr(lifetime_)](const HttpResult& result) {
-        std::optional<std::string> reason = kNotDownloaded;
-        if (isDownloaded(result)) {
-          reason = applyUpdate(files, processes, plan, zip, build,
-                               [&alive] { return !alive.expired(); });
-        }
-        files.remove(zip);
-        main.async([this, reason] { reason ? updateFailed(*reason) : quit(); });
-      });
+  const UpdatePorts ports{platform_.files, platform_.codeCheck};
+  platform_.http.shared().dataTask(std::move(request), [this, main = main_, ports, attempt, plan,
+                                                        zip, build](const HttpResult& result) {
+    const auto reason = isDownloaded(result) ? applyUpdate(ports, *attempt, plan, zip, build)
+                                             : (result.diskIsFull ? kDiskIsFull : kNotDownloaded);
+    ports.files.remove(zip);
+    main.async([this, plan, reason] { reason ? updateFailed(*reason) : restart(plan); });
+  });
 }
 
 void BridgeDelegate::updateFailed(const std::string& reason) {
   assertMainThread();
   updateInProgress = false;
   alert("Helper update not installed.\n\n" + reason);
+}
+
+void BridgeDelegate::restart(const UpdatePlan& plan) {
+  relaunch(platform_.processes, plan);
+  quit();
+}
+
+void BridgeDelegate::abandonUpdate() {
+  if (const auto attempt = updateAttempt.lock()) attempt->processes.abandon();
+}
+
+// What was abandoned ends at once, and tidies up. Where it does not, only an installed copy that is
+// being made whole again is waited for.
+void BridgeDelegate::awaitUpdate() {
+  const auto attempt = updateAttempt.lock();
+  if (!attempt) return;
+  for (double waited = 0; attempt->isAtWork; waited += kStep) {
+    if (waited >= (attempt->isReplacing ? kLongestRepair : kLongestGoodbye)) return;
+    platform_.mainQueue.block(kStep);
+  }
 }
 
 }  // namespace torvane

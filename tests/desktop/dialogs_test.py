@@ -10,6 +10,7 @@ usage: dialogs_test.py BUILD_FOLDER PICTURE_FOLDER
 
 import json
 import os
+import subprocess
 import sys
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "support"))
@@ -81,6 +82,30 @@ class DialogsTest(DialogStage):
             self.assertTrue(text.startswith("That iPad is running an older Torvane"))
             self.assertEqual(device.wait(PATIENCE), 0)
             self.assertEqual(self.desktop.log(name), "declined\n")
+
+    def test_pairing_that_finds_no_room(self):
+        folder = os.path.join(self.desktop.environment["XDG_CONFIG_HOME"], "torvane")
+        os.makedirs(folder)
+        mount = ["mount", "-t", "tmpfs", "-o", "size=64k,mode=0700", "tmpfs", folder]
+        if subprocess.run(mount, check=False, capture_output=True).returncode != 0:
+            self.skipTest("a disk that is full needs the superuser")
+        self.addCleanup(subprocess.run, ["umount", "-l", folder], check=True)
+        self.start()
+        wait_until(self.item.labels, "the menu")
+        ballast = os.path.join(folder, "ballast")
+        with self.assertRaises(OSError), open(ballast, "wb", buffering=0) as file:
+            while file.write(bytes(4096)):
+                pass
+        device = start_device(self.desktop, "iPad")
+        self.answer("Pair with “iPad”?", ["Pair", "Ignore"], "Pair", "dialog-pairing")
+        self.assertEqual(device.wait(PATIENCE), 0)
+        self.assertEqual(self.desktop.log("iPad"), "accepted\n")
+        text = self.answer("Torvane P2P Helper", ["OK"], "OK")
+        self.assertTrue(text.startswith("The pairing with “iPad” could not be saved."), text)
+        self.assertEqual(self.paired(), {})
+        os.remove(ballast)
+        wait_until(self.paired, "the pairing on the disk")
+        self.assertTrue(self.defaults()["didShowWelcome"])
 
     # With two
 

@@ -33,11 +33,12 @@ from installed_copy import (  # noqa: E402
 from status_notifier import Item, start_watcher  # noqa: E402
 from update_world import CONTROL, Site, enter, run, size_of, tree  # noqa: E402
 
-SET_ASIDE = INSTALLED + ".old"
 CACHE_HOME = "/var/cache/torvane-update-test"  # on the same disk as the installed copy
 MEGABYTE = 1 << 20
+QUIT_WITHIN = 2  # seconds
 LOST = 20  # seconds until a click or a key that had no effect is taken for lost
 
+FULL = "The disk is full. Make some room on it and try again from the menu."
 DOWNLOAD = "The download failed. Check the internet connection and try again from the menu."
 UNPACK = "The downloaded file could not be unpacked."
 GATEKEEPER = "The download failed Gatekeeper verification."
@@ -73,7 +74,7 @@ class UpdateTest(unittest.TestCase):
         self.watcher = start_watcher(self.desktop)
         self.assertTrue(self.watcher.stdout.readline().startswith("ready"))
         self.desktop.environment["XDG_CACHE_HOME"] = CACHE_HOME
-        shutil.rmtree(CACHE_HOME, ignore_errors=True)
+        run("rm", "-rf", CACHE_HOME)
         self.cache = os.path.join(CACHE_HOME, "torvane")
         os.makedirs(self.cache, 0o700)
         defaults = os.path.join(self.desktop.environment["XDG_CONFIG_HOME"], "torvane")
@@ -86,8 +87,8 @@ class UpdateTest(unittest.TestCase):
         self.start()
 
     def install(self):
-        for folder in (INSTALLED, SET_ASIDE):
-            shutil.rmtree(folder, ignore_errors=True)
+        for name in os.listdir("/Applications"):
+            run("rm", "-rf", os.path.join("/Applications", name))
         application(INSTALLED, BUILD)
         self.before = tree(INSTALLED)
 
@@ -172,6 +173,7 @@ class UpdateTest(unittest.TestCase):
         self.assertTrue(told.startswith("Helper update not installed.\n\n" + reason),
                         f"{because}: {told}")
         self.assert_untouched(because)
+        self.assertEqual(os.listdir(self.cache), [], because)
         wait_until(lambda: OFFER in self.labels(), f"the offer again: {because}")
 
     def assert_untouched(self, because=None):
@@ -188,6 +190,9 @@ class UpdateTest(unittest.TestCase):
 
     def work_folder(self):
         return os.path.join(self.cache, f"torvane-helper-update-{self.helper.pid}")
+
+    def set_aside(self):
+        return f"{INSTALLED}.before-update-{self.helper.pid}"
 
     # A program that is killed
 
@@ -333,8 +338,8 @@ class UpdateTest(unittest.TestCase):
         archived = len(SITE.archive)
         new, old = 16 * MEGABYTE, size_of(INSTALLED)
         for because, room, reason in (
-                ("no room for the download", archived // 2, DOWNLOAD),
-                ("no room to unpack", archived + new // 2, UNPACK),
+                ("no room for the download", archived // 2, FULL),
+                ("no room to unpack", archived + new // 2, UNPACK + "\n\n" + FULL),
                 ("no room for the old copy", archived + new + old // 2, REPLACE + "No space left")):
             self.mount_cache(room)
             self.assert_refused(reason, because)
@@ -347,7 +352,7 @@ class UpdateTest(unittest.TestCase):
         self.addCleanup(run, "umount", "-l", "/Applications")
         self.install()
         self.start()
-        self.assert_refused(INSTALL, "no room for the new copy")
+        self.assert_refused(INSTALL + "\n\n" + FULL, "no room for the new copy")
 
     def test_a_helper_that_is_killed_on_the_way_runs_again(self):
         SITE.hold.clear()
@@ -361,10 +366,9 @@ class UpdateTest(unittest.TestCase):
             os.kill(self.kill_at(tool), signal.SIGKILL)
             forget_wishes()
         self.assert_starts_and_offers("after all of them")
+        self.assertNotEqual(os.listdir(self.cache), [])
         tell("spctl", "kill")
-        self.assert_refused(GATEKEEPER, "another attempt")
-        self.assertEqual(os.listdir(self.cache), [os.path.basename(self.work_folder())],
-                         "what the others left is still there")
+        self.assert_refused(GATEKEEPER, "another attempt, after which nothing is left of any")
 
     def test_the_new_copy_is_finished_when_only_the_helper_is_killed(self):
         SITE.archive = archive(program=Path(APPLICATION, "bin/torvane-p2p-helper").read_bytes())
@@ -387,7 +391,7 @@ class UpdateTest(unittest.TestCase):
             os.kill(self.kill_at("copy"), signal.SIGKILL)
             forget_wishes()
             self.assertNotIn("bin", os.listdir(INSTALLED))
-            old = [self.work_folder() + "/old.app", *([SET_ASIDE] if disks == 2 else [])]
+            old = [self.work_folder() + "/old.app", *([self.set_aside()] if disks == 2 else [])]
             for copy in old:
                 self.assertEqual(tree(copy), self.before)
             shutil.rmtree(INSTALLED)  # what a user has to do
@@ -405,7 +409,7 @@ class UpdateTest(unittest.TestCase):
         while not os.path.exists(old) and time.monotonic() < deadline:
             pass  # what follows is over in a moment
         self.helper.send_signal(signal.SIGSTOP)
-        self.assertIn(self.before, [tree(copy) for copy in (INSTALLED, SET_ASIDE, old)])
+        self.assertIn(self.before, [tree(copy) for copy in (INSTALLED, self.set_aside(), old)])
         self.kill()
 
     def test_quitting_in_mid_download_leaves_nothing_behind(self):
@@ -416,6 +420,76 @@ class UpdateTest(unittest.TestCase):
         self.assertEqual(self.helper.wait(PATIENCE), 0)
         self.assertEqual(os.listdir(self.cache), [])
         self.assertEqual(tree(INSTALLED), self.before)
+
+    def quit(self):
+        """Quits from the menu; how long it took."""
+        began = time.monotonic()
+        self.item.choose("Quit")
+        self.assertEqual(self.helper.wait(PATIENCE), 0)
+        return time.monotonic() - began
+
+    def assert_stays_ended(self, because):
+        commands = [Path(place, "cmdline").read_bytes() for place in Path("/proc").iterdir()
+                    if place.name.isdigit() and Path(place, "cmdline").exists()]
+        self.assertFalse([command for command in commands if b"; open '" in command], because)
+        self.assertEqual(tree(INSTALLED), self.before, because)
+        self.assertEqual(os.listdir("/Applications"), [NAME], because)
+        self.assertEqual(os.listdir(self.cache), [], because)
+
+    def test_quitting_while_a_tool_hangs_ends_at_once_for_good(self):
+        took = {}
+        for tool in ("unpack", "spctl", "codesign", "PlistBuddy", "copy"):
+            tell(tool, "wait")
+            self.confirm()
+            wait_until(lambda name=tool: os.path.exists(f"{CONTROL}/{name}-reached"), tool)
+            took[tool] = self.quit()
+            forget_wishes()
+            self.assert_stays_ended(tool)
+            self.start()
+        print("quit after", {tool: f"{seconds:.2f} s" for tool, seconds in took.items()})
+        self.assertLess(max(took.values()), QUIT_WITHIN)
+
+    def test_quitting_while_the_old_copy_goes_to_another_disk_leaves_it(self):
+        Path(INSTALLED, "Resources/ballast").write_bytes(bytes(512 * MEGABYTE))
+        self.before = tree(INSTALLED)
+        self.mount_cache()
+        old = self.work_folder() + "/old.app"
+        self.confirm()
+        deadline = time.monotonic() + PATIENCE
+        while not os.path.exists(old) and time.monotonic() < deadline:
+            pass  # what follows is over in a moment
+        self.helper.terminate()
+        self.assertEqual(self.helper.wait(PATIENCE), 0)
+        self.assert_stays_ended("terminated in mid-copy")
+
+    def test_what_a_user_has_beside_the_installed_copy_stays(self):
+        SITE.archive = archive(program=Path(APPLICATION, "bin/torvane-p2p-helper").read_bytes())
+        self.mount_cache()
+        Path(INSTALLED + ".old").write_text("mine")
+        self.confirm()
+        self.assertEqual(self.helper.wait(PATIENCE), 0, self.desktop.log("helper"))
+        self.item = self.next_item()
+        self.assertEqual(Path(INSTALLED + ".old").read_text(), "mine")
+        wait_until(lambda: sorted(os.listdir("/Applications")) == [NAME, NAME + ".old"],
+                   "nothing else beside it")
+        self.item.choose("Quit")
+
+    def test_the_way_to_the_cache_may_be_the_users_own_in_any_form_but_nobody_elses(self):
+        tell("spctl", "kill")  # as far as this it goes where the folder is taken
+        os.chmod(CACHE_HOME, 0o2755)
+        os.chmod(self.cache, 0o2700)
+        self.assert_refused(GATEKEEPER, "a set-group-ID folder")
+        os.rename(CACHE_HOME, CACHE_HOME + "-elsewhere")
+        os.symlink(CACHE_HOME + "-elsewhere", CACHE_HOME)
+        self.addCleanup(run, "rm", "-rf", CACHE_HOME, CACHE_HOME + "-elsewhere")
+        self.assert_refused(GATEKEEPER, "behind a link")
+        os.lchown(CACHE_HOME, 65534, 65534)
+        self.assert_refused(UNPACK, "behind somebody else's link")
+        os.lchown(CACHE_HOME, 0, 0)
+        os.chmod(CACHE_HOME, 0o777)
+        self.assert_refused(UNPACK, "below a folder that others may write to")
+        os.chmod(CACHE_HOME, 0o1777)
+        self.assert_refused(GATEKEEPER, "below a sticky one")
 
     def test_a_copy_elsewhere_offers_nothing(self):
         self.helper.terminate()

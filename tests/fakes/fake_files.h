@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <memory>
 #include <set>
@@ -22,6 +23,7 @@ class FakeFileSystem final : public FileSystem {
   std::set<std::string> foreign;
   std::map<std::string, std::string> links;  // → target
   std::set<std::string> disks;               // folders that are another disk
+  std::function<void()> whileCrossing;       // in the middle of a move between two
 
   void put(const std::string& path, std::string text) {
     contents[path] = std::make_shared<std::string>(std::move(text));
@@ -69,7 +71,7 @@ class FakeFileSystem final : public FileSystem {
   [[nodiscard]] bool isFolder(const std::string& path) const override {
     return contents.count(path) == 0 && links.count(path) == 0 && exists(path);
   }
-  [[nodiscard]] bool createPrivateFolder(const std::string& path) override {
+  [[nodiscard]] bool createPrivateFolder(const std::string& path, const std::string&) override {
     if (foreign.count(path) != 0 || contents.count(path) != 0) return false;
     folders.insert(path);
     return true;
@@ -82,14 +84,16 @@ class FakeFileSystem final : public FileSystem {
     std::erase_if(folders, isWithin);
     return true;
   }
-  [[nodiscard]] std::optional<std::string> move(
-      const std::string& from, const std::string& to,
-      const std::optional<std::string>& original) override {
+  [[nodiscard]] std::optional<std::string> move(const std::string& from, const std::string& to,
+                                                const DiskCrossing& crossing) override {
     if (immovable.count(from) != 0) return "Permission denied.";
     if (!exists(from)) return "No such file or directory.";
     if (exists(to)) return "File exists.";
+    const bool isCrossing = areOnDifferentDisks(from, to);
+    if (isCrossing && whileCrossing) whileCrossing();
+    if (isCrossing && crossing.isWanted && !crossing.isWanted()) return "Operation canceled.";
     copyTree(from, to);
-    if (original && areOnDifferentDisks(from, to)) copyTree(from, *original);
+    if (crossing.original && isCrossing) copyTree(from, *crossing.original);
     removeAll(from);
     return std::nullopt;
   }

@@ -22,6 +22,7 @@ class FakeChildProcess final : public ChildProcess,
   std::string output;
   bool obeysTerminate = true;
   int terminations = 0;
+  std::function<void()> onTerminate;
 
   void exit(int status) {
     if (status_) return;
@@ -34,14 +35,18 @@ class FakeChildProcess final : public ChildProcess,
   [[nodiscard]] bool isRunning() const override { return !status_; }
   void terminate() override {
     ++terminations;
+    if (onTerminate) onTerminate();
     if (obeysTerminate) exit(15);
   }
+  void kill() override { exit(9); }
   [[nodiscard]] Bytes readOutputToEnd() override {
     waitUntilExit();
     return toBytes(output);
   }
   int waitUntilExit() override {
-    for (int tenths = 0; !status_ && tenths < 36000; ++tenths) time_.advanceWhileMainIsHeld(0.1);
+    for (int tenths = 0; !status_ && tenths < 36000; ++tenths) {
+      time_.isMainThread() ? time_.advanceWhileMainIsHeld(0.1) : time_.advance(0.1);
+    }
     return status_.value_or(-1);
   }
 

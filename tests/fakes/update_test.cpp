@@ -12,6 +12,11 @@ std::string nameOf(const std::string& executable) {
 
 }  // namespace
 
+FakeProgram FakeTool::program() const {
+  if (isMissing) return {"", std::nullopt, "No such file or directory."};
+  return {output, hangs ? std::optional<int>() : status, ""};
+}
+
 UpdateTest::UpdateTest() = default;
 UpdateTest::~UpdateTest() = default;
 
@@ -62,15 +67,14 @@ FakeProgram UpdateTest::run(const ProcessLaunch& launch) {
   if (name == "codesign") tool.output = "Identifier=a.b\nTeamIdentifier=ZQ4W8N2HJT\nSealed=2\n";
   if (name == "PlistBuddy") tool.output = platform.files.text(launch.arguments.back()) + "\n";
   if (const auto other = tools.find(name); other != tools.end()) tool = other->second;
-  if (tool.isMissing) return {"", std::nullopt, "No such file or directory."};
-  return {tool.output, tool.status, ""};
+  return tool.program();
 }
 
 FakeProgram UpdateTest::ditto(const std::vector<std::string>& arguments) {
   if (arguments.front() == "-x") return unpack(arguments[2], arguments[3]);
   platform.files.copyTree(arguments[0], arguments[1]);
   const auto other = tools.find("second ditto");
-  return {"", other != tools.end() ? other->second.status : 0, ""};
+  return (other != tools.end() ? other->second : FakeTool()).program();
 }
 
 FakeProgram UpdateTest::unpack(const std::string& zip, const std::string& into) {

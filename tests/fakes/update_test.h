@@ -12,12 +12,16 @@ struct FakeTool {
   int status = 0;
   std::string output;
   bool isMissing = false;
+  bool hangs = false;  // half-way
 
   static FakeTool exiting(int status, std::string output = {}) {
-    return {status, std::move(output), false};
+    return {status, std::move(output)};
   }
-  static FakeTool printing(std::string output) { return {0, std::move(output), false}; }
+  static FakeTool printing(std::string output) { return {0, std::move(output)}; }
   static FakeTool missing() { return {0, {}, true}; }
+  static FakeTool hanging() { return {0, {}, false, true}; }
+
+  [[nodiscard]] FakeProgram program() const;
 };
 
 // An installed helper of build 412 on a system whose update site has build 413.
@@ -25,6 +29,8 @@ class UpdateTest : public HelperTest {
  public:
   static constexpr const char* kInstalled = "/Applications/Torvane P2P Helper.app";
   static constexpr const char* kWork = "/temporary/torvane-helper-update-4711";
+  static constexpr const char* kSetAside =
+      "/Applications/Torvane P2P Helper.app.before-update-4711";
   static constexpr const char* kUnpacked =
       "/temporary/torvane-helper-update-4711/Torvane P2P Helper.app";
   static constexpr int kLater = kAlertFirstButton + 1;

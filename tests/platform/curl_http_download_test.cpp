@@ -9,6 +9,7 @@
 #include <iterator>
 
 #include "platform/curl_http_session_fixture.h"
+#include "support/own_mounts.h"
 #include "support/temporary_folder.h"
 
 namespace torvane {
@@ -145,7 +146,24 @@ TEST_F(CurlHttpDownload, FullDiskIsAnErrorAndLeavesNoFile) {
   ::setrlimit(RLIMIT_FSIZE, &before);
   std::signal(SIGXFSZ, handler);
   EXPECT_EQ(errorOf(result), "The response could not be written to a file.");
+  EXPECT_FALSE(result.diskIsFull) << "its files may only not be larger";
   EXPECT_TRUE(isEmptyFolder());
+}
+
+TEST_F(CurlHttpDownload, FullDiskIsToldFromOtherFailures) {
+  OwnMounts mounts;
+  if (!mounts.putDisk(folder.path(), 100'000)) GTEST_SKIP() << "only the superuser can mount one";
+  session = std::make_unique<CurlHttpSession>(60);  // its thread sees the disk
+  Server server(Server::answering(httpAnswer(std::string(3'000'000, 'z'))));
+  const HttpResult full = fetch(saving(server));
+  EXPECT_TRUE(full.diskIsFull);
+  EXPECT_EQ(errorOf(full), "The response could not be written to a file.");
+  EXPECT_TRUE(isEmptyFolder());
+  Server small(Server::answering(httpAnswer("text")));
+  EXPECT_EQ(errorOf(fetch(saving(small))), "") << "what was written is gone";
+  const HttpResult taken = fetch(saving(small));
+  EXPECT_NE(errorOf(taken), "");
+  EXPECT_FALSE(taken.diskIsFull) << "nor is the next one's failure";
 }
 
 TEST_F(CurlHttpDownload, CompletionThatTakesLongHoldsUpNoOtherRequest) {

@@ -1,8 +1,6 @@
 #include "platform/linux/json_user_defaults.h"
 
 #include <gtest/gtest.h>
-#include <sched.h>
-#include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -10,6 +8,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "support/own_mounts.h"
 #include "support/temporary_folder.h"
 
 namespace torvane {
@@ -161,21 +160,16 @@ TEST_F(JsonUserDefaultsTest, NothingIsWrittenThatIsTooLargeToRead) {
   EXPECT_EQ(JsonUserDefaults(path).object("b"), JsonValue(2));
 }
 
-// A real disk, with no room left on it. Only the superuser can have one.
+// A real disk, with no room left on it.
 class JsonUserDefaultsOnAFullDisk : public JsonUserDefaultsTest {
  protected:
   const std::string disk = folder / "config";
+  OwnMounts mounts;
 
   void SetUp() override {
     fs::create_directories(disk);
-    if (::unshare(CLONE_NEWNS) != 0 ||
-        ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
-        ::mount("tmpfs", disk.c_str(), "tmpfs", 0, "size=64k") != 0) {
-      GTEST_SKIP() << "only the superuser can mount a small disk";
-    }
+    if (!mounts.putDisk(disk, 65536)) GTEST_SKIP() << "only the superuser can mount a small disk";
   }
-  void TearDown() override { ::umount2(disk.c_str(), MNT_DETACH); }
-
   void fill() {
     std::ofstream ballast(disk + "/ballast", std::ios::app);
     while (ballast << std::string(4096, 'x') << std::flush) {

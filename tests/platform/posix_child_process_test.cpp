@@ -44,6 +44,20 @@ TEST_F(PosixChildProcessTest, ReportsTheSignalNumber) {
   EXPECT_EQ(start(shell("kill -SEGV $$"))->waitUntilExit(), SIGSEGV);
 }
 
+TEST_F(PosixChildProcessTest, CanBeEndedWhateverItDoes) {
+  const TemporaryFolder folder;
+  const std::string ready = folder / "ready";
+  ASSERT_EQ(::mkfifo(ready.c_str(), 0600), 0);
+  const auto process = start(shell("trap '' TERM; : >'" + ready + "'; while :; do sleep 1; done"));
+  const UniqueFd opened(::open(ready.c_str(), O_RDONLY | O_CLOEXEC));  // waits for the child
+  process->terminate();
+  EXPECT_TRUE(process->isRunning());
+  process->kill();
+  EXPECT_EQ(process->waitUntilExit(), SIGKILL);
+  process->kill();  // there is nothing to end any more
+  EXPECT_EQ(process->waitUntilExit(), SIGKILL);
+}
+
 TEST_F(PosixChildProcessTest, DescribesALaunchError) {
   ProcessLaunch launch;
   launch.executable = "/nonexistent/tool";

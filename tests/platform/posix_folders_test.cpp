@@ -39,49 +39,6 @@ class PosixFolders : public testing::Test {
   }
 };
 
-TEST_F(PosixFolders, PrivateFolderIsMadeWithThoseAboveIt) {
-  EXPECT_TRUE(files.createPrivateFolder(folder / "a/b/c"));
-  for (const char* path : {"a", "a/b", "a/b/c"}) EXPECT_EQ(mode(folder / path), 0700U);
-}
-
-TEST_F(PosixFolders, PrivateFolderMayBeThereAlready) {
-  ASSERT_TRUE(files.createPrivateFolder(folder / "a"));
-  EXPECT_TRUE(files.createPrivateFolder(folder / "a"));
-}
-
-TEST_F(PosixFolders, FolderThatOthersMayEnterIsNotPrivate) {
-  for (const mode_t open : {0755U, 0710U, 0701U, 0777U}) {
-    ASSERT_EQ(::mkdir((folder / "a").c_str(), 0700), 0);
-    ASSERT_EQ(::chmod((folder / "a").c_str(), open), 0);
-    EXPECT_FALSE(files.createPrivateFolder(folder / "a"));
-    fs::remove(folder / "a");
-  }
-}
-
-TEST_F(PosixFolders, FolderThatOthersMayReplaceIsNotPrivate) {
-  ASSERT_TRUE(files.createPrivateFolder(folder / "a/b"));
-  ASSERT_EQ(::chmod((folder / "a").c_str(), 0777), 0);
-  EXPECT_FALSE(files.createPrivateFolder(folder / "a/b"));
-}
-
-TEST_F(PosixFolders, FolderOfAnotherUserIsNotPrivate) {
-  if (::geteuid() != 0) GTEST_SKIP() << "only the superuser can give a folder away";
-  ASSERT_TRUE(files.createPrivateFolder(folder / "a/b"));
-  ASSERT_EQ(::chown((folder / "a/b").c_str(), 65534, 65534), 0);
-  EXPECT_FALSE(files.createPrivateFolder(folder / "a/b"));
-  ASSERT_EQ(::chown((folder / "a").c_str(), 65534, 65534), 0);
-  EXPECT_FALSE(files.createPrivateFolder(folder / "a/c"));
-}
-
-TEST_F(PosixFolders, LinkOrFileInAFoldersPlaceIsNotPrivate) {
-  ASSERT_TRUE(files.createPrivateFolder(folder / "real"));
-  fs::create_symlink(folder / "real", folder / "link");
-  put(folder / "file", "");
-  EXPECT_FALSE(files.createPrivateFolder(folder / "link"));
-  EXPECT_FALSE(files.createPrivateFolder(folder / "file"));
-  EXPECT_FALSE(files.createPrivateFolder(folder / "file/below"));
-}
-
 TEST_F(PosixFolders, OnlyARealFolderIsOne) {
   put(folder / "a/file", "");
   fs::create_symlink("a", folder / "link");
@@ -131,7 +88,7 @@ TEST_F(PosixFolders, RemovesFoldersThatMayNotBeChanged) {
 
 TEST_F(PosixFolders, MovesAFolder) {
   putApplication();
-  EXPECT_EQ(files.move(folder / "a.app", folder / "b.app", std::nullopt), std::nullopt);
+  EXPECT_EQ(files.move(folder / "a.app", folder / "b.app", {}), std::nullopt);
   EXPECT_EQ(get(folder / "b.app/bin/program"), "program");
   EXPECT_FALSE(files.exists(folder / "a.app"));
 }
@@ -155,7 +112,7 @@ class PosixFoldersOnTwoDisks : public PosixFolders {
 TEST_F(PosixFoldersOnTwoDisks, LeavesTheOriginalAsideWhereToldTo) {
   putApplication();
   const std::string original = folder / "original";
-  EXPECT_EQ(files.move(folder / "a.app", other, original), std::nullopt);
+  EXPECT_EQ(files.move(folder / "a.app", other, {original, {}}), {});
   EXPECT_FALSE(files.exists(folder / "a.app"));
   EXPECT_EQ(get(original + "/bin/program"), "program");
   EXPECT_EQ(get(other + "/bin/program"), "program");
@@ -164,7 +121,7 @@ TEST_F(PosixFoldersOnTwoDisks, LeavesTheOriginalAsideWhereToldTo) {
 TEST_F(PosixFoldersOnTwoDisks, WhatCannotBeSetAsideIsWhereItWas) {
   putApplication();
   put(folder / "original/in/the/way", "");
-  EXPECT_EQ(files.move(folder / "a.app", other, folder / "original"), "Directory not empty.");
+  EXPECT_EQ(files.move(folder / "a.app", other, {folder / "original", {}}), "Directory not empty.");
   EXPECT_EQ(get(folder / "a.app/bin/program"), "program");
   EXPECT_FALSE(files.exists(other));
 }
@@ -173,7 +130,7 @@ TEST_F(PosixFoldersOnTwoDisks, MovesAFolderToAnotherDisk) {
   putApplication();
   put(folder / "a.app/deep/er/large", std::string(200'000, 'x'));
   ::chmod((folder / "a.app/deep").c_str(), 0750);
-  EXPECT_EQ(files.move(folder / "a.app", other, std::nullopt), std::nullopt);
+  EXPECT_EQ(files.move(folder / "a.app", other, {}), std::nullopt);
   EXPECT_EQ(get(other + "/bin/program"), "program");
   EXPECT_EQ(get(other + "/deep/er/large"), std::string(200'000, 'x'));
   EXPECT_EQ(mode(other + "/deep"), 0750U);
@@ -182,17 +139,29 @@ TEST_F(PosixFoldersOnTwoDisks, MovesAFolderToAnotherDisk) {
   EXPECT_TRUE(fs::is_empty(folder.path()));
 
   put(folder / "taken", "text");
-  EXPECT_EQ(files.move(other, folder / "taken", std::nullopt), "File exists.");
+  EXPECT_EQ(files.move(other, folder / "taken", {}), "File exists.");
   ASSERT_EQ(::mkfifo((other + "/pipe").c_str(), 0600), 0);
-  EXPECT_EQ(files.move(other, folder / "partly", std::nullopt), "Operation not supported.");
+  EXPECT_EQ(files.move(other, folder / "partly", {}), "Operation not supported.");
   EXPECT_FALSE(files.exists(folder / "partly"));
   EXPECT_EQ(get(folder / "taken"), "text");
   EXPECT_EQ(get(other + "/bin/program"), "program");
 }
 
+TEST_F(PosixFoldersOnTwoDisks, StopsWhenItIsNotWantedAnyMoreAndLeavesEverythingAsItWas) {
+  putApplication();
+  put(folder / "a.app/large", std::string(2'000'000, 'x'));
+  int asked = 0;
+  const DiskCrossing crossing{folder / "original", [&] { return ++asked < 10; }};
+  EXPECT_EQ(files.move(folder / "a.app", other, crossing), "Operation canceled.");
+  EXPECT_EQ(asked, 10);
+  EXPECT_EQ(get(folder / "a.app/large").size(), 2'000'000U);
+  EXPECT_EQ(files.names(folder.path()), std::vector<std::string>{"a.app"});
+  EXPECT_FALSE(files.exists(other));
+}
+
 TEST_F(PosixFolders, LeavesNoOriginalOnTheSameDisk) {
   putApplication();
-  EXPECT_EQ(files.move(folder / "a.app", folder / "b.app", folder / "original"), std::nullopt);
+  EXPECT_EQ(files.move(folder / "a.app", folder / "b.app", {folder / "original", {}}), {});
   EXPECT_EQ(get(folder / "b.app/bin/program"), "program");
   EXPECT_FALSE(files.exists(folder / "original"));
 }
@@ -207,11 +176,9 @@ TEST_F(PosixFolders, TellsTheNamesOfWhatAFolderHolds) {
 
 TEST_F(PosixFolders, SaysWhyAFolderCannotBeMoved) {
   putApplication();
-  EXPECT_EQ(files.move(folder / "none", folder / "b", std::nullopt), "No such file or directory.");
-  EXPECT_EQ(files.move(folder / "a.app", folder / "none/b", std::nullopt),
-            "No such file or directory.");
-  EXPECT_EQ(files.move(folder / "a.app", std::string("b\0c", 3), std::nullopt),
-            "Invalid argument.");
+  EXPECT_EQ(files.move(folder / "none", folder / "b", {}), "No such file or directory.");
+  EXPECT_EQ(files.move(folder / "a.app", folder / "none/b", {}), "No such file or directory.");
+  EXPECT_EQ(files.move(folder / "a.app", std::string("b\0c", 3), {}), "Invalid argument.");
   EXPECT_EQ(get(folder / "a.app/bin/program"), "program");
 }
 

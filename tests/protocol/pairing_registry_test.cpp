@@ -77,6 +77,7 @@ TEST_F(PairingRegistry, LinkKnowsANewKeyBeforeItsInvitationIsAnswered) {
 class PairingOnAFullDisk : public HelperTest {
  protected:
   void SetUp() override {
+    platform.runEngine();
     launch();
     platform.alerts.shown.clear();
     platform.defaults.diskIsFull = true;

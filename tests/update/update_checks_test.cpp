@@ -75,5 +75,14 @@ TEST(LinksOfAnApplication, MustNotClimbBehindAName) {
   EXPECT_FALSE(links("a/b/link", "../x/.."));
 }
 
+TEST(DiskIsFull, IsReadFromWhatAToolSays) {
+  for (const char* words :
+       {"No space left on device", "Disc quota exceeded", "Disk quota exceeded"}) {
+    EXPECT_TRUE(saysDiskIsFull("ditto: /a/b: " + std::string(words) + "\n")) << words;
+  }
+  EXPECT_FALSE(saysDiskIsFull("ditto: /a/b: Permission denied\n"));
+  EXPECT_FALSE(saysDiskIsFull(""));
+}
+
 }  // namespace
 }  // namespace torvane

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "fakes/update_test.h"
 
 namespace torvane {
@@ -154,27 +156,175 @@ TEST_F(UpdateInstall, OtherNamesAreNoLeavings) {
 }
 
 TEST_F(UpdateInstall, OldCopyOfAKilledProcessStaysUntilANewOneIsInPlace) {
-  const std::string old = "/temporary/torvane-helper-update-4000/old.app";
-  platform.files.put(old + "/bin/torvane-p2p-helper", "the program of 411");
+  const std::string work = "/temporary/torvane-helper-update-4000";
+  const std::string aside = std::string(kInstalled) + ".before-update-4000";
+  for (const std::string& old : {work + "/old.app", aside}) {
+    platform.files.put(old + "/bin/torvane-p2p-helper", "the program of 411");
+  }
+  platform.files.put(work + "/helper.zip", "PK");
   tools["kill"].status = 1;
   tools["second ditto"].status = 1;
   checkByHand();
-  EXPECT_TRUE(platform.files.exists(old));
+  EXPECT_EQ(platform.files.names(work), std::vector<std::string>{"old.app"});
+  EXPECT_TRUE(platform.files.exists(aside));
   tools.erase("second ditto");
   checkByHand();
   EXPECT_TRUE(hasQuit());
-  EXPECT_FALSE(platform.files.exists(old));
+  EXPECT_FALSE(platform.files.exists(work));
+  EXPECT_FALSE(platform.files.exists(aside));
+}
+
+TEST_F(UpdateInstall, OldCopyThatCannotGoBackIsLeft) {
+  const std::string old = std::string(kWork) + "/old.app";
+  const auto before = platform.files.tree(kInstalled);
+  platform.files.immovable.insert(old);
+  tools["second ditto"].status = 1;
+  checkByHand();
+  for (int attempt = 1; attempt <= 2; ++attempt) {
+    EXPECT_EQ(platform.files.tree(old), before) << attempt;
+    EXPECT_EQ(platform.files.names(kWork), std::vector<std::string>{"old.app"}) << attempt;
+    helper->installUpdate();
+    platform.time.runDue();
+  }
+  EXPECT_FALSE(hasQuit());
+}
+
+TEST_F(UpdateInstall, WhatTheUserHasBesideTheInstalledCopyStays) {
+  const std::string beside = kInstalled;
+  const std::vector<std::string> own = {".old", "-old/deep", ".before-update-", ".before-update-4x",
+                                        ".before-update-4000"};
+  for (const auto& end : own) platform.files.put(beside + end, "the user's own");
+  platform.files.put(beside + ".before/kept", "the user's own");
+  platform.files.disks = {"/Applications"};
+  tools["kill"].status = 1;
+  checkByHand();
+  EXPECT_TRUE(hasQuit());
+  for (const auto& end : own) EXPECT_EQ(platform.files.text(beside + end), "the user's own") << end;
+  EXPECT_EQ(platform.files.text(beside + ".before/kept"), "the user's own");
+}
+
+TEST_F(UpdateInstall, LeavingsAreRemovedBeforeTheDownload) {
+  const std::string other = "/temporary/torvane-helper-update-4000";
+  platform.files.put(other + "/helper.zip", "PK");
+  platform.files.put(other + ".zip", "half a download");
+  platform.files.put(std::string(kWork) + "/helper.zip", "PK");
+  tools["kill"].status = 1;
+  beginDownload();
+  EXPECT_EQ(requestsOf("/Torvane-P2P-Mac.zip").size(), 1U);
+  for (const std::string& path : {other, other + ".zip", std::string(kWork)}) {
+    EXPECT_FALSE(platform.files.exists(path)) << path;
+  }
+}
+
+TEST_F(UpdateInstall, SystemItselfChecksThatOurTeamSigned) {
+  checkByHand();
+  EXPECT_TRUE(hasQuit());
+  const std::vector<std::pair<std::string, std::string>> expected = {
+      {kUnpacked,
+       "anchor apple generic and certificate 1[field.1.2.840.113635.100.6.2.6] exists and "
+       "certificate leaf[field.1.2.840.113635.100.6.1.13] exists and certificate "
+       "leaf[subject.OU] = \"ZQ4W8N2HJT\""}};
+  EXPECT_EQ(platform.codeCheck.requirements, expected);
+}
+
+TEST_F(UpdateInstall, MenuSaysNothingOfAnUpdateThatIsWithdrawnWhileItRuns) {
+  beginDownload();
+  versionAnswer = {httpResult(200, "412\n"), 0};
+  checkByTimer();
+  EXPECT_EQ(menuEntry(), "Check for Updates");
+}
+
+// A program that ends while a tool hangs.
+class UpdateQuit : public UpdateInstall, public testing::WithParamInterface<const char*> {
+ protected:
+  void quit() {
+    helper->applicationWillTerminate();
+    helper.reset();
+  }
+  [[nodiscard]] bool isOpenedAgain() const {
+    const auto run = toolsRun();
+    return std::any_of(run.begin(), run.end(),
+                       [](const std::string& line) { return line.starts_with("/bin/sh|"); });
+  }
+  void expectNothingLeft() {
+    EXPECT_FALSE(isOpenedAgain());
+    EXPECT_FALSE(platform.files.exists(kWork));
+    EXPECT_FALSE(platform.files.exists(std::string(kWork) + ".zip"));
+    EXPECT_EQ(platform.files.names("/Applications"),
+              std::vector<std::string>{"Torvane P2P Helper.app"});
+  }
+};
+
+TEST_P(UpdateQuit, EndsTheToolAndLeavesTheInstalledCopyWhole) {
+  const auto before = platform.files.tree(kInstalled);
+  tools[GetParam()] = FakeTool::hanging();
+  platform.time.scheduleMain(1, [this] { quit(); });
+  checkByHand();
+  platform.time.advance(60);
+  EXPECT_EQ(helper, nullptr);
+  EXPECT_FALSE(platform.processes.launched.back().process->isRunning());
+  EXPECT_EQ(platform.files.tree(kInstalled), before);
+  expectNothingLeft();
+}
+
+INSTANTIATE_TEST_SUITE_P(EachTool, UpdateQuit,
+                         testing::Values("ditto", "spctl", "codesign", "PlistBuddy",
+                                         "second ditto"),
+                         [](const auto& tool) {
+                           std::string name = tool.param;
+                           std::erase(name, ' ');
+                           return name;
+                         });
+
+class UpdateQuitInBetween : public UpdateQuit {};
+
+TEST_F(UpdateQuitInBetween, OldCopyOnItsWayToAnotherDiskStaysInItsPlace) {
+  platform.files.disks = {"/Applications"};
+  const auto before = platform.files.tree(kInstalled);
+  platform.files.whileCrossing = [this] {
+    platform.time.scheduleMain(0, [this] { quit(); });
+    platform.time.runDue();
+  };
+  checkByHand();
+  EXPECT_EQ(helper, nullptr);
+  EXPECT_EQ(platform.files.tree(kInstalled), before);
+  expectNothingLeft();
+}
+
+TEST_F(UpdateQuitInBetween, NewCopyThatIsFinishedStaysAndIsNotOpened) {
+  tools["second ditto"] = FakeTool::hanging();
+  platform.time.scheduleMain(1, [this] {
+    platform.processes.launched.back().process->exit(0);
+    quit();
+  });
+  checkByHand();
+  EXPECT_EQ(platform.files.text(std::string(kInstalled) + "/Contents/Info.plist"), "413");
+  expectNothingLeft();
+}
+
+TEST_F(UpdateQuitInBetween, DownloadIsNotWaitedFor) {
+  beginDownload();
+  helper->applicationWillTerminate();
+  EXPECT_EQ(platform.mainQueue.blockedFor, 0);
+}
+
+TEST_F(UpdateQuitInBetween, HangingToolIsWaitedForNoLongerThanASecond) {
+  tools["spctl"] = FakeTool::hanging();
+  platform.time.scheduleMain(1, [this] { helper->applicationWillTerminate(); });
+  checkByHand();
+  platform.time.advance(60);
+  EXPECT_LE(platform.mainQueue.blockedFor, 1.01);
 }
 
 TEST_F(UpdateInstall, OriginalOnAnotherDiskGoesOnceTheNewCopyIsInPlace) {
   platform.files.disks = {"/Applications"};
   const auto before = platform.files.tree(kInstalled);
-  platform.files.put(std::string(kInstalled) + ".old/bin/older", "older");
+  platform.files.put(std::string(kSetAside) + "/bin/older", "older");
   checkByHand();
   EXPECT_TRUE(hasQuit());
   EXPECT_EQ(platform.files.tree(kInstalled), platform.files.tree(kUnpacked));
   EXPECT_EQ(platform.files.tree(std::string(kWork) + "/old.app"), before);
-  EXPECT_FALSE(platform.files.exists(std::string(kInstalled) + ".old"));
+  EXPECT_FALSE(platform.files.exists(kSetAside));
 }
 
 // The disk may be too full to take back what was copied to another one.
@@ -192,7 +342,7 @@ TEST_F(UpdateInstall, OriginalOnAnotherDiskIsWhatGoesBack) {
 
 TEST_F(UpdateInstall, PathWithAQuoteNeverReachesTheShell) {
   const std::string installed = "/Applications/Anna's/Torvane P2P Helper.app";
-  ASSERT_EQ(platform.files.move(kInstalled, installed, std::nullopt), std::nullopt);
+  ASSERT_EQ(platform.files.move(kInstalled, installed, {}), std::nullopt);
   platform.bundle.bundlePath = installed;
   checkByHand();
   EXPECT_TRUE(hasQuit());
@@ -237,6 +387,8 @@ const std::string kVersion =
     "Try again in a few minutes.";
 const std::string kReplace = "Could not replace the app in /Applications: ";
 const std::string kInstall = "Could not install the new copy.";
+const std::string kDisk = "The disk is full. Make some room on it and try again from the menu.";
+const std::string kNoSpace = "ditto: /x: No space left on device\n";
 
 const std::string kPlist = "Torvane P2P Helper.app/Contents/Info.plist";
 
@@ -272,6 +424,12 @@ HttpResult cutShort() {
   return result;
 }
 
+HttpResult withoutRoom() {
+  HttpResult result = httpError("The response could not be written to a file.");
+  result.diskIsFull = true;
+  return result;
+}
+
 const std::vector<BadStep> kBadSteps = {
     {"ServerIsGone", answered(httpError("Could not connect.")), kDownload},
     {"ServerGoesInMidDownload", answered(cutShort()), kDownload},
@@ -283,6 +441,11 @@ const std::vector<BadStep> kBadSteps = {
        test.platform.files.unwritable.insert(std::string(UpdateTest::kWork) + ".zip");
      },
      kDownload},
+    {"DiskIsFullForTheDownload", answered(withoutRoom()), kDisk},
+    {"DiskIsFullForUnpacking", tool("ditto", FakeTool::exiting(1, kNoSpace)),
+     kUnpack + "\n\n" + kDisk},
+    {"DiskIsFullForTheNewCopy", tool("second ditto", FakeTool::exiting(1, kNoSpace)),
+     kInstall + "\n\n" + kDisk},
     {"DownloadTakesTooLong", [](UpdateTest& test) { test.archiveAnswer.delay = 3600; }, kDownload},
     {"WorkFolderIsAnotherUsers",
      [](UpdateTest& test) { test.platform.files.foreign.insert(UpdateTest::kWork); }, kUnpack},
@@ -337,6 +500,9 @@ const std::vector<BadStep> kBadSteps = {
           FakeTool::printing("Identifier=TeamIdentifier=ZQ4W8N2HJT\nTeamIdentifier=AAAAAAAAAA\n")),
      kSigner},
     {"SignerIsUnknown", tool("codesign", FakeTool::printing("TeamIdentifier=not set\n")), kSigner},
+    {"SignatureDoesNotMeetOurRequirement",
+     [](UpdateTest& test) { test.platform.codeCheck.refused.insert(UpdateTest::kUnpacked); },
+     kSigner},
     {"SigningToolIsMissing", tool("codesign", FakeTool::missing()), kSigner},
     {"BuildIsAnotherThanPublished", holding(kPlist, "414"), kVersion},
     {"BuildIsOlder", holding(kPlist, "411"), kVersion},
@@ -363,7 +529,7 @@ TEST_P(UpdateFailure, IsToldAndLeavesTheInstalledCopyAsItWas) {
   EXPECT_EQ(platform.alerts.shown.back().message, "Torvane P2P Helper");
   EXPECT_EQ(lastAlert(), kFailed + GetParam().reason);
   EXPECT_EQ(platform.files.tree(kInstalled), before);
-  EXPECT_FALSE(platform.files.exists(std::string(kWork) + "/old.app"));
+  EXPECT_TRUE(platform.files.tree("/temporary").empty());
   EXPECT_FALSE(hasQuit());
   EXPECT_FALSE(helper->updateInProgress);
   EXPECT_EQ(menuEntry(), "Update Helper to Build 413…");

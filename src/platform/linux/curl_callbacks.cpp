@@ -60,7 +60,7 @@ bool CurlTransfer::receiveBody(ByteView bytes) {
     return true;
   }
   if (file_->write(bytes)) return true;
-  problem_ = kCannotSave;
+  problem_ = cannotSave();
   return false;
 }
 

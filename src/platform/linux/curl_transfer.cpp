@@ -57,7 +57,7 @@ std::optional<std::string> CurlTransfer::prepare(HttpJob job) {
   }
   if (auto problem = aim()) return problem;
   if (request.saveTo) file_ = BodyFile::create(*request.saveTo);
-  if (request.saveTo && !file_) return kCannotSave;
+  if (request.saveTo && !file_) return cannotSave();
   errorText_.front() = '\0';
   setUp();
   set(handle_, CURLOPT_CURLU, url_.get());
@@ -165,7 +165,7 @@ HttpResult CurlTransfer::result(CURLcode code) {
   }
   // A connection that closes between two header lines is a success to libcurl.
   if (!hasHeader_) return failure(kConnectionLost);
-  if (file_ && !file_->keep()) return failure(kCannotSave);
+  if (file_ && !file_->keep()) return failure(cannotSave());
   HttpResult result = described();
   result.body = std::move(body_);
   return result;
@@ -174,6 +174,7 @@ HttpResult CurlTransfer::result(CURLcode code) {
 HttpResult CurlTransfer::failure(std::string error) {
   HttpResult result = described();
   result.error = std::move(error);
+  result.diskIsFull = diskIsFull_;
   return result;
 }
 
@@ -187,6 +188,11 @@ HttpResult CurlTransfer::described() const {
   result.response = HttpResponse{static_cast<int>(status), std::nullopt};
   if (contentType != nullptr) result.response->contentType = utf8FromHeader(contentType);
   return result;
+}
+
+std::string CurlTransfer::cannotSave() {
+  diskIsFull_ = isDiskFull(errno);
+  return kCannotSave;
 }
 
 HttpCompletion CurlTransfer::release() {
@@ -204,6 +210,7 @@ HttpCompletion CurlTransfer::release() {
   uploaded_ = 0;
   requestsSent_ = 0;
   hasHeader_ = false;
+  diskIsFull_ = false;
   problem_.clear();
   return completion;
 }

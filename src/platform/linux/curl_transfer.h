@@ -78,6 +78,7 @@ class CurlTransfer {
 
   void receiveHeader(std::string_view line);
   bool receiveBody(ByteView bytes);  // false: too long, or no place for it
+  std::string cannotSave();          // right after it failed
   [[nodiscard]] HttpResult described() const;
   void noteProgress() { job_.lastProgress = HttpJob::Clock::now(); }
 
@@ -104,6 +105,7 @@ class CurlTransfer {
   curl_off_t uploaded_ = 0;
   long requestsSent_ = 0;
   bool hasHeader_ = false;
+  bool diskIsFull_ = false;
   std::string problem_;  // set by a callback that ended the transfer
 };
 

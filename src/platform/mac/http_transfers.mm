@@ -104,6 +104,7 @@ torvane::HttpResponse described(NSHTTPURLResponse* response) {
     if (transfer->isTooLong(transfer->received)) {
       [self task:dataTask isTooLong:transfer];
     } else if (!transfer->take({static_cast<const std::uint8_t*>(data.bytes), data.length})) {
+      transfer->result.diskIsFull = torvane::isDiskFull(errno);
       transfer->result.error = "The file cannot be saved.";
       [dataTask cancel];
     }
@@ -137,7 +138,10 @@ torvane::HttpResponse described(NSHTTPURLResponse* response) {
     torvane::HttpResult& result = ended.mapped().result;
     if (error != nil && !result.error) result.error = torvane::toText(error.localizedDescription);
     const auto& file = ended.mapped().file;
-    if (!result.error && file && !file->keep()) result.error = "The file cannot be saved.";
+    if (!result.error && file && !file->keep()) {
+      result.diskIsFull = torvane::isDiskFull(errno);
+      result.error = "The file cannot be saved.";
+    }
     if (result.error) result.body.clear();
     ended.mapped().file.reset();  // removes what is not kept, before anybody looks
     ended.mapped().completion(std::move(result));

@@ -41,9 +41,10 @@ NSURLRequest* toURLRequest(NSURL* url, const HttpRequest& request, double idleTi
   return made;
 }
 
-void failSoon(NSURLSession* session, const char* problem, HttpCompletion completion) {
+void failSoon(NSURLSession* session, const char* problem, bool diskIsFull,
+              HttpCompletion completion) {
   [session.delegateQueue addOperationWithBlock:^{
-    atEdge([&] { completion({std::nullopt, {}, problem}); });
+    atEdge([&] { completion({std::nullopt, {}, problem, diskIsFull}); });
   }];
 }
 
@@ -74,14 +75,15 @@ void MacHttpSession::dataTask(HttpRequest request, HttpCompletion completion) {
   Channel& channel = channelFor(request);
   NSURL* url = [NSURL URLWithString:toNSString(request.url)];
   if (url == nil || (request.onlyEndpoint && !leadsTo(url, *request.onlyEndpoint))) {
-    failSoon(channel.session, "Could not connect to the server.", std::move(completion));
+    failSoon(channel.session, "Could not connect to the server.", false, std::move(completion));
     return;
   }
   std::unique_ptr<BodyFile> file;
   if (request.saveTo) {
     file = BodyFile::create(*request.saveTo);
     if (!file) {
-      failSoon(channel.session, "The file cannot be saved.", std::move(completion));
+      const bool diskIsFull = isDiskFull(errno);
+      failSoon(channel.session, "The file cannot be saved.", diskIsFull, std::move(completion));
       return;
     }
   }

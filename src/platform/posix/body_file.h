@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cerrno>
 #include <memory>
 #include <string>
 #include <utility>
@@ -18,6 +19,7 @@ class BodyFile {
   BodyFile(const BodyFile&) = delete;
   BodyFile& operator=(const BodyFile&) = delete;
 
+  // These, and create(), leave the reason of a failure in errno.
   [[nodiscard]] bool write(ByteView bytes);  // false: not all written
   [[nodiscard]] bool keep();                 // closes it; false: not all of it reached the disk
 
@@ -27,5 +29,10 @@ class BodyFile {
   std::string path_;  // empty once the file is kept
   UniqueFd file_;
 };
+
+// Whether there was no room for it, or no more for this user.
+[[nodiscard]] inline bool isDiskFull(int error) {
+  return error == ENOSPC || error == EDQUOT;
+}
 
 }  // namespace torvane

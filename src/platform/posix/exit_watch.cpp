@@ -44,9 +44,9 @@ bool ExitWatch::isRunning() const {
 }
 
 // The lock keeps reap() from freeing the process id between the look and the signal.
-void ExitWatch::terminate() {
+void ExitWatch::signal(int number) {
   const std::lock_guard lock(mutex_);
-  if (!status_) ::kill(pid_, SIGTERM);
+  if (!status_) ::kill(pid_, number);
 }
 
 int ExitWatch::wait() {

@@ -20,7 +20,7 @@ class ExitWatch {
   void reap();
 
   [[nodiscard]] bool isRunning() const;
-  void terminate();
+  void signal(int number);
 
   // Blocks until the child has been reaped; its exit code, or its signal's number.
   int wait();

@@ -23,7 +23,8 @@ class PosixChildProcess final : public ChildProcess {
       : watch_(std::move(watch)), output_(std::move(output)), exited_(std::move(exited)) {}
 
   [[nodiscard]] bool isRunning() const override { return watch_->isRunning(); }
-  void terminate() override { watch_->terminate(); }
+  void terminate() override { watch_->signal(SIGTERM); }
+  void kill() override { watch_->signal(SIGKILL); }
   int waitUntilExit() override { return watch_->wait(); }
 
   [[nodiscard]] Bytes readOutputToEnd() override {

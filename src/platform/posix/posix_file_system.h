@@ -18,13 +18,14 @@ class PosixFileSystem final : public FileSystem {
   [[nodiscard]] std::unique_ptr<FileHandle> openForWriting(const std::string& path) override;
   [[nodiscard]] std::unique_ptr<FileHandle> openForReading(const std::string& path) override;
 
+  // In posix_private_folder.cpp and posix_move.cpp.
+  [[nodiscard]] bool createPrivateFolder(const std::string& path, const std::string& home) override;
+  [[nodiscard]] std::optional<std::string> move(const std::string& from, const std::string& to,
+                                                const DiskCrossing& crossing) override;
+
   // In posix_folders.cpp.
   [[nodiscard]] bool isFolder(const std::string& path) const override;
-  [[nodiscard]] bool createPrivateFolder(const std::string& path) override;
   bool removeAll(const std::string& path) override;
-  [[nodiscard]] std::optional<std::string> move(
-      const std::string& from, const std::string& to,
-      const std::optional<std::string>& original) override;
   [[nodiscard]] std::vector<std::string> names(const std::string& folder) const override;
   [[nodiscard]] std::optional<std::vector<SymbolicLink>> symbolicLinks(
       const std::string& folder) const override;
