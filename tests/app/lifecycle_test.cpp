@@ -180,6 +180,18 @@ TEST_F(Lifecycle, QuittingEndsItsOwnEngine) {
   EXPECT_TRUE(platform.alerts.shown.empty());
 }
 
+TEST_F(Lifecycle, QuittingAsksTheEngineBeforeItIsEnded) {
+  launch();
+  platform.time.advance(2);
+  std::size_t askedBefore = 0;
+  platform.processes.launched.back().process->onTerminate = [&] {
+    askedBefore = platform.http.requestsTo("/api/shutdown").size();
+  };
+  helper->applicationWillTerminate();
+  EXPECT_EQ(platform.processes.launched.back().process->terminations, 1);
+  EXPECT_EQ(askedBefore, 1U);
+}
+
 TEST_F(Lifecycle, QuitAsksTheApplicationToTerminate) {
   launch();
   platform.log.clear();

@@ -231,5 +231,89 @@ TEST_F(EngineProcess, NextStartClearsTheStop) {
   EXPECT_EQ(engines().size(), 2U);
 }
 
+TEST_F(EngineProcess, IsProbedBeforeTheEarlyExitIsTold) {
+  engineDoes({"", 1, ""});
+  std::size_t probesWhenTold = 0;
+  platform.alerts.whileUp = [&](const AlertContent&) {
+    probesWhenTold = platform.http.requestsTo("/api/state").size();
+  };
+  helper->startServer();
+  platform.time.runDue();
+  EXPECT_EQ(platform.alerts.shown.size(), 1U);
+  EXPECT_EQ(probesWhenTold, 1U);
+}
+
+TEST_F(EngineProcess, EarlyExitWithoutALogOfItsOwnShowsWhatTheLogHolds) {
+  platform.files.put(kLog, "what an earlier run wrote\n");
+  platform.files.unwritable.insert(kLog);
+  engineDoes({"", 1, ""});
+  helper->startServer();
+  platform.time.runDue();
+  EXPECT_NE(lastAlert().find("\n\nwhat an earlier run wrote\n\n"), std::string::npos);
+}
+
+// The exit of the engine that ran before comes while the failure of the next launch is told.
+TEST_F(EngineProcess, FailedLaunchKeepsTheChildAndIsNotProbed) {
+  helper->startServer();
+  platform.time.advance(10);
+  platform.http.requests.clear();
+  engines()[0].process->exit(0);
+  engineDoes({"", std::nullopt, "Permission denied"});
+  helper->startServer();
+  platform.time.runDue();
+  EXPECT_EQ(lastAlert(), "Could not start the server: Permission denied");
+  EXPECT_EQ(platform.http.requestsTo("/api/state").size(), 1U) << "of the exit of the child";
+  platform.time.advance(5);
+  EXPECT_EQ(platform.http.requestsTo("/api/state").size(), 1U);
+}
+
+TEST_F(EngineProcess, ExitDuringAStopIsIgnored) {
+  helper->startServer();
+  platform.time.advance(1);
+  helper->stopServer();
+  platform.http.requests.clear();
+  engines()[0].process->exit(0);
+  platform.time.advance(0.4);
+  EXPECT_TRUE(platform.http.requestsTo("/api/state").empty());
+  platform.time.advance(0.2);
+  EXPECT_EQ(platform.http.requestsTo("/api/state").size(), 1U);
+}
+
+// The stopped engine exits with a failure while the reason why no other starts is told.
+TEST_F(EngineProcess, StopLastsUntilScriptAndPythonAreFound) {
+  for (const bool isScriptMissing : {true, false}) {
+    platform.files.put("/Library/Developer/CommandLineTools/usr/bin/python3", "");
+    platform.bundle.resources["torvane.py"] = kBundled;
+    helper->startServer();
+    const auto engine = engines().back().process;
+    helper->stopServer();
+    engine->exit(3);
+    if (isScriptMissing) platform.bundle.resources.clear();
+    if (!isScriptMissing) platform.files.contents.clear();
+    platform.alerts.shown.clear();
+    helper->startServer();
+    platform.time.advance(3);
+    ASSERT_EQ(platform.alerts.shown.size(), 1U);
+    EXPECT_EQ(lastAlert(), isScriptMissing
+                               ? "Cannot find torvane.py next to the app or in the bundle."
+                               : kMacPython.missing);
+  }
+}
+
+TEST_F(EngineProcess, TwoSecondsAfterAStopThereIsNoChildWhateverWasStartedMeanwhile) {
+  helper->startServer();
+  helper->stopServer();
+  engines()[0].process->exit(0);
+  platform.time.advance(1);
+  helper->startServer();
+  ASSERT_EQ(engines().size(), 2U);
+  helper->startServer();
+  EXPECT_EQ(engines().size(), 2U) << "the second one is the child";
+  platform.time.advance(1.1);
+  EXPECT_EQ(engines()[1].process->terminations, 0);
+  helper->startServer();
+  EXPECT_EQ(engines().size(), 3U) << "there is none";
+}
+
 }  // namespace
 }  // namespace torvane

@@ -64,6 +64,14 @@ TEST_F(PythonDiagnosis, LicenseInAnyCaseAsksToAcceptIt) {
             "then choose “Start Server” from this app's menu bar icon.");
 }
 
+// The tools write the word as it is written in America.
+TEST_F(PythonDiagnosis, LicenceInItsOtherSpellingIsAnyFailure) {
+  probeSays({"You have not agreed to the licence", 69, ""});
+  EXPECT_EQ(problem(),
+            "macOS refused to run Python, so the PowerPoint server can't start.\n\n"
+            "/usr/bin/python3 --version said:\nYou have not agreed to the licence");
+}
+
 TEST_F(PythonDiagnosis, OtherFailureShowsTheTrimmedOutput) {
   probeSays({" \n xcrun: error: broken\n\n", 1, ""});
   EXPECT_EQ(problem(),

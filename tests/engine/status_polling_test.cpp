@@ -30,7 +30,7 @@ TEST_F(StatusPolling, Any200MeansRunningWhoeverAnswers) {
 }
 
 TEST_F(StatusPolling, OtherStatusesMeanNotRunning) {
-  for (const int status : {204, 302, 404, 500}) {
+  for (const int status : {201, 204, 206, 302, 404, 500}) {
     helper->serverRunning = true;
     EXPECT_FALSE(runningAfter({httpResult(status)})) << status;
   }
@@ -39,6 +39,13 @@ TEST_F(StatusPolling, OtherStatusesMeanNotRunning) {
 TEST_F(StatusPolling, TransportErrorMeansNotRunning) {
   helper->serverRunning = true;
   EXPECT_FALSE(runningAfter({httpError("refused")}));
+}
+
+TEST_F(StatusPolling, AnswerWhoseTransferFailsMeansNotRunning) {
+  helper->serverRunning = true;
+  HttpResult cut = httpResult(200);
+  cut.error = "The connection was lost.";
+  EXPECT_FALSE(runningAfter({cut}));
 }
 
 TEST_F(StatusPolling, EngineSlowerThanTwoSecondsCountsAsNotRunning) {
