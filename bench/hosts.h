@@ -104,7 +104,8 @@ class BridgeHost {
                   workspace_,     loginItem_,       http_,
                   *link_,         files_,           processes_,
                   windowServer_,  screens_,         overlaySurfaces_,
-                  pictures_,      codeCheck_,       kLinuxPython};
+                  pictures_,      codeCheck_,       kLinuxPython,
+                  kLinuxTexts};
   BridgeDelegate delegate_;
 };
 
