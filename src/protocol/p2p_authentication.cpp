@@ -3,6 +3,13 @@
 #include "protocol/base64.h"
 
 namespace torvane::P2PAuthentication {
+namespace {
+
+// 64 bytes in base64 with its padding. Any other text is refused by its length, before it costs
+// anything to read.
+constexpr std::size_t kSignatureText = 88;
+
+}  // namespace
 
 std::optional<P2PFrame::Frame> verify(ByteView envelope, const SigningPublicKey& key,
                                       std::string_view challenge, ReceivedIDs& receivedIDs) {
@@ -13,7 +20,7 @@ std::optional<P2PFrame::Frame> verify(ByteView envelope, const SigningPublicKey&
 std::optional<P2PFrame::Frame> verify(const P2PFrame::View& envelope, const SigningPublicKey& key,
                                       std::string_view challenge, ReceivedIDs& receivedIDs) {
   const auto signatureText = stringMember(envelope.header, "signature");
-  if (!signatureText) return std::nullopt;
+  if (!signatureText || signatureText->size() != kSignatureText) return std::nullopt;
   const auto signature = base64Decode(*signatureText);
   if (!signature) return std::nullopt;
 
