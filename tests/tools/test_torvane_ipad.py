@@ -416,6 +416,22 @@ class Load(ToolTest):
         self.assertEqual(len({request["path"] for request, _ in helper.requests}), 100)
         self.assertEqual(len({key for _, key in helper.invitations}), 3)
 
+    def test_a_greedy_device_is_counted_apart_and_the_others_go_on_beside_it(self):
+        helper = ScriptedHelper(CERTIFICATES[0])
+        status, said = self.load(helper, "--peers", "2", "--greedy", "400", "--rate", "200")
+        self.assertEqual(status, 0)
+        self.assertEqual((said["greedy"]["sent"], said["greedy"]["answered"]), (400, 400))
+        self.assertEqual(said["peers"], 2)
+        self.assertGreater(said["sent"], 0)
+        self.assertEqual(said["answered"], said["sent"])
+        self.assertEqual(len({key for _, key in helper.invitations}), 3)
+        self.assertEqual(len(helper.requests), 400 + said["sent"])
+
+    def test_a_greedy_device_that_asks_for_nothing_is_refused(self):
+        for number in ("0", "-1", "1000001", "x"):
+            self.check(self.run_tool(None, "load", "--greedy", number), 2,
+                       "--greedy needs a number from 1 to 1000000.")
+
     def test_rate_and_time_limit_what_is_sent(self):
         status, said = self.load(ScriptedHelper(CERTIFICATES[0]), "--seconds", "1", "--rate", "50",
                                  "--in-flight", "10")

@@ -110,5 +110,28 @@ TEST_F(TorvaneIpadLinkTest, LoadOfManyPeersIsAnsweredOnceEach) {
   EXPECT_EQ(result.endedPeers, 0U);
 }
 
+TEST_F(TorvaneIpadLinkTest, LoadOfAGreedyPeerIsCountedApart) {
+  std::vector<std::unique_ptr<HelperSession>> sessions;
+  for (std::uint8_t device = 1; device <= 3; ++device) {
+    sessions.push_back(open(device));
+    ASSERT_TRUE(sessions.back());
+  }
+  LoadPlan plan;
+  plan.greedy = 2000;
+  plan.path = "/echo";
+  plan.timeout = 60s;
+  const auto run = std::make_shared<LoadRun>(network_, plan);
+  auto future = run->result();
+  run->start(sessions);
+  ASSERT_EQ(future.wait_for(100s), std::future_status::ready);
+  const LoadResult result = future.get();
+  EXPECT_EQ(result.greedyCounts.answered, 2000U);
+  EXPECT_EQ(result.greedyLatencies.count(), 2000U);
+  EXPECT_TRUE(result.greedyCounts.isFaultless());
+  EXPECT_GT(result.counts.sent, 0U);
+  EXPECT_TRUE(result.counts.isFaultless());
+  EXPECT_EQ(result.latencies.count(), result.counts.sent);
+}
+
 }  // namespace
 }  // namespace torvane::ipad

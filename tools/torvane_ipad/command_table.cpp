@@ -129,6 +129,11 @@ constexpr std::array kOptions = {
                "ask for the notes of slides 1 to COUNT in turn instead, and check\n"
                "that each answer is about the slide that was asked for",
                setNumber<&Options::echoSlides, 1, 10000>},
+    OptionSpec{"greedy", "N", "a number from 1 to 1000000",
+               "have one more device send N requests of its own as fast as it can,\n"
+               "without waiting for answers; the others go on until these are\n"
+               "answered, and their latencies are printed alone",
+               setNumber<&Options::greedy, 1, 1000000>},
 };
 
 const std::vector<CommandSpec> kCommands = {
@@ -248,9 +253,10 @@ const std::vector<CommandSpec> kCommands = {
      "  misdelivered  the answer to a request of another peer or to no request\n"
      "  broken        not a well-formed answer\n"
      "Devices that are not paired yet are paired first. Ends with 1 when\n"
-     "anything went wrong.",
+     "anything went wrong. With --greedy it shows whether one device can hold\n"
+     "up the others: \"load --peers 4 --greedy 150000 --rate 40\".",
      "torvane-ipad load --peers 4 --requests 60000 --rate 200 --in-flight 4",
-     {"peers", "requests", "seconds", "in-flight", "rate", "path", "echo-slides"}},
+     {"peers", "requests", "seconds", "in-flight", "rate", "path", "echo-slides", "greedy"}},
     {"replay",
      "",
      0,

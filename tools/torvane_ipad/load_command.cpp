@@ -19,8 +19,9 @@ std::chrono::nanoseconds nanoseconds(double seconds) {
 }
 
 LoadPlan planFrom(const Options& options) {
-  const bool isUnlimited = options.requests == 0 && options.seconds == 0;
+  const bool isUnlimited = options.requests == 0 && options.seconds == 0 && options.greedy == 0;
   return {isUnlimited ? kUsualRequests : options.requests,
+          options.greedy,
           nanoseconds(options.seconds),
           options.inFlight,
           options.rate,
@@ -29,10 +30,12 @@ LoadPlan planFrom(const Options& options) {
           nanoseconds(options.timeout)};
 }
 
-// One after the other: a helper allows few connections that have not invited it yet.
-Sessions openSessions(HelperReach& reach, std::uint32_t peers, Exit& exit) {
+// One after the other: a helper allows few connections that have not invited it yet. The greedy
+// peer, where there is one, comes last.
+Sessions openSessions(HelperReach& reach, const Options& options, Exit& exit) {
   Sessions sessions;
-  for (std::uint32_t number = 1; number <= std::max(peers, 1U); ++number) {
+  const std::uint32_t count = std::max(options.peers, 1U) + (options.greedy > 0 ? 1 : 0);
+  for (std::uint32_t number = 1; number <= count; ++number) {
     auto session = reach.open({number, firstLoadId(number)}, exit);
     if (!session) return {};
     sessions.push_back(std::move(session));
@@ -67,38 +70,44 @@ std::string milliseconds(std::chrono::nanoseconds time) {
   return decimal(inSeconds(time) * 1000, 3) + " ms";
 }
 
-double answersPerSecond(const LoadResult& result) {
-  const double seconds = inSeconds(result.time);
-  return seconds > 0 ? static_cast<double>(result.counts.answered) / seconds : 0;
+double perSecond(const LoadCounts& counts, std::chrono::nanoseconds time) {
+  const double seconds = inSeconds(time);
+  return seconds > 0 ? static_cast<double>(counts.answered) / seconds : 0;
 }
 
-std::string sentences(const LoadResult& result, std::size_t peers) {
-  const LoadCounts& counts = result.counts;
-  const LatencyStats& latencies = result.latencies;
+// What was sent, what became of it, and how long that took.
+std::string sentences(const std::string& who, const LoadCounts& counts,
+                      const LatencyStats& latencies, std::chrono::nanoseconds time) {
   const auto count = [](std::uint64_t number) { return std::to_string(number); };
-  std::string text = count(peers) + (peers == 1 ? " peer sent " : " peers sent ") +
-                     count(counts.sent) + " requests in " + decimal(inSeconds(result.time), 2) +
-                     " s; " + decimal(answersPerSecond(result), 1) + " answers a second.\n";
-  text += "Answered: " + count(counts.answered) + ". Failed: " + count(counts.failed) +
-          ". Lost: " + count(counts.lost) + ". Late: " + count(counts.late) +
-          ". Doubled: " + count(counts.doubled) + ". Misdelivered: " + count(counts.misdelivered) +
-          ". Broken: " + count(counts.broken) + ".\n";
-  if (result.endedPeers > 0) {
-    text += "Connections lost: " + count(result.endedPeers) + ".\n";
-  }
-  return text + "Latency: p50 " + milliseconds(latencies.percentile(50)) + ", p95 " +
+  return who + " sent " + count(counts.sent) + " requests in " + decimal(inSeconds(time), 2) +
+         " s; " + decimal(perSecond(counts, time), 1) + " answers a second.\n" +
+         "Answered: " + count(counts.answered) + ". Failed: " + count(counts.failed) +
+         ". Lost: " + count(counts.lost) + ". Late: " + count(counts.late) +
+         ". Doubled: " + count(counts.doubled) + ". Misdelivered: " + count(counts.misdelivered) +
+         ". Broken: " + count(counts.broken) + ".\n" + "Latency: p50 " +
+         milliseconds(latencies.percentile(50)) + ", p95 " +
          milliseconds(latencies.percentile(95)) + ", p99 " +
          milliseconds(latencies.percentile(99)) + ", max " + milliseconds(latencies.max()) + ".";
 }
 
-JsonObject facts(const LoadResult& result, std::size_t peers) {
-  const LoadCounts& counts = result.counts;
-  const auto micros = [&](double percent) {
-    return result.latencies.percentile(percent).count() / 1000;
-  };
-  return {{"peers", peers},
-          {"seconds", inSeconds(result.time)},
-          {"perSecond", answersPerSecond(result)},
+std::string sentences(const LoadResult& result, std::size_t peers, bool isGreedyToo) {
+  const std::string who =
+      std::to_string(peers) + (isGreedyToo ? " polite" : "") + (peers == 1 ? " peer" : " peers");
+  std::string text = sentences(who, result.counts, result.latencies, result.time);
+  if (isGreedyToo) {
+    text += "\n" +
+            sentences("The greedy peer", result.greedyCounts, result.greedyLatencies, result.time);
+  }
+  if (result.endedPeers > 0) {
+    text += "\nConnections lost: " + std::to_string(result.endedPeers) + ".";
+  }
+  return text;
+}
+
+JsonObject facts(const LoadCounts& counts, const LatencyStats& latencies,
+                 std::chrono::nanoseconds time) {
+  const auto micros = [&](double percent) { return latencies.percentile(percent).count() / 1000; };
+  return {{"perSecond", perSecond(counts, time)},
           {"sent", counts.sent},
           {"answered", counts.answered},
           {"failed", counts.failed},
@@ -107,11 +116,21 @@ JsonObject facts(const LoadResult& result, std::size_t peers) {
           {"doubled", counts.doubled},
           {"misdelivered", counts.misdelivered},
           {"broken", counts.broken},
-          {"connectionsLost", result.endedPeers},
           {"p50us", micros(50)},
           {"p95us", micros(95)},
           {"p99us", micros(99)},
           {"maxus", micros(100)}};
+}
+
+JsonObject facts(const LoadResult& result, std::size_t peers, bool isGreedyToo) {
+  JsonObject all = facts(result.counts, result.latencies, result.time);
+  all["peers"] = peers;
+  all["seconds"] = inSeconds(result.time);
+  all["connectionsLost"] = result.endedPeers;
+  if (isGreedyToo) {
+    all["greedy"] = facts(result.greedyCounts, result.greedyLatencies, result.time);
+  }
+  return all;
 }
 
 }  // namespace
@@ -120,13 +139,16 @@ Exit runLoad(const Options& options, const Console& console) {
   Exit exit = Exit::ok;
   const auto reach = HelperReach::prepare(options, console, exit);
   if (!reach) return exit;
-  Sessions sessions = openSessions(*reach, options.peers, exit);
+  Sessions sessions = openSessions(*reach, options, exit);
   if (sessions.empty()) return exit;
 
   const LoadResult result = runUntilDone(*reach, planFrom(options), sessions);
-  console.say("load", sentences(result, sessions.size()), facts(result, sessions.size()));
+  const bool isGreedyToo = options.greedy > 0;
+  const std::size_t polite = sessions.size() - (isGreedyToo ? 1 : 0);
+  console.say("load", sentences(result, polite, isGreedyToo), facts(result, polite, isGreedyToo));
   if (result.endedPeers == sessions.size()) return Exit::noConnection;
-  return result.counts.isFaultless() && result.endedPeers == 0 ? Exit::ok : Exit::refused;
+  const bool isFaultless = result.counts.isFaultless() && result.greedyCounts.isFaultless();
+  return isFaultless && result.endedPeers == 0 ? Exit::ok : Exit::refused;
 }
 
 }  // namespace torvane::ipad

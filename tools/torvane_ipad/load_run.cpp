@@ -10,6 +10,9 @@ using Clock = std::chrono::steady_clock;
 constexpr auto kTick = std::chrono::milliseconds(50);
 // After the last answer, for answers that nobody waits for.
 constexpr auto kAftermath = std::chrono::milliseconds(300);
+// Requests that the greedy peer signs and sends in one turn of the thread, which takes the other
+// peers' answers as well.
+constexpr int kGreedyTurn = 16;
 
 }  // namespace
 
@@ -30,10 +33,15 @@ std::int64_t firstLoadId(std::size_t peer) {
 }
 
 void LoadRun::start(std::vector<std::unique_ptr<HelperSession>>& sessions) {
-  const std::size_t count = sessions.size();
-  for (std::size_t i = 0; i < count; ++i) {
-    const std::uint64_t quota = plan_.requests / count + (i < plan_.requests % count ? 1 : 0);
-    peers_.push_back({sessions[i].get(), {}, quota, {}});
+  const std::size_t polite = sessions.size() - (plan_.greedy > 0 ? 1 : 0);
+  for (std::size_t i = 0; i < sessions.size(); ++i) {
+    const bool isGreedy = i == polite;
+    const std::uint64_t share =
+        polite > 0 ? plan_.requests / polite + (i < plan_.requests % polite ? 1 : 0) : 0;
+    peers_.push_back({.session = sessions[i].get(),
+                      .tally = {},
+                      .quota = isGreedy ? plan_.greedy : share,
+                      .isGreedy = isGreedy});
     sessions[i]->divert([self = shared_from_this(), i](Bytes frame) { self->received(i, frame); },
                         [self = shared_from_this(), i] { self->ended(i); });
   }
@@ -47,26 +55,39 @@ void LoadRun::stop() {
 void LoadRun::begin() {
   startedAt_ = lastAnswerAt_ = Clock::now();
   if (plan_.rate > 0) {
-    const double seconds = static_cast<double>(peers_.size()) / plan_.rate;
+    const auto polite = std::ranges::count(peers_, false, &Peer::isGreedy);
+    const double seconds = static_cast<double>(polite) / plan_.rate;
     interval_ = std::chrono::nanoseconds(static_cast<std::int64_t>(seconds * 1e9));
   }
   for (std::size_t i = 0; i < peers_.size(); ++i) {
     // Peers take turns instead of sending all at once.
+    peers_[i].lastAnswerAt = startedAt_;
     peers_[i].nextDue = startedAt_ + interval_ * static_cast<std::int64_t>(i) /
                                          static_cast<std::int64_t>(peers_.size());
     pump(i);
+    if (peers_[i].isGreedy) pumpGreedily(i);
   }
   tick();
 }
 
 void LoadRun::pump(std::size_t index) {
   Peer& peer = peers_[index];
+  if (peer.isGreedy) return;
   while (!isStopping_ && !peer.hasEnded && !hasSentAll(peer) &&
          peer.tally.inFlight() < plan_.inFlight) {
     const Time now = Clock::now();
     if (plan_.rate > 0 && waitsForItsTime(index, now)) return;
     sendOne(index, now);
   }
+}
+
+void LoadRun::pumpGreedily(std::size_t index) {
+  Peer& peer = peers_[index];
+  for (int i = 0; i < kGreedyTurn; ++i) {
+    if (isStopping_ || peer.hasEnded || hasSentAll(peer)) return;
+    sendOne(index, Clock::now());
+  }
+  network_.callAfter({}, [self = shared_from_this(), index] { self->pumpGreedily(index); });
 }
 
 bool LoadRun::waitsForItsTime(std::size_t index, Time now) {
@@ -95,7 +116,7 @@ void LoadRun::sendOne(std::size_t index, Time now) {
 }
 
 void LoadRun::received(std::size_t index, const Bytes& frame) {
-  lastAnswerAt_ = Clock::now();
+  lastAnswerAt_ = peers_[index].lastAnswerAt = Clock::now();
   peers_[index].tally.frameReceived(frame, lastAnswerAt_);
   pump(index);
 }
@@ -109,9 +130,11 @@ void LoadRun::tick() {
   const Time now = Clock::now();
   if (plan_.time.count() > 0 && now - startedAt_ >= plan_.time) isStopping_ = true;
   for (std::size_t i = 0; i < peers_.size(); ++i) {
-    peers_[i].tally.expire(now - plan_.timeout);
+    expire(peers_[i], now);
     pump(i);
   }
+  const bool isEndless = plan_.requests == 0 && plan_.time.count() == 0;
+  if (isEndless && isDone(peers_.back())) isStopping_ = true;
   if (!isDone()) {
     quietSince_.reset();
   } else if (!quietSince_) {
@@ -122,22 +145,30 @@ void LoadRun::tick() {
   network_.callAfter(kTick, [self = shared_from_this()] { self->tick(); });
 }
 
-bool LoadRun::hasSentAll(const Peer& peer) const {
-  return plan_.requests > 0 && peer.tally.counts().sent >= peer.quota;
+// The greedy peer's requests wait for one another: they are lost when no more answers come.
+void LoadRun::expire(Peer& peer, Time now) const {
+  if (peer.isGreedy && now - peer.lastAnswerAt < plan_.timeout) return;
+  peer.tally.expire(peer.isGreedy ? now : now - plan_.timeout);
+}
+
+bool LoadRun::hasSentAll(const Peer& peer) {
+  return peer.quota > 0 && peer.tally.counts().sent >= peer.quota;
+}
+
+bool LoadRun::isDone(const Peer& peer) const {
+  return peer.hasEnded || (peer.tally.inFlight() == 0 && (isStopping_ || hasSentAll(peer)));
 }
 
 bool LoadRun::isDone() const {
-  return std::ranges::all_of(peers_, [&](const Peer& peer) {
-    return peer.hasEnded || (peer.tally.inFlight() == 0 && (isStopping_ || hasSentAll(peer)));
-  });
+  return std::ranges::all_of(peers_, [&](const Peer& peer) { return isDone(peer); });
 }
 
 void LoadRun::finish() {
   LoadResult result;
   result.time = lastAnswerAt_ - startedAt_;
   for (const Peer& peer : peers_) {
-    result.counts += peer.tally.counts();
-    result.latencies.add(peer.tally.latencies());
+    (peer.isGreedy ? result.greedyCounts : result.counts) += peer.tally.counts();
+    (peer.isGreedy ? result.greedyLatencies : result.latencies).add(peer.tally.latencies());
     result.endedPeers += peer.hasEnded ? 1 : 0;
     // The session must not hold on to this run.
     peer.session->divert({}, {});

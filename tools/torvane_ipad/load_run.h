@@ -14,10 +14,11 @@
 namespace torvane::ipad {
 
 struct LoadPlan {
-  std::uint64_t requests = 0;       // of all peers; 0: no limit
+  std::uint64_t requests = 0;       // of all polite peers; 0: no limit
+  std::uint64_t greedy = 0;         // of the last peer, all at once; 0: all are polite
   std::chrono::nanoseconds time{};  // how long to send; 0: no limit
-  std::uint32_t inFlight = 1;       // of each peer
-  double rate = 0;                  // requests a second of all peers; 0: no limit
+  std::uint32_t inFlight = 1;       // of each polite peer
+  double rate = 0;                  // requests a second of these; 0: no limit
   std::string path;
   std::uint32_t echoSlides = 0;
   std::chrono::nanoseconds timeout{};  // after which a request counts as lost
@@ -37,11 +38,14 @@ struct LoadRequest {
 struct LoadResult {
   LoadCounts counts;
   LatencyStats latencies;
+  LoadCounts greedyCounts;  // of the greedy peer, who is not in the above
+  LatencyStats greedyLatencies;
   std::chrono::nanoseconds time{};  // from the first request to the last answer
   std::size_t endedPeers = 0;       // whose connection was lost
 };
 
-// Keeps requests in flight from every session until the plan is fulfilled or it is stopped.
+// Keeps requests in flight from every session until the plan is fulfilled or it is stopped. Polite
+// peers without a limit go on until the greedy one has its answers.
 // Everything but start(), stop() and result() happens on the network's thread.
 class LoadRun : public std::enable_shared_from_this<LoadRun> {
  public:
@@ -59,20 +63,25 @@ class LoadRun : public std::enable_shared_from_this<LoadRun> {
     HelperSession* session;
     LoadTally tally;
     std::uint64_t quota;  // 0: no limit
-    Time nextDue;
+    Time nextDue{};
+    bool isGreedy = false;
+    Time lastAnswerAt{};
     bool isTimerSet = false;
     bool hasEnded = false;
   };
 
   void begin();
   void pump(std::size_t index);
+  void pumpGreedily(std::size_t index);
   void sendOne(std::size_t index, Time now);
+  void expire(Peer& peer, Time now) const;
   [[nodiscard]] bool waitsForItsTime(std::size_t index, Time now);
   void received(std::size_t index, const Bytes& frame);
   void ended(std::size_t index);
   void tick();
   [[nodiscard]] bool isDone() const;
-  [[nodiscard]] bool hasSentAll(const Peer& peer) const;
+  [[nodiscard]] static bool hasSentAll(const Peer& peer);
+  [[nodiscard]] bool isDone(const Peer& peer) const;
   void finish();
 
   PeerNetwork& network_;

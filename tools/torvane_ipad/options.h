@@ -43,6 +43,7 @@ struct Options {
   std::uint32_t inFlight = 1;  // unanswered requests of one peer
   double rate = 0;             // requests a second of all peers together; 0: as fast as possible
   std::string path = "/api/state";
+  std::uint64_t greedy = 0;      // requests of one more device, all at once; 0: there is none
   std::uint32_t echoSlides = 0;  // 0: no check of what an answer is about
 };
 
