@@ -23,7 +23,7 @@ namespace torvane::bench {
 // A peer link of its own on a free port, with its files in a temporary folder.
 class PrivateLink {
  public:
-  explicit PrivateLink(MainQueue* mainQueue) : link_(std::in_place, optionsFor(mainQueue)) {}
+  PrivateLink() : link_(std::in_place, privateOptions()) {}
 
   [[nodiscard]] PeerLink& operator*() { return *link_; }
 
@@ -34,17 +34,12 @@ class PrivateLink {
   void end() { link_.reset(); }
 
  private:
-  PeerLinkOptions optionsFor(MainQueue* mainQueue) {
+  PeerLinkOptions privateOptions() {
     PeerLinkOptions options;
     options.preferredPort = 0;
     options.dataFolder = folder_.path();
     options.isPublished = false;
     options.didListen = [this](const LinkAddress& address) { listening_.set_value(address.port); };
-    if (mainQueue != nullptr) {
-      options.afterDelivery = [mainQueue](std::function<void()> work) {
-        mainQueue->async(std::move(work));
-      };
-    }
     return options;
   }
 
@@ -95,7 +90,7 @@ class BridgeHost {
   CurlHttpSessions http_;
   PosixFileSystem files_;
   PosixProcessLauncher processes_;
-  PrivateLink link_{&mainQueue_};
+  PrivateLink link_;
 
   Platform ports_{application_,   statusBar_,       alerts_,
                   mainQueue_,     backgroundQueue_, clock_,
@@ -128,11 +123,11 @@ class EchoHost final : public PeerSessionDelegate, public AdvertiserDelegate {
   [[nodiscard]] std::uint16_t port() { return link_.port(); }
 
   void sessionPeerDidChange(std::shared_ptr<PeerSession>, PeerID, PeerState) override {}
-  void sessionDidReceive(std::shared_ptr<PeerSession> session, Bytes data, PeerID peer) override {
-    if (way_ == Way::straight) return session->sendReliably(std::move(data), peer);
+  void sessionDidReceive(std::shared_ptr<PeerSession> session, Bytes data, Asker from) override {
+    if (way_ == Way::straight) return session->sendReliably(std::move(data), from);
     mainQueue_.async(
-        [session = std::move(session), data = std::move(data), peer = std::move(peer)]() mutable {
-          session->sendReliably(std::move(data), peer);
+        [session = std::move(session), data = std::move(data), from = std::move(from)]() mutable {
+          session->sendReliably(std::move(data), from);
         });
   }
   void advertiserDidNotStart(std::string) override {}
@@ -145,7 +140,7 @@ class EchoHost final : public PeerSessionDelegate, public AdvertiserDelegate {
  private:
   const Way way_;
   QtMainQueue mainQueue_;
-  PrivateLink link_{&mainQueue_};
+  PrivateLink link_;
   const std::shared_ptr<RegisteredKeys> registered_ = std::make_shared<RegisteredKeys>();
   std::shared_ptr<PeerSession> session_;
   std::unique_ptr<Advertiser> advertiser_;

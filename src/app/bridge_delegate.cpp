@@ -30,7 +30,8 @@ BridgeDelegate::BridgeDelegate(Platform& platform)
           platform.processInfo.hostName().value_or(platform.texts.namelessComputer))),
       platform_(platform),
       engineLog_(platform.files, platform.processInfo.homeDirectory()),
-      main_(platform.mainQueue, lifetime_) {
+      main_(platform.mainQueue, lifetime_),
+      turns_([this](PeerTurns::Work work) { main_.async(std::move(work)); }) {
   const int ready = sodium_init();
   assert(ready >= 0);
   static_cast<void>(ready);

@@ -18,6 +18,7 @@
 #include "ink/overlay_surface.h"
 #include "ink/overlay_view.h"
 #include "peer/peer_session.h"
+#include "peer/peer_turns.h"
 #include "peer/registered_keys.h"
 #include "platform/platform.h"
 #include "protocol/device_key.h"
@@ -124,18 +125,18 @@ class BridgeDelegate final : public MenuDelegate,
   void forgetPairedDevices();
 
   // bridge/request_dispatch.cpp
-  void sessionDidReceive(std::shared_ptr<PeerSession> reporting, Bytes data, PeerID peer) override;
-  void handleRequest(ByteView data, const PeerID& peer);
-  void handleSignedRequest(const P2PFrame::View& envelope, const PeerID& peer,
+  void sessionDidReceive(std::shared_ptr<PeerSession> reporting, Bytes data, Asker from) override;
+  void handleRequest(ByteView data, const Asker& from);
+  void handleSignedRequest(const P2PFrame::View& envelope, const Asker& from,
                            const SigningPublicKey& key);
 
   // bridge/handshake_routes.cpp
-  void answerChallenge(std::int64_t id, const PeerID& peer);
-  void answerBridgeInfo(std::int64_t id, const PeerID& peer);
+  void answerChallenge(std::int64_t id, const Asker& from);
+  void answerBridgeInfo(std::int64_t id, const Asker& from);
 
   // bridge/engine_proxy.cpp
   std::unique_ptr<HttpSession> http;  // made at the first forwarded request
-  void forwardToEngine(PeerRequest request, const PeerID& peer);
+  void forwardToEngine(PeerRequest request, const Asker& from);
 
   // engine/engine_process.cpp
   std::shared_ptr<ChildProcess> child;  // the engine this helper started, while it is alive
@@ -209,6 +210,7 @@ class BridgeDelegate final : public MenuDelegate,
   EngineLog engineLog_;
   std::shared_ptr<const int> lifetime_ = std::make_shared<const int>(0);
   MainHop main_;
+  PeerTurns turns_;
 };
 
 }  // namespace torvane

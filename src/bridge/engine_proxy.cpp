@@ -1,6 +1,8 @@
 // A verified request goes to the engine; its answer goes back to the peer that asked.
 // Fields: http. Ports: HttpSessions, HttpSession, PeerSession.
 
+#include <algorithm>
+
 #include "app/bridge_delegate.h"
 #include "bridge/replies.h"
 
@@ -11,19 +13,23 @@ constexpr double kSessionIdleTimeout = 120;
 
 }  // namespace
 
-void BridgeDelegate::forwardToEngine(PeerRequest request, const PeerID& peer) {
+void BridgeDelegate::forwardToEngine(PeerRequest request, const Asker& from) {
   assertMainThread();
   // The answer leaves from the HTTP session's thread and touches no field.
-  auto answer = [id = request.id, into = session, peer](const HttpResult& result) {
-    auto reply = engineReply(id, result);
-    if (reply) into->sendReliably(std::move(*reply), peer);
+  auto answer = [id = request.id, into = session, from](const HttpResult& result) {
+    auto reply = engineReplyWithin(into->longestMessage(), id, result);
+    if (reply) into->sendReliably(std::move(*reply), from);
   };
   if (auto problem = wireProblem(request)) {
     answer({.response = std::nullopt, .body = {}, .error = std::move(problem)});
     return;
   }
   if (!http) http = platform_.http.makeEphemeral(kSessionIdleTimeout);
-  http->dataTask(forwardedRequest(std::move(request)), std::move(answer));
+  auto forwarded = forwardedRequest(std::move(request));
+  forwarded.lane = from.peer.token;
+  forwarded.maxResponseBytes =
+      std::min<std::uint64_t>(forwarded.maxResponseBytes, session->longestMessage());
+  http->dataTask(std::move(forwarded), std::move(answer));
 }
 
 }  // namespace torvane

@@ -26,7 +26,11 @@ struct HttpRequest {
 
   double idleTimeout = 60;             // seconds without any progress, connecting included
   double totalTimeout = 0;             // seconds from start to end; 0: no such limit
-  std::uint64_t maxResponseBytes = 0;  // a longer response body is an error; 0: no limit
+  std::uint64_t maxResponseBytes = 0;  // a longer body is an error without a response; 0: no limit
+
+  // Requests of one lane wait for one another rather than for those of other lanes: the lanes take
+  // turns, and none has all of the session's connections. 0: no lane, first come, first served.
+  std::uint64_t lane = 0;
 
   // When set, the response's body goes to a new file at this absolute path, for this user alone,
   // and none of it into the result. A file that is there already is an error; when the transfer
@@ -45,7 +49,7 @@ struct HttpResponse {
 };
 
 struct HttpResult {
-  std::optional<HttpResponse> response;  // absent when no complete response header came
+  std::optional<HttpResponse> response;  // absent when no complete header or too long a body came
   Bytes body;                            // empty when there is none or the transfer failed
   std::optional<std::string> error;      // UTF-8 description of a transport error
   bool diskIsFull = false;               // with an error: no room for what was to be saved

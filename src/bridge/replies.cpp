@@ -5,6 +5,8 @@
 namespace torvane {
 namespace {
 
+constexpr const char* kTooLong = "The answer is too long to be sent to the device.";
+
 JsonObject replyHeader(std::int64_t id, int status, const std::string& contentType) {
   return {{"id", id}, {"status", status}, {"contentType", contentType}};
 }
@@ -21,6 +23,13 @@ std::optional<Bytes> engineReply(std::int64_t id, const HttpResult& result) {
   JsonObject header = replyHeader(id, status, contentType);
   if (result.error) header["error"] = *result.error;
   return P2PFrame::encode(header, result.body);
+}
+
+std::optional<Bytes> engineReplyWithin(std::size_t longest, std::int64_t id,
+                                       const HttpResult& result) {
+  auto reply = engineReply(id, result);
+  if (!reply || reply->size() <= longest) return reply;
+  return engineReply(id, {.response = std::nullopt, .body = {}, .error = kTooLong});
 }
 
 std::optional<Bytes> localReply(std::int64_t id, const JsonObject& body) {

@@ -18,17 +18,18 @@ constexpr double kFailedVerificationsPerSecond = 20;
 }  // namespace
 
 void BridgeDelegate::sessionDidReceive(std::shared_ptr<PeerSession> reporting, Bytes data,
-                                       PeerID peer) {
-  main_.async(
-      [this, reporting = std::move(reporting), data = std::move(data), peer = std::move(peer)] {
-        if (session && session == reporting) handleRequest(data, peer);
-      });
+                                       Asker from) {
+  const PeerID peer = from.peer;
+  turns_.async(peer, [this, reporting = std::move(reporting), data = std::move(data),
+                      from = std::move(from)] {
+    if (session && session == reporting) handleRequest(data, from);
+  });
 }
 
-void BridgeDelegate::handleRequest(ByteView data, const PeerID& peer) {
+void BridgeDelegate::handleRequest(ByteView data, const Asker& from) {
   assertMainThread();
   assert(session);
-  const auto deviceKey = peerKeys.find(peer);
+  const auto deviceKey = peerKeys.find(from.peer);
   if (deviceKey == peerKeys.end()) return;
   const auto key = SigningPublicKey::fromDeviceKey(deviceKey->second);
   if (!key) return;
@@ -36,21 +37,23 @@ void BridgeDelegate::handleRequest(ByteView data, const PeerID& peer) {
   if (!frame) return;
   const auto id = integerMember(frame->header, "id");
   if (id && stringMember(frame->header, "path") == "/p2p/auth") {
-    answerChallenge(*id, peer);
+    answerChallenge(*id, from);
     return;
   }
-  handleSignedRequest(*frame, peer, *key);
+  handleSignedRequest(*frame, from, *key);
 }
 
-void BridgeDelegate::handleSignedRequest(const P2PFrame::View& envelope, const PeerID& peer,
+void BridgeDelegate::handleSignedRequest(const P2PFrame::View& envelope, const Asker& from,
                                          const SigningPublicKey& key) {
-  const auto challenge = challenges.find(peer);
+  const auto challenge = challenges.find(from.peer);
   if (challenge == challenges.end()) return;
   auto& failures =
-      failedVerifications.try_emplace(peer, kFailedVerificationBurst, kFailedVerificationsPerSecond)
+      failedVerifications
+          .try_emplace(from.peer, kFailedVerificationBurst, kFailedVerificationsPerSecond)
           .first->second;
   if (!failures.hasToken(platform_.clock.mediaTime())) return;
-  auto verified = P2PAuthentication::verify(envelope, key, challenge->second, receivedIDs[peer]);
+  auto verified =
+      P2PAuthentication::verify(envelope, key, challenge->second, receivedIDs[from.peer]);
   if (!verified) {
     failures.take();
     return;
@@ -58,10 +61,10 @@ void BridgeDelegate::handleSignedRequest(const P2PFrame::View& envelope, const P
   auto request = readPeerRequest(std::move(*verified));
   if (!request || !isValidURL(engineURL(request->path))) return;
   if (request->path == "/p2p/bridge-info") {
-    answerBridgeInfo(request->id, peer);
+    answerBridgeInfo(request->id, from);
     return;
   }
-  forwardToEngine(std::move(*request), peer);
+  forwardToEngine(std::move(*request), from);
 }
 
 }  // namespace torvane

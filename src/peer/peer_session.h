@@ -1,6 +1,7 @@
 #pragma once
 
 #include <compare>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -25,6 +26,16 @@ struct PeerID {
 
 enum class PeerState { notConnected = 0, connecting = 1, connected = 2 };
 
+// Stands for a received message until it is answered or dropped; its sender is charged for the
+// message until the last copy has gone. Null where nobody keeps account.
+using MessageLease = std::shared_ptr<const void>;
+
+// Whom an answer goes to, and what it answers.
+struct Asker {
+  PeerID peer;
+  MessageLease lease{};
+};
+
 // Connections to the peers whose invitations were accepted into this session.
 class PeerSession {
  public:
@@ -33,9 +44,12 @@ class PeerSession {
   // The peers connected now, in the session's own order. Any thread.
   [[nodiscard]] virtual std::vector<PeerID> connectedPeers() const = 0;
 
+  // The longest message that can be sent to a peer, in bytes. Any thread.
+  [[nodiscard]] virtual std::size_t longestMessage() const = 0;
+
   // Sends one message, whole and in order with the others to this peer. Any thread; returns at
-  // once. A peer that has gone is ignored.
-  virtual void sendReliably(Bytes message, const PeerID& peer) = 0;
+  // once. A peer that has gone is ignored. The lease of what is answered goes when the message has.
+  virtual void sendReliably(Bytes message, const Asker& to) = 0;
 
   // Closes every connection. Main thread only.
   virtual void disconnect() = 0;
@@ -47,7 +61,7 @@ class PeerSessionDelegate {
   virtual ~PeerSessionDelegate() = default;
   virtual void sessionPeerDidChange(std::shared_ptr<PeerSession> session, PeerID peer,
                                     PeerState state) = 0;
-  virtual void sessionDidReceive(std::shared_ptr<PeerSession> session, Bytes data, PeerID peer) = 0;
+  virtual void sessionDidReceive(std::shared_ptr<PeerSession> session, Bytes data, Asker from) = 0;
 };
 
 // Answers one invitation: called exactly once, on the main thread; with a session to accept,

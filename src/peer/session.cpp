@@ -18,7 +18,8 @@ void BridgeDelegate::startAdvertising() {
 
 void BridgeDelegate::sessionPeerDidChange(std::shared_ptr<PeerSession> reporting, PeerID peer,
                                           PeerState state) {
-  main_.async([this, reporting = std::move(reporting), peer = std::move(peer), state] {
+  // Behind what the peer has sent before.
+  turns_.async(peer, [this, reporting = std::move(reporting), peer, state] {
     peerDidChange(*reporting, peer, state);
   });
 }

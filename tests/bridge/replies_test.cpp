@@ -50,6 +50,19 @@ TEST(EngineReply, KeepsTheLargestIdExact) {
   EXPECT_EQ(integerMember(frame.header, "id"), INT64_MAX);
 }
 
+TEST(EngineReply, ThatIsLongerThanTheLinkCarriesIs502WithTheReason) {
+  const HttpResult answer{HttpResponse{200, "image/png"}, Bytes(1000), std::nullopt};
+  const std::size_t size = engineReply(4, answer).value().size();
+  EXPECT_EQ(decoded(engineReplyWithin(size, 4, answer)).body.size(), 1000U);
+  const auto frame = decoded(engineReplyWithin(size - 1, 4, answer));
+  const JsonObject expected = {{"id", 4},
+                               {"status", 502},
+                               {"contentType", "application/octet-stream"},
+                               {"error", "The answer is too long to be sent to the device."}};
+  EXPECT_EQ(frame.header, expected);
+  EXPECT_TRUE(frame.body.empty());
+}
+
 TEST(LocalReply, IsJsonWithStatus200) {
   const auto frame = decoded(localReply(3, {{"version", "412"}}));
   const JsonObject expected = {{"id", 3}, {"status", 200}, {"contentType", "application/json"}};

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "fakes/bridge_test.h"
 #include "protocol/base64.h"
 
@@ -243,6 +245,89 @@ TEST_F(RequestDispatch, ValidRequestsAreNeverHeldBack) {
     receive(peer, device.envelope(challenge, {{"id", i}, {"path", "/x"}}));
   }
   EXPECT_EQ(forwarded().size(), 1000U);
+}
+
+TEST_F(RequestDispatch, AnotherPeersRequestDoesNotWaitForAFlood) {
+  const test::SigningDevice other(2);
+  const auto otherPeer = admit(other, "Other");
+  const auto challenge = challengeOf(peer);
+  const auto otherChallenge = challengeOf(otherPeer);
+  auto& session = platform.peerLink.current();
+  for (int i = 0; i < 1000; ++i) {
+    session.receive(peer, device.envelope(challenge, {{"id", i}, {"path", "/flood"}}));
+  }
+  session.receive(otherPeer, other.envelope(otherChallenge, {{"id", 1}, {"path", "/polite"}}));
+  platform.time.runDue();
+  const auto sent = forwarded();
+  ASSERT_EQ(sent.size(), 1001U);
+  const auto polite = std::find_if(sent.begin(), sent.end(), [](const HttpRequest& each) {
+    return each.url.ends_with("/polite");
+  });
+  EXPECT_LT(polite - sent.begin(), 5);
+}
+
+TEST_F(RequestDispatch, WhatAPeerSentIsHandledBeforeItsEnd) {
+  const test::SigningDevice other(2);
+  const auto otherPeer = admit(other, "Other");
+  const auto challenge = challengeOf(peer);
+  const auto otherChallenge = challengeOf(otherPeer);
+  auto& session = platform.peerLink.current();
+  for (int i = 0; i < 10; ++i) {
+    session.receive(otherPeer, other.envelope(otherChallenge, {{"id", i}, {"path", "/x"}}));
+    session.receive(peer, device.envelope(challenge, {{"id", i}, {"path", "/last"}}));
+  }
+  session.changeState(peer, PeerState::notConnected);
+  platform.time.runDue();
+  EXPECT_EQ(forwarded().size(), 20U);
+}
+
+TEST_F(RequestDispatch, RequestsOfOnePeerGoIntoOneLaneOfTheEngine) {
+  const test::SigningDevice other(2);
+  const auto otherPeer = admit(other, "Other");
+  request({{"id", 1}, {"path", "/x"}});
+  request({{"id", 2}, {"path", "/x"}});
+  receive(otherPeer, other.envelope(challengeOf(otherPeer), {{"id", 1}, {"path", "/x"}}));
+  ASSERT_EQ(forwarded().size(), 3U);
+  EXPECT_NE(forwarded()[0].lane, 0U);
+  EXPECT_EQ(forwarded()[0].lane, forwarded()[1].lane);
+  EXPECT_NE(forwarded()[0].lane, forwarded()[2].lane);
+}
+
+TEST_F(RequestDispatch, MessageIsChargedUntilItsAnswerHasGone) {
+  platform.http.server = [](const HttpRequest&) { return FakeAnswer{httpResult(200), 5.0}; };
+  auto lease = std::make_shared<int>(0);
+  const std::weak_ptr<int> charged = lease;
+  const auto envelope = device.envelope(challengeOf(peer), {{"id", 1}, {"path", "/x"}});
+  platform.peerLink.current().receive(peer, envelope, std::move(lease));
+  platform.time.advance(4.9);
+  EXPECT_FALSE(charged.expired());
+  platform.time.advance(0.2);
+  EXPECT_EQ(repliesTo(peer).size(), 2U);  // the challenge, then the answer
+  EXPECT_TRUE(charged.expired());
+}
+
+TEST_F(RequestDispatch, MessageThatIsDroppedIsChargedNoLonger) {
+  auto lease = std::make_shared<int>(0);
+  const std::weak_ptr<int> charged = lease;
+  platform.peerLink.current().receive(peer, toBytes("rubbish"), std::move(lease));
+  EXPECT_FALSE(charged.expired());
+  platform.time.runDue();
+  EXPECT_TRUE(charged.expired());
+}
+
+TEST_F(RequestDispatch, AnswerLongerThanTheLinkCarriesIs502WithTheReason) {
+  platform.peerLink.current().longest = 1000;
+  platform.http.server = [](const HttpRequest& asked) {
+    EXPECT_EQ(asked.maxResponseBytes, 1000U);  // more need not even be read
+    return FakeAnswer{httpResult(200, std::string(990, 'x'), "text/plain")};
+  };
+  request({{"id", 7}, {"path", "/x"}});
+  const JsonObject expected = {{"id", 7},
+                               {"status", 502},
+                               {"contentType", "application/octet-stream"},
+                               {"error", "The answer is too long to be sent to the device."}};
+  EXPECT_EQ(repliesTo(peer).back().header, expected);
+  EXPECT_TRUE(repliesTo(peer).back().body.empty());
 }
 
 }  // namespace

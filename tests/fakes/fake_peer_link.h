@@ -26,6 +26,7 @@ class FakePeerSession final : public PeerSession,
 
   std::vector<PeerID> connected;
   std::vector<SentMessage> sent;
+  std::size_t longest = std::size_t{64} << 20;  // message that can be sent
 
   void changeState(const PeerID& peer, PeerState state) {
     connected.erase(std::remove(connected.begin(), connected.end(), peer), connected.end());
@@ -33,9 +34,9 @@ class FakePeerSession final : public PeerSession,
     offMain(
         [this, peer, state] { delegate_.sessionPeerDidChange(shared_from_this(), peer, state); });
   }
-  void receive(const PeerID& peer, Bytes data) {
-    offMain([this, peer, data = std::move(data)] {
-      delegate_.sessionDidReceive(shared_from_this(), data, peer);
+  void receive(const PeerID& peer, Bytes data, MessageLease lease = {}) {
+    offMain([this, peer, data = std::move(data), lease = std::move(lease)] {
+      delegate_.sessionDidReceive(shared_from_this(), data, {peer, lease});
     });
   }
   // What was sent to one peer, oldest first.
@@ -48,8 +49,9 @@ class FakePeerSession final : public PeerSession,
   }
 
   [[nodiscard]] std::vector<PeerID> connectedPeers() const override { return connected; }
-  void sendReliably(Bytes message, const PeerID& peer) override {
-    sent.push_back({peer, std::move(message)});
+  [[nodiscard]] std::size_t longestMessage() const override { return longest; }
+  void sendReliably(Bytes message, const Asker& to) override {
+    sent.push_back({to.peer, std::move(message)});
   }
   void disconnect() override { log_.push_back("disconnect"); }
 

@@ -18,7 +18,7 @@ struct Thrower final : PeerSessionDelegate, AdvertiserDelegate, MenuDelegate, Cl
   [[noreturn]] void sessionPeerDidChange(std::shared_ptr<PeerSession>, PeerID, PeerState) override {
     throw std::runtime_error("state");
   }
-  [[noreturn]] void sessionDidReceive(std::shared_ptr<PeerSession>, Bytes, PeerID) override {
+  [[noreturn]] void sessionDidReceive(std::shared_ptr<PeerSession>, Bytes, Asker) override {
     throw std::runtime_error("data");
   }
   [[noreturn]] void advertiserDidNotStart(std::string) override {

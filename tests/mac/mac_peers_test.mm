@@ -111,6 +111,30 @@ TEST_F(MacPeers, AnswersARequestToItsPeerAloneAndReliably) {
   });
 }
 
+TEST_F(MacPeers, LosesWhatIsSentBeyondAPeersShareUntilItIsAnswered) {
+  run([&] {
+    MCPeerID* peer = pad();
+    const auto answer = invite(peer, device_);
+    fake::settle();
+    change(peer, MCSessionStateConnected);
+    receive(peer, test::challengeRequest(1));
+    fake::settle();
+    const std::string challenge = lastLine().substr(lastLine().find("\"challenge\":\"") + 13, 36);
+    const auto send = [&](std::int64_t id, std::size_t bytes) {
+      receive(peer, device_.envelope(challenge, {{"id", id}, {"path", "/long"}}, Bytes(bytes)));
+      fake::settle();
+      return std::count_if(system().requests.begin(), system().requests.end(),
+                           [](const auto& r) { return r.url == "http://127.0.0.1:8484/long"; });
+    };
+    EXPECT_EQ(send(2, std::size_t{9} << 20), 1);
+    const fake::Request first = system().requests.back();
+    EXPECT_EQ(send(3, std::size_t{9} << 20), 2);
+    EXPECT_EQ(send(4, 1), 2);
+    fake::respond(first, 200, "text/plain", "done");
+    EXPECT_EQ(send(5, 1), 3);
+  });
+}
+
 TEST_F(MacPeers, IgnoresEventsOfAReplacedSession) {
   run([&] {
     MCPeerID* peer = pad();

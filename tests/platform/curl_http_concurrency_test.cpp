@@ -1,5 +1,6 @@
 // Many requests at once, and the end of a session.
 
+#include <atomic>
 #include <condition_variable>
 #include <mutex>
 #include <vector>
@@ -10,6 +11,11 @@ namespace torvane {
 namespace {
 
 using CurlHttpConcurrencyTest = CurlHttpSessionTest;
+
+HttpRequest inLane(std::uint64_t lane, HttpRequest request) {
+  request.lane = lane;
+  return request;
+}
 
 TEST_F(CurlHttpConcurrencyTest, RunsThirtyTwoAtOnceAndTheRestAfterwards) {
   std::mutex mutex;
@@ -31,6 +37,43 @@ TEST_F(CurlHttpConcurrencyTest, RunsThirtyTwoAtOnceAndTheRestAfterwards) {
   for (auto& result : results) EXPECT_EQ(bodyOf(await(result)), "x");
   EXPECT_EQ(server.connections(), 32);
   EXPECT_EQ(server.requests().size(), 200U);
+}
+
+TEST_F(CurlHttpConcurrencyTest, OneLaneDoesNotKeepAnotherFromTheServer) {
+  std::promise<void> release;
+  const auto released = release.get_future().share();
+  std::atomic<int> greedy = 0;
+  Server server([&](Connection& connection) {
+    while (const auto request = connection.readRequest()) {
+      const bool isGreedy = request->starts_with("GET /greedy ");
+      if (isGreedy) {
+        ++greedy;
+        released.wait_for(kPatience);
+      }
+      connection.send(httpAnswer(isGreedy ? "greedy" : "polite"));
+    }
+  });
+  std::vector<std::future<HttpResult>> results;
+  for (int i = 0; i < 100; ++i) results.push_back(start(inLane(1, to(server, "/greedy"))));
+  for (int i = 0; i < 10; ++i) {
+    EXPECT_EQ(bodyOf(fetch(inLane(2, to(server, "/polite")))), "polite");
+  }
+  EXPECT_LE(greedy, 8);
+  release.set_value();
+  for (auto& result : results) EXPECT_EQ(bodyOf(await(result)), "greedy");
+  EXPECT_EQ(greedy, 100);
+}
+
+TEST_F(CurlHttpConcurrencyTest, TheTimeOfWhatWaitsInALaneIsRunning) {
+  Server server([](Connection& connection) { connection.waitForClose(); });
+  std::vector<std::future<HttpResult>> results;
+  for (int i = 0; i < 20; ++i) {
+    HttpRequest request = inLane(1, to(server));
+    request.idleTimeout = 0.2;
+    results.push_back(start(std::move(request)));
+  }
+  for (auto& result : results) EXPECT_EQ(errorOf(await(result)), "The request timed out.");
+  EXPECT_LE(server.connections(), 8);
 }
 
 TEST_F(CurlHttpConcurrencyTest, AnswersGoToTheRequestsTheyBelongTo) {

@@ -139,7 +139,7 @@ TEST(PeerLinkAbuse, DropsAPeerThatNeverReads) {
   LinkClient client(options);
   ASSERT_TRUE(host.admit(client, "iPad", DeviceKeyPair::numbered(1)));
   const PeerID peer = host.session->connectedPeers().at(0);
-  for (int i = 0; i < 90; ++i) host.session->sendReliably(Bytes(std::size_t{1} << 20), peer);
+  for (int i = 0; i < 90; ++i) host.session->sendReliably(Bytes(std::size_t{1} << 20), {peer});
   const auto change = host.changes.next(std::chrono::seconds(5));
   ASSERT_TRUE(change);
   EXPECT_EQ(change->state, PeerState::notConnected);
@@ -232,7 +232,7 @@ TEST(PeerLinkAbuse, KeepsAPeerThatTakesALongMessageSlowly) {
   LinkClient client(options);
   ASSERT_TRUE(host.admit(client, "iPad", DeviceKeyPair::numbered(1)));
   const PeerID peer = host.session->connectedPeers().at(0);
-  host.session->sendReliably(Bytes(std::size_t{24} << 20, 1), peer);
+  host.session->sendReliably(Bytes(std::size_t{24} << 20, 1), {peer});
   // About two seconds in all, and no pong: the peer does nothing but take bytes.
   EXPECT_GT(client.takeSlowly(std::size_t{24} << 20, std::chrono::milliseconds(2000)),
             std::size_t{24} << 20);
@@ -278,33 +278,80 @@ TEST(PeerLinkAbuse, RefusesAnAddressWhoseProofsKeepFailing) {
   EXPECT_EQ(LinkClient(elsewhere).invite("iPad", key), "waiting");
 }
 
-TEST(PeerLinkAbuse, ReadsNoFurtherThanTheProgramHandles) {
-  constexpr std::size_t kMessage = 65536;
-  testing::EventQueue<std::function<void()>> marks;
-  PeerLinkOptions options = with(PeerLinkCaps{.receivedBytes = 4 * kMessage});
-  options.afterDelivery = [&marks](std::function<void()> work) { marks.put(std::move(work)); };
-  LinkHost host(std::move(options));
-  ASSERT_NE(host.start(), 0);
-  LinkClient client(host.clientOptions());
-  ASSERT_TRUE(host.admit(client, "iPad", DeviceKeyPair::numbered(1)));
-  std::thread sender([&client] {
-    for (int i = 0; i < 200; ++i) client.sendBinary(Bytes(kMessage));
-  });
-  int handled = 0;
-  while (handled < 200) {
-    const auto mark = marks.next();
-    if (!mark) break;
-    int unhandled = 0;
-    for (; !host.received.empty(); ++handled, ++unhandled) host.received.next();
-    EXPECT_LE(unhandled, 8);
-    (*mark)();
+// Round trips of one client while another floods the host, which answers only the polite one.
+// Returns what it holds of the other's.
+std::vector<MessageLease> serveThePoliteOne(LinkHost& host, LinkClient& polite, int roundTrips) {
+  std::vector<MessageLease> unanswered;
+  for (int i = 0; i < roundTrips; ++i) {
+    if (!polite.sendBinary(Bytes{1})) return {};
+    auto received = host.received.next();
+    for (; received && received->data.size() > 1; received = host.received.next()) {
+      unanswered.push_back(std::move(received->lease));
+    }
+    if (!received) return {};
+    host.session->sendReliably({2}, {received->peer, std::move(received->lease)});
+    if (!polite.receive()) return {};
   }
-  EXPECT_EQ(handled, 200);
+  return unanswered;
+}
+
+TEST(PeerLinkAbuse, ReadsNoFurtherThanTheProgramAnswersAndGoesOnWithOthers) {
+  constexpr std::size_t kMessage = 65536;
+  constexpr int kMessages = 1000;  // more than sockets hold
+  LinkHost host(with(PeerLinkCaps{.received = {.ofOne = 4 * kMessage}}));
+  ASSERT_NE(host.start(), 0);
+  LinkClient greedy(host.clientOptions());
+  LinkClient polite(host.clientOptions());
+  ASSERT_TRUE(host.admit(greedy, "greedy", DeviceKeyPair::numbered(1)));
+  ASSERT_TRUE(host.admit(polite, "polite", DeviceKeyPair::numbered(2)));
+  std::thread sender([&greedy] {
+    for (int i = 0; i < kMessages; ++i) greedy.sendBinary(Bytes(kMessage));
+  });
+  auto unanswered = serveThePoliteOne(host, polite, 300);
+  EXPECT_GE(unanswered.size(), 2U);
+  EXPECT_LE(unanswered.size(), 5U);
+  int answered = static_cast<int>(unanswered.size());
+  unanswered.clear();
+  while (answered < kMessages && host.received.next()) ++answered;
+  EXPECT_EQ(answered, kMessages);
   sender.join();
 }
 
+TEST(PeerLinkAbuse, ChargesForAMessageUntilItsAnswerIsSent) {
+  LinkHost host;
+  ASSERT_NE(host.start(), 0);
+  LinkClient client(host.clientOptions());
+  ASSERT_TRUE(host.admit(client, "iPad", DeviceKeyPair::numbered(1)));
+  ASSERT_TRUE(client.sendBinary(Bytes{1}));
+  auto received = host.received.next();
+  ASSERT_TRUE(received);
+  const std::weak_ptr<const void> charged = received->lease;
+  EXPECT_FALSE(charged.expired());
+  host.session->sendReliably({2}, {received->peer, std::move(received->lease)});
+  ASSERT_TRUE(client.receive());
+  ASSERT_TRUE(client.sendBinary(Bytes{3}));  // handled after the end of the sending
+  ASSERT_TRUE(host.received.next());
+  EXPECT_TRUE(charged.expired());
+}
+
+TEST(PeerLinkAbuse, CarriesTheLongestMessageThatItNames) {
+  LinkHost host(with(PeerLinkCaps{.unsentBytes = 100'000}));
+  ASSERT_NE(host.start(), 0);
+  LinkClient client(host.clientOptions());
+  ASSERT_TRUE(host.admit(client, "iPad", DeviceKeyPair::numbered(1)));
+  const PeerID peer = host.session->connectedPeers().at(0);
+  const std::size_t longest = host.session->longestMessage();
+  host.session->sendReliably(Bytes(longest), {peer});
+  const auto message = client.receive();
+  ASSERT_TRUE(message);
+  EXPECT_EQ(message->data.size(), longest);
+  host.session->sendReliably(Bytes(longest + 1), {peer});
+  EXPECT_EQ(host.changes.next()->state, PeerState::notConnected);
+}
+
 TEST(PeerLinkAbuse, DropsAPeerWhoseUnfinishedMessageTakesAllTheRoom) {
-  LinkHost host(with(PeerLinkCaps{.receivedBytes = std::size_t{1} << 20}));
+  const ReceiveShares little{.inAll = std::size_t{1} << 20, .reserved = 0};
+  LinkHost host(with(PeerLinkCaps{.received = little}));
   ASSERT_NE(host.start(), 0);
   LinkClient client(host.clientOptions());
   ASSERT_TRUE(host.admit(client, "iPad", DeviceKeyPair::numbered(1)));

@@ -49,7 +49,7 @@ void reply(const LinkHost::Received& to, const JsonObject& body, std::int64_t id
   auto frame = P2PFrame::encode({{"id", id}, {"status", 200}, {"contentType", "application/json"}},
                                 asBytes(text));
   ASSERT_TRUE(frame);
-  to.session->sendReliably(std::move(*frame), to.peer);
+  to.session->sendReliably(std::move(*frame), {to.peer});
 }
 
 // Answers one client as the program would.

@@ -10,34 +10,6 @@ using std::chrono::seconds;
 
 constexpr LinkTime kStart{};
 
-TEST(ReceiveBudget, IsFullOnlyWhileSomethingWillBeHandled) {
-  ReceiveBudget budget(1000);
-  budget.delivered(600);
-  EXPECT_FALSE(budget.isFull());
-  budget.partialChanged(0, 500);
-  EXPECT_TRUE(budget.isFull());
-  budget.handled(600);
-  EXPECT_FALSE(budget.isFull());
-  EXPECT_FALSE(budget.isExceededByPartials());
-  budget.partialChanged(500, 1001);
-  EXPECT_TRUE(budget.isExceededByPartials());
-  budget.partialChanged(1001, 0);
-  EXPECT_FALSE(budget.isExceededByPartials());
-}
-
-TEST(ReceiveBudget, AsksForAMarkWhenItIsWorthOneOrSomebodyWaits) {
-  ReceiveBudget budget(1600);
-  budget.delivered(100);
-  EXPECT_FALSE(budget.isMarkDue());
-  budget.partialChanged(0, 1600);
-  EXPECT_TRUE(budget.isMarkDue());
-  budget.partialChanged(1600, 0);
-  budget.delivered(1);
-  EXPECT_TRUE(budget.isMarkDue());
-  EXPECT_EQ(budget.takeUnmarked(), 101U);
-  EXPECT_FALSE(budget.isMarkDue());
-}
-
 TEST(PeerLiveness, DropsAHandshakeThatTakesTooLong) {
   PeerLiveness liveness({.handshake = seconds(10)}, kStart);
   liveness.heard(kStart + seconds(9));

@@ -41,6 +41,26 @@ TEST(PeerOutbox, TellsAnOverflowOnceAndLetsGoOfItsMessages) {
   EXPECT_TRUE(outbox.takeAll().empty());
 }
 
+TEST(PeerOutbox, TakesTheLongestMessageWhenItIsEmpty) {
+  const std::size_t longest = PeerOutbox::longestMessage(1000);
+  EXPECT_GT(longest, 900U);
+  EXPECT_EQ(PeerOutbox(1000).put({Bytes(longest)}), Put::wake);
+  EXPECT_EQ(PeerOutbox(1000).put({Bytes(longest + 1)}), Put::overflow);
+}
+
+TEST(PeerOutbox, LetsGoOfTheLeasesOfWhatWillNeverBeSent) {
+  for (const bool isOverflow : {true, false}) {
+    PeerOutbox outbox(1000);
+    auto lease = std::make_shared<const int>(0);
+    const std::weak_ptr<const int> charged = lease;
+    outbox.put({{1}, false, std::move(lease)});
+    EXPECT_FALSE(charged.expired());
+    if (isOverflow) outbox.put({Bytes(2000)});
+    if (!isOverflow) outbox.close();
+    EXPECT_TRUE(charged.expired());
+  }
+}
+
 TEST(PeerOutbox, EmptyMessagesFillItToo) {
   PeerOutbox outbox(1000);
   int put = 0;

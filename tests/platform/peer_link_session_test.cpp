@@ -34,7 +34,7 @@ TEST_F(PeerLinkSession, FramesTravelBothWaysInOrder) {
     ASSERT_TRUE(received);
     EXPECT_EQ(received->data, Bytes(i * 50U, i));
     EXPECT_EQ(received->peer, peer);
-    host.session->sendReliably(received->data, peer);
+    host.session->sendReliably(received->data, {peer});
   }
   for (std::uint8_t i = 0; i < 100; ++i) {
     const auto message = client->receive();
@@ -50,7 +50,7 @@ TEST_F(PeerLinkSession, MessagesOfManyThreadsKeepEachThreadsOrder) {
   std::vector<std::thread> senders;
   for (std::uint8_t sender = 0; sender < 3; ++sender) {
     senders.emplace_back([this, sender, &peer] {
-      for (std::uint8_t i = 0; i < 100; ++i) host.session->sendReliably({sender, i}, peer);
+      for (std::uint8_t i = 0; i < 100; ++i) host.session->sendReliably({sender, i}, {peer});
     });
   }
   std::vector<int> next(3);
@@ -69,7 +69,7 @@ TEST_F(PeerLinkSession, CarriesTheLargestMessage) {
   auto received = host.received.next();
   ASSERT_TRUE(received);
   EXPECT_EQ(received->data, largest);
-  host.session->sendReliably(std::move(received->data), received->peer);
+  host.session->sendReliably(std::move(received->data), {received->peer});
   const auto back = client->receive();
   ASSERT_TRUE(back);
   EXPECT_EQ(back->data, largest);
@@ -93,8 +93,8 @@ TEST_F(PeerLinkSession, SendsToTheNamedPeerAlone) {
   const auto first = connected(1);
   const auto second = connected(2);
   const auto peers = host.session->connectedPeers();
-  host.session->sendReliably({2}, peers.at(1));
-  host.session->sendReliably({1}, peers.at(0));
+  host.session->sendReliably({2}, {peers.at(1)});
+  host.session->sendReliably({1}, {peers.at(0)});
   EXPECT_EQ(first->receive()->data, Bytes{1});
   EXPECT_EQ(second->receive()->data, Bytes{2});
 }
@@ -108,8 +108,8 @@ TEST_F(PeerLinkSession, AReconnectionIsAnotherPeer) {
   const PeerID after = host.session->connectedPeers().at(0);
   EXPECT_NE(before, after);
   EXPECT_LT(before, after);
-  host.session->sendReliably({1}, before);  // goes nowhere
-  host.session->sendReliably({2}, after);
+  host.session->sendReliably({1}, {before});  // goes nowhere
+  host.session->sendReliably({2}, {after});
   EXPECT_EQ(client->receive()->data, Bytes{2});
 }
 
@@ -147,13 +147,13 @@ TEST_F(PeerLinkSession, DisconnectClosesEveryConnectionOfItsOwn) {
     EXPECT_FALSE((*client)->receive());
     EXPECT_EQ((*client)->closeCode(), 1001U);
   }
-  host.session->sendReliably({3}, host.session->connectedPeers().at(0));
+  host.session->sendReliably({3}, {host.session->connectedPeers().at(0)});
   EXPECT_EQ(other->receive()->data, Bytes{3});
 }
 
 TEST_F(PeerLinkSession, DisconnectSendsWhatWasQueuedBefore) {
   const auto client = connected(1);
-  host.session->sendReliably({1}, host.session->connectedPeers().at(0));
+  host.session->sendReliably({1}, {host.session->connectedPeers().at(0)});
   host.session->disconnect();
   const auto message = client->receive();
   ASSERT_TRUE(message);
@@ -183,7 +183,7 @@ TEST_F(PeerLinkSession, NothingHappensAfterTheLinkHasGone) {
   host.link.reset();
 
   invited->handler(true, host.session);
-  host.session->sendReliably({1}, peer);
+  host.session->sendReliably({1}, {peer});
   host.session->disconnect();
   host.advertiser->stop();
   EXPECT_TRUE(host.session->connectedPeers().empty());
@@ -199,7 +199,7 @@ TEST_F(PeerLinkSession, StopKeepsConnectionsAndTakesNoNewOnes) {
   EXPECT_TRUE(stranger.waitForEnd());
   LinkClient late(host.clientOptions());
   EXPECT_FALSE(late.connectTcp());
-  host.session->sendReliably({1}, host.session->connectedPeers().at(0));
+  host.session->sendReliably({1}, {host.session->connectedPeers().at(0)});
   EXPECT_EQ(client->receive()->data, Bytes{1});
 }
 

@@ -85,7 +85,8 @@ TEST(ProtocolDocument, ShowsAnEnvelopeThatIsAcceptedOnce) {
 
 TEST(ProtocolDocument, ShowsTheHeadersOfReplies) {
   const HttpResult done{HttpResponse{200, "application/json"}, {}, {}};
-  const HttpResult unreachable{{}, {}, "Could not connect to the server."};
+  const HttpResult unreachable{
+      {}, {}, "Failed to connect to 127.0.0.1 port 8484 after 0 ms: Couldn't connect to server."};
   EXPECT_EQ(example("reply header"), headerText(engineReply(2, done)));
   EXPECT_EQ(example("reply header without an engine"), headerText(engineReply(2, unreachable)));
 }

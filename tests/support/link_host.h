@@ -25,6 +25,7 @@ class LinkHost final : public PeerSessionDelegate, public AdvertiserDelegate {
     std::shared_ptr<PeerSession> session;
     Bytes data;
     PeerID peer;
+    MessageLease lease;
   };
   struct Invited {
     PeerID peer;
@@ -76,8 +77,8 @@ class LinkHost final : public PeerSessionDelegate, public AdvertiserDelegate {
     auto connected = reporting->connectedPeers();
     changes.put({std::move(reporting), std::move(peer), state, std::move(connected)});
   }
-  void sessionDidReceive(std::shared_ptr<PeerSession> reporting, Bytes data, PeerID peer) override {
-    received.put({std::move(reporting), std::move(data), std::move(peer)});
+  void sessionDidReceive(std::shared_ptr<PeerSession> reporting, Bytes data, Asker from) override {
+    received.put({std::move(reporting), std::move(data), from.peer, std::move(from.lease)});
   }
   void advertiserDidNotStart(std::string error) override { errors.put(std::move(error)); }
   void advertiserDidReceiveInvitation(PeerID peer, std::optional<Bytes> context,

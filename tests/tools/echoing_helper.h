@@ -63,27 +63,27 @@ class EchoingHelper : public PeerSessionDelegate, public AdvertiserDelegate {
 
   void sessionPeerDidChange(std::shared_ptr<PeerSession>, PeerID, PeerState) override {}
 
-  void sessionDidReceive(std::shared_ptr<PeerSession> session, Bytes data, PeerID peer) override {
-    Device& device = devices_.at(peer.token);
+  void sessionDidReceive(std::shared_ptr<PeerSession> session, Bytes data, Asker from) override {
+    Device& device = devices_.at(from.peer.token);
     const auto frame = P2PFrame::decode(data);
     if (frame && stringMember(frame->header, "path") == "/p2p/auth") {
-      return reply(*session, peer, frame->header, {{"challenge", device.challenge}});
+      return reply(*session, from, frame->header, {{"challenge", device.challenge}});
     }
     const auto request =
         P2PAuthentication::verify(data, device.key, device.challenge, device.receivedIDs);
     if (!request) return;
     const std::string path = stringMember(request->header, "path").value_or("");
-    reply(*session, peer, request->header, {{"path", path}, {"version", "1"}});
+    reply(*session, from, request->header, {{"path", path}, {"version", "1"}});
   }
 
-  static void reply(PeerSession& session, const PeerID& peer, const JsonObject& header,
+  static void reply(PeerSession& session, const Asker& from, const JsonObject& header,
                     const JsonObject& body) {
     const auto id = integerMember(header, "id");
     const auto text = serializeJson(body);
     if (!id || !text) return;
     const auto frame = P2PFrame::encode(
         {{"id", *id}, {"status", 200}, {"contentType", "application/json"}}, asBytes(*text));
-    if (frame) session.sendReliably(*frame, peer);
+    if (frame) session.sendReliably(*frame, from);
   }
 
   TemporaryFolder folder_;

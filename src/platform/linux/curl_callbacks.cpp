@@ -52,6 +52,7 @@ bool CurlTransfer::receiveBody(ByteView bytes) {
   const std::uint64_t most = job_.request.maxResponseBytes;
   if (most > 0 && expected > most) {
     problem_ = "The response is longer than " + std::to_string(most) + " bytes.";
+    hasHeader_ = false;  // nothing of it is passed on
     return false;
   }
   received_ += bytes.size();

@@ -10,6 +10,7 @@ namespace {
 
 constexpr double kSharedIdleTimeout = 60;
 constexpr std::size_t kMostConnections = 32;
+constexpr std::size_t kMostOfOneLane = 8;
 constexpr double kLongestTimeout = 1e9;  // seconds; more would overflow the clock
 constexpr int kLongestWait = 3'600'000;  // milliseconds
 
@@ -97,23 +98,29 @@ bool CurlHttpSession::takeInbox() {
   const std::lock_guard lock(mutex_);
   for (HttpJob& job : inbox_) {
     nextDeadline_ = std::min(nextDeadline_, job.deadline());
-    waiting_.push_back(std::move(job));
+    const std::uint64_t lane = job.request.lane;
+    waiting_.put(lane, std::move(job));
   }
   inbox_.clear();
   return !ending_;
 }
 
 void CurlHttpSession::startWaiting() {
-  while (!waiting_.empty() && active_.size() < kMostConnections) {
-    HttpJob job = std::move(waiting_.front());
-    waiting_.pop_front();
-    start(std::move(job));
+  while (auto job = waiting_.take([this](std::uint64_t lane) { return mayStart(lane); })) {
+    start(std::move(*job));
   }
+}
+
+bool CurlHttpSession::mayStart(std::uint64_t lane) const {
+  if (active_.size() >= kMostConnections) return false;
+  const auto known = running_.find(lane);
+  return lane == 0 || known == running_.end() || known->second < kMostOfOneLane;
 }
 
 void CurlHttpSession::start(HttpJob job) {
   active_.push_back(spareTransfer());
   CurlTransfer& transfer = *active_.back();
+  ++running_[job.request.lane];
   if (auto problem = transfer.prepare(std::move(job))) {
     complete(active_.size() - 1, transfer.failure(std::move(*problem)));
     return;
@@ -153,20 +160,14 @@ void CurlHttpSession::completeOverdue() {
   for (std::size_t i = active_.size(); i-- > 0;) {
     if (isOverdue(active_[i]->job())) complete(i, active_[i]->failure(kTimedOut));
   }
-  std::deque<HttpJob> before = std::exchange(waiting_, {});
-  for (HttpJob& job : before) {
-    if (isOverdue(job)) {
-      job.completion(errorResult(kTimedOut));
-    } else {
-      waiting_.push_back(std::move(job));
-    }
-  }
+  for (const HttpJob& job : waiting_.takeAll(isOverdue)) job.completion(errorResult(kTimedOut));
 }
 
 void CurlHttpSession::completeAll() {
   while (!active_.empty()) complete(0, active_.front()->failure(kCancelled));
-  for (HttpJob& job : waiting_) job.completion(errorResult(kCancelled));
-  waiting_.clear();
+  for (const HttpJob& job : waiting_.takeAll([](const HttpJob&) { return true; })) {
+    job.completion(errorResult(kCancelled));
+  }
 }
 
 void CurlHttpSession::complete(std::size_t index, HttpResult result) {
@@ -174,13 +175,15 @@ void CurlHttpSession::complete(std::size_t index, HttpResult result) {
   std::unique_ptr<CurlTransfer> transfer = std::move(active_.back());
   active_.pop_back();
   curl_multi_remove_handle(multi_, transfer->handle());
+  const auto lane = running_.find(transfer->job().request.lane);
+  if (--lane->second == 0) running_.erase(lane);
   const HttpCompletion completion = transfer->release();
   spare_.push_back(std::move(transfer));
   completion(std::move(result));
 }
 
 void CurlHttpSession::waitForEvents() {
-  if (!waiting_.empty() && active_.size() < kMostConnections) return;
+  if (waiting_.has([this](std::uint64_t lane) { return mayStart(lane); })) return;
   const auto left = std::chrono::ceil<std::chrono::milliseconds>(nextDeadline_ - Clock::now());
   const auto wait = std::clamp<std::int64_t>(left.count(), 0, kLongestWait);
   curl_multi_poll(multi_, nullptr, 0, static_cast<int>(wait), nullptr);

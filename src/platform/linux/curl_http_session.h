@@ -2,20 +2,21 @@
 
 #include <curl/curl.h>
 
-#include <deque>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <thread>
 #include <vector>
 
 #include "bridge/http_session.h"
+#include "peer/round_robin.h"
 #include "platform/linux/curl_transfer.h"
 
 namespace torvane {
 
-// Runs its requests with libcurl on a thread of its own, at most 32 at once; the rest wait their
-// turn, and their time is already running. Destruction completes what is left with an error. Not
-// to be destroyed inside a completion.
+// Runs its requests with libcurl on a thread of its own, at most 32 at once and 8 of one lane; the
+// rest wait their turn, and their time is already running. Destruction completes what is left with
+// an error. Not to be destroyed inside a completion.
 class CurlHttpSession final : public HttpSession {
  public:
   // `idleTimeout` (seconds) is for requests that give none.
@@ -33,6 +34,7 @@ class CurlHttpSession final : public HttpSession {
   void run();
   bool takeInbox();  // false: the session ends
   void startWaiting();
+  [[nodiscard]] bool mayStart(std::uint64_t lane) const;
   void start(HttpJob job);
   void completeFinished();
   void completeOverdue();
@@ -49,7 +51,8 @@ class CurlHttpSession final : public HttpSession {
   bool ending_ = false;
 
   // The thread's own.
-  std::deque<HttpJob> waiting_;
+  RoundRobin<HttpJob> waiting_;
+  std::map<std::uint64_t, std::size_t> running_;  // by lane, as far as there are any
   TransferList active_;
   TransferList spare_;
   Clock::time_point nextDeadline_ = Clock::time_point::max();  // none is due before

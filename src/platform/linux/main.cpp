@@ -38,14 +38,6 @@
 namespace torvane {
 namespace {
 
-PeerLinkOptions peerLinkOptions(MainQueue& mainQueue) {
-  PeerLinkOptions options = PeerLinkOptions::fromEnvironment();
-  options.afterDelivery = [&mainQueue](std::function<void()> work) {
-    mainQueue.async(std::move(work));
-  };
-  return options;
-}
-
 // The user's own for this session; empty where there is none.
 std::string sessionFolder() {
   return PeerLinkOptions::fromEnvironment().runtimeFolder;
@@ -74,10 +66,9 @@ struct LinuxPlatform {
   PosixFileSystem files;
   PosixProcessLauncher processes;
   NoCodeCheck codeCheck;
-  ThreadBackgroundQueue
-      backgroundQueue;  // its thread, and those of the next, use those before them
+  ThreadBackgroundQueue backgroundQueue;  // its thread, like those of http, uses what is above
   CurlHttpSessions http;
-  std::optional<WebSocketPeerLink> peerLink{std::in_place, peerLinkOptions(mainQueue)};
+  std::optional<WebSocketPeerLink> peerLink{std::in_place, PeerLinkOptions::fromEnvironment()};
   std::unique_ptr<X11Session> x11 = X11Session::open();
   XcbWindowServer windowServer{x11.get()};
   QtScreens screens{x11.get()};

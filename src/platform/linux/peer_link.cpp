@@ -48,7 +48,9 @@ PeerLinkOptions PeerLinkOptions::fromEnvironment() {
 }
 
 struct WebSocketPeerLink::Running {
-  explicit Running(PeerLinkOptions options) : server(loop, mailbox, std::move(options)) {
+  explicit Running(PeerLinkOptions options)
+      : longestMessage(PeerOutbox::longestMessage(options.caps.unsentBytes)),
+        server(loop, mailbox, std::move(options)) {
     mailbox->open(loop, server);
     thread = std::thread([this] { loop.run(); });
   }
@@ -62,6 +64,7 @@ struct WebSocketPeerLink::Running {
     thread.join();
   }
 
+  const std::size_t longestMessage;
   boost::asio::io_context loop{1};
   boost::asio::executor_work_guard<boost::asio::io_context::executor_type> work{
       loop.get_executor()};
@@ -81,7 +84,7 @@ PeerID WebSocketPeerLink::makePeerID(const std::string& displayName) {
 
 std::shared_ptr<PeerSession> WebSocketPeerLink::makeSession(const PeerID& /*self*/,
                                                             PeerSessionDelegate& delegate) {
-  return std::make_shared<LinkSession>(running_->mailbox, delegate);
+  return std::make_shared<LinkSession>(running_->mailbox, delegate, running_->longestMessage);
 }
 
 std::unique_ptr<Advertiser> WebSocketPeerLink::makeAdvertiser(

@@ -20,11 +20,6 @@ struct PeerLinkOptions {
   PeerLinkTimes times;
   PeerLinkCaps caps;
 
-  // Runs work behind what the session's delegate queued before (the main queue's `async`). With
-  // it, received messages count against the budget until the program has handled them; without
-  // it, until the delegate's call returned.
-  std::function<void(std::function<void()>)> afterDelivery;
-
   // Called on the link's thread each time it begins to listen.
   std::function<void(const LinkAddress&)> didListen;
 

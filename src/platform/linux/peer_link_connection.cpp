@@ -39,8 +39,6 @@ using Response = http::response<http::span_body<const char>>;
 constexpr std::uint32_t kMaxRequestHeader = 8192;
 constexpr std::size_t kReadStep = 65536;
 constexpr std::size_t kWriteStep = std::size_t{256} << 10;
-// What a message takes beside its bytes until it is handled.
-constexpr std::size_t kMessageOverhead = 256;
 
 class BeastConnection final : public PeerConnection,
                               public std::enable_shared_from_this<BeastConnection> {
@@ -164,8 +162,8 @@ class BeastConnection final : public PeerConnection,
 
   void readOn() {
     if (isEnded_) return;
-    isReading_ = !budget_.isFull();
-    if (!isReading_) return owner_.connectionWaitsForBudget();
+    isReading_ = budget_->mayRead(token_);
+    if (!isReading_) return;
     if (!incoming_) incoming_.emplace(message_);
     stream_.async_read_some(*incoming_, kReadStep, on(&BeastConnection::didRead));
   }
@@ -185,20 +183,25 @@ class BeastConnection final : public PeerConnection,
   }
 
   void keepPart() {
-    budget_.partialChanged(std::exchange(partial_, message_.capacity()), message_.capacity());
-    if (budget_.isExceededByPartials()) return end();
+    countPart(message_.capacity());
+    if (budget_->isExceededByPartials()) return end();
     readOn();
   }
 
+  void countPart(std::size_t bytes) {
+    budget_->partialChanged(token_, std::exchange(partial_, bytes), bytes);
+  }
+
   void deliver() {
-    budget_.partialChanged(std::exchange(partial_, 0), 0);
     incoming_.reset();
     Bytes message = std::exchange(message_, {});
     if (phase_ == LinkPhase::invitation) {
+      countPart(0);
       return owner_.connectionDidSendText(token_, asText(message));
     }
-    budget_.delivered(message.capacity() + kMessageOverhead);
-    owner_.connectionDidSendFrame(token_, std::move(message));
+    auto lease = budget_->hold(token_, message.capacity() + kMessageOverhead);
+    countPart(0);
+    owner_.connectionDidSendFrame(token_, std::move(message), std::move(lease));
   }
 
   // Long messages go in parts, with room for pings in between.
@@ -234,7 +237,8 @@ class BeastConnection final : public PeerConnection,
   void end() {
     if (std::exchange(isEnded_, true)) return;
     isOpen_ = false;
-    budget_.partialChanged(std::exchange(partial_, 0), 0);
+    countPart(0);
+    budget_->leave(token_);
     outbox_->close();
     Error ignored;
     beast::get_lowest_layer(stream_).close(ignored);
@@ -244,7 +248,7 @@ class BeastConnection final : public PeerConnection,
   const std::uint64_t token_;
   const std::shared_ptr<LinkTls> tls_;
   PeerConnectionOwner& owner_;
-  ReceiveBudget& budget_;
+  const std::shared_ptr<ReceiveBudget> budget_;
   const std::size_t messageBytes_;
 
   Stream stream_;

@@ -27,10 +27,7 @@ class PeerConnectionOwner {
 
   virtual void connectionDidOpen(std::uint64_t token) = 0;
   virtual void connectionDidSendText(std::uint64_t token, std::string_view text) = 0;
-  virtual void connectionDidSendFrame(std::uint64_t token, Bytes frame) = 0;
-
-  // Nothing is read from it until the budget has room again.
-  virtual void connectionWaitsForBudget() = 0;
+  virtual void connectionDidSendFrame(std::uint64_t token, Bytes frame, MessageLease lease) = 0;
 
   // The peer has said that it goes; the connection ends soon.
   virtual void connectionIsLeaving(std::uint64_t token) = 0;
@@ -55,7 +52,7 @@ class PeerConnection {
   virtual void flush() = 0;
   [[nodiscard]] virtual const std::shared_ptr<PeerOutbox>& outbox() const = 0;
 
-  // Reads on after the budget was full.
+  // Reads on where it waited for the budget and may now.
   virtual void resume() = 0;
   virtual void tick(LinkTime now) = 0;
 
@@ -70,7 +67,7 @@ struct PeerConnectionSetup {
   boost::asio::io_context& loop;
   std::shared_ptr<LinkTls> tls;
   PeerConnectionOwner& owner;
-  ReceiveBudget& budget;
+  const std::shared_ptr<ReceiveBudget>& budget;
   const PeerLinkTimes& times;
   const PeerLinkCaps& caps;
 };

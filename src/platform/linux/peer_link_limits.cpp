@@ -16,10 +16,6 @@ std::chrono::milliseconds tickOf(const PeerLinkTimes& times) {
   return std::clamp(shortest / 6, kShortestTick, kLongestTick);
 }
 
-std::size_t ReceiveBudget::takeUnmarked() {
-  return std::exchange(unmarked_, 0);
-}
-
 PeerLiveness::Action PeerLiveness::tick(LinkTime now, bool isReading) {
   if (deadline_) return now >= *deadline_ ? Action::drop : Action::none;
   if (!isReading) heard_ = now;

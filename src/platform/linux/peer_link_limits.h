@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "peer/invitation_valve.h"
+#include "peer/receive_budget.h"
 
 namespace torvane {
 
@@ -32,36 +33,8 @@ struct PeerLinkCaps {
   std::size_t connected = 256;             // with the paired devices that wait for their answer
   std::size_t failedProofsPerMinute = 30;  // of one origin
   std::size_t messageBytes = std::size_t{16} << 20;
-  std::size_t receivedBytes = std::size_t{64} << 20;  // over all peers, not handled yet
-  std::size_t unsentBytes = std::size_t{64} << 20;    // for one peer
-};
-
-// The memory that received messages take until the program has handled them, over all peers.
-// Complete messages are handled by and by, so reading waits for them; messages still coming in
-// would never be, so too much of those costs a connection.
-class ReceiveBudget {
- public:
-  explicit ReceiveBudget(std::size_t limit) : limit_(limit) {}
-
-  void partialChanged(std::size_t before, std::size_t after) { partial_ += after - before; }
-  void delivered(std::size_t bytes) { delivered_ += bytes, unmarked_ += bytes; }
-  void handled(std::size_t bytes) { delivered_ -= bytes; }
-
-  [[nodiscard]] bool isFull() const { return delivered_ > 0 && partial_ + delivered_ > limit_; }
-  [[nodiscard]] bool isExceededByPartials() const { return partial_ > limit_; }
-
-  // Bytes delivered since the last mark; worth a mark when they are a fair part of the limit, or
-  // when somebody waits.
-  [[nodiscard]] bool isMarkDue() const {
-    return unmarked_ > limit_ / 16 || (isFull() && unmarked_ > 0);
-  }
-  [[nodiscard]] std::size_t takeUnmarked();
-
- private:
-  std::size_t limit_;
-  std::size_t partial_ = 0;
-  std::size_t delivered_ = 0;
-  std::size_t unmarked_ = 0;
+  std::size_t unsentBytes = std::size_t{64} << 20;  // for one peer
+  ReceiveShares received{};
 };
 
 // When to ping a silent peer and when to give it up.

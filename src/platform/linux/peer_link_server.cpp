@@ -19,7 +19,9 @@ PeerLinkServer::PeerLinkServer(boost::asio::io_context& loop, std::shared_ptr<Li
       strangers_(options_.caps.strangers),
       failedProofs_(options_.caps.failedProofsPerMinute),
       invitations_(options_.caps.invitations),
-      budget_(options_.caps.receivedBytes),
+      budget_(std::make_shared<ReceiveBudget>(
+          options_.caps.received,
+          [to = mailbox_] { to->post([](PeerLinkServer& server) { server.readAgain(); }); })),
       ticker_(loop) {}
 
 void PeerLinkServer::startAdvertising(const PeerAdvertisement& advertisement) {
@@ -154,26 +156,14 @@ void PeerLinkServer::answer(const PeerID& peer, bool accept,
   session->join(guest->peer, guest->connection->outbox());
 }
 
-void PeerLinkServer::connectionDidSendFrame(std::uint64_t token, Bytes frame) {
-  Guest* guest = find(token);
-  if (guest != nullptr && guest->session) guest->session->receive(std::move(frame), guest->peer);
-  markDelivery();
+void PeerLinkServer::connectionDidSendFrame(std::uint64_t token, Bytes frame, MessageLease lease) {
+  const Guest* guest = find(token);
+  if (guest == nullptr || !guest->session) return;
+  guest->session->receive(std::move(frame), {guest->peer, std::move(lease)});
 }
 
-void PeerLinkServer::markDelivery() {
-  if (!options_.afterDelivery) return budget_.handled(budget_.takeUnmarked());
-  if (isMarkOnItsWay_ || !budget_.isMarkDue()) return;
-  isMarkOnItsWay_ = true;
-  options_.afterDelivery([mailbox = mailbox_, bytes = budget_.takeUnmarked()] {
-    mailbox->post([bytes](PeerLinkServer& server) { server.messagesWereHandled(bytes); });
-  });
-}
-
-void PeerLinkServer::messagesWereHandled(std::size_t bytes) {
-  isMarkOnItsWay_ = false;
-  budget_.handled(bytes);
+void PeerLinkServer::readAgain() {
   for (const auto& connection : connections(Stage::connected)) connection->resume();
-  markDelivery();
 }
 
 void PeerLinkServer::connectionIsLeaving(std::uint64_t token) {

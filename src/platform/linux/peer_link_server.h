@@ -44,15 +44,14 @@ class PeerLinkServer final : public PeerConnectionOwner {
   void flush(std::uint64_t token);
   void drop(std::uint64_t token);
   void disconnect(const LinkSession& session);
-  void messagesWereHandled(std::size_t bytes);
+  void readAgain();
 
   // Ends all there is, without a word to any delegate; the loop runs out of work.
   void shutDown();
 
   void connectionDidOpen(std::uint64_t token) override;
   void connectionDidSendText(std::uint64_t token, std::string_view text) override;
-  void connectionDidSendFrame(std::uint64_t token, Bytes frame) override;
-  void connectionWaitsForBudget() override { markDelivery(); }
+  void connectionDidSendFrame(std::uint64_t token, Bytes frame, MessageLease lease) override;
   void connectionIsLeaving(std::uint64_t token) override;
   void connectionDidBreakRules(std::uint64_t token) override;
   void connectionDidEnd(std::uint64_t token) override;
@@ -81,7 +80,6 @@ class PeerLinkServer final : public PeerConnectionOwner {
   void close(Guest& guest, LinkCloseCode code);
   void leaveStage(Guest& guest);
   void send(Guest& guest, const std::string& text);
-  void markDelivery();
   void scheduleTick();
   void tick();
   [[nodiscard]] Guest* find(std::uint64_t token);
@@ -95,8 +93,7 @@ class PeerLinkServer final : public PeerConnectionOwner {
   StrangerPlaces strangers_;  // until they wait or end, also while they are closing
   FailedProofs failedProofs_;
   InvitationValve invitations_;
-  ReceiveBudget budget_;
-  bool isMarkOnItsWay_ = false;
+  const std::shared_ptr<ReceiveBudget> budget_;
   bool isShutDown_ = false;
 
   std::optional<LinkCertificate> certificate_;

@@ -10,10 +10,10 @@ namespace torvane {
 namespace {
 
 // What a queued message takes beside its bytes, so that empty ones cannot pile up for nothing.
-constexpr std::size_t kMessageOverhead = 64;
+constexpr std::size_t kQueuedOverhead = 64;
 
 std::size_t costOf(const OutgoingMessage& message) {
-  return message.data.size() + kMessageOverhead;
+  return message.data.size() + kQueuedOverhead;
 }
 
 }  // namespace
@@ -33,6 +33,10 @@ void LinkMailbox::post(Work work) {
   const std::lock_guard lock(mutex_);
   if (loop_ == nullptr) return;
   boost::asio::post(*loop_, [work = std::move(work), server = server_] { work(*server); });
+}
+
+std::size_t PeerOutbox::longestMessage(std::size_t limit) {
+  return limit - std::min(limit, kQueuedOverhead);
 }
 
 PeerOutbox::Put PeerOutbox::put(OutgoingMessage message) {
@@ -73,17 +77,17 @@ std::vector<PeerID> LinkSession::connectedPeers() const {
   return peers;
 }
 
-void LinkSession::sendReliably(Bytes message, const PeerID& peer) {
+void LinkSession::sendReliably(Bytes message, const Asker& to) {
   std::shared_ptr<PeerOutbox> outbox;
   {
     const std::lock_guard lock(mutex_);
     const auto member = std::find_if(members_.begin(), members_.end(),
-                                     [&peer](const Member& m) { return m.peer == peer; });
+                                     [&to](const Member& m) { return m.peer == to.peer; });
     if (member == members_.end()) return;
     outbox = member->outbox;
   }
-  const auto put = outbox->put({std::move(message)});
-  const auto token = peer.token;
+  const auto put = outbox->put({std::move(message), false, to.lease});
+  const auto token = to.peer.token;
   if (put == PeerOutbox::Put::wake) {
     mailbox_->post([token](PeerLinkServer& server) { server.flush(token); });
   } else if (put == PeerOutbox::Put::overflow) {
@@ -112,8 +116,8 @@ void LinkSession::leave(const PeerID& peer) {
   delegate_.sessionPeerDidChange(shared_from_this(), peer, PeerState::notConnected);
 }
 
-void LinkSession::receive(Bytes data, const PeerID& peer) {
-  delegate_.sessionDidReceive(shared_from_this(), std::move(data), peer);
+void LinkSession::receive(Bytes data, Asker from) {
+  delegate_.sessionDidReceive(shared_from_this(), std::move(data), std::move(from));
 }
 
 void LinkSession::abandon() {

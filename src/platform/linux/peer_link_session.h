@@ -35,12 +35,16 @@ class LinkMailbox {
 struct OutgoingMessage {
   Bytes data;
   bool isText = false;
+  MessageLease lease{};  // of what it answers
 };
 
 // Messages to one peer that are not sent yet. Any thread puts in; the link's thread takes out.
 class PeerOutbox {
  public:
   explicit PeerOutbox(std::size_t limit) : limit_(limit) {}
+
+  // The longest message that an empty one takes, of those that may hold `limit` bytes.
+  [[nodiscard]] static std::size_t longestMessage(std::size_t limit);
 
   enum class Put {
     queued,    // the link's thread knows already that there is something to send
@@ -67,17 +71,19 @@ class PeerOutbox {
 // The connections accepted into one session, in the order in which they were connected.
 class LinkSession final : public PeerSession, public std::enable_shared_from_this<LinkSession> {
  public:
-  LinkSession(std::shared_ptr<LinkMailbox> mailbox, PeerSessionDelegate& delegate)
-      : mailbox_(std::move(mailbox)), delegate_(delegate) {}
+  LinkSession(std::shared_ptr<LinkMailbox> mailbox, PeerSessionDelegate& delegate,
+              std::size_t longestMessage)
+      : mailbox_(std::move(mailbox)), delegate_(delegate), longestMessage_(longestMessage) {}
 
   [[nodiscard]] std::vector<PeerID> connectedPeers() const override;
-  void sendReliably(Bytes message, const PeerID& peer) override;
+  [[nodiscard]] std::size_t longestMessage() const override { return longestMessage_; }
+  void sendReliably(Bytes message, const Asker& to) override;
   void disconnect() override;
 
   // Called on the link's thread; each tells the delegate.
   void join(const PeerID& peer, std::shared_ptr<PeerOutbox> outbox);
   void leave(const PeerID& peer);
-  void receive(Bytes data, const PeerID& peer);
+  void receive(Bytes data, Asker from);
 
   // Forgets the peers without a word, as the link goes.
   void abandon();
@@ -90,6 +96,7 @@ class LinkSession final : public PeerSession, public std::enable_shared_from_thi
 
   std::shared_ptr<LinkMailbox> mailbox_;
   PeerSessionDelegate& delegate_;
+  const std::size_t longestMessage_;
   mutable std::mutex mutex_;
   std::vector<Member> members_;
 };

@@ -72,7 +72,7 @@ torvane::HttpResponse described(NSHTTPURLResponse* response) {
 }
 
 - (void)task:(NSURLSessionTask*)task isTooLong:(Transfer*)transfer {
-  transfer->result.error = "The response is too long.";
+  transfer->result = {.response = std::nullopt, .body = {}, .error = "The response is too long."};
   [task cancel];
 }
 

@@ -13,7 +13,9 @@
 namespace torvane {
 
 // Requests go through sessions of the system that keep nothing on disk: one for each total
-// time-out, which the system knows for whole sessions only, and for each of pinned and free.
+// time-out, which the system knows for whole sessions only, and for each of pinned and free. Each
+// session has connections of its own, so a few more of them keep the lanes from waiting for one
+// another.
 class MacHttpSession final : public HttpSession {
  public:
   explicit MacHttpSession(double idleTimeout) : idleTimeout_(idleTimeout) {}
@@ -28,8 +30,8 @@ class MacHttpSession final : public HttpSession {
     NSURLSession* session;
     TorvaneTransfers* transfers;
   };
-  // Whether it is pinned, whether bodies go to files, total time-out.
-  using ChannelKey = std::tuple<bool, bool, double>;
+  // Whether it is pinned, whether bodies go to files, total time-out, lane.
+  using ChannelKey = std::tuple<bool, bool, double, std::uint64_t>;
 
   Channel& channelFor(const HttpRequest& request);
   [[nodiscard]] Channel makeChannel(bool isPinned, double totalTimeout) const;

@@ -9,6 +9,9 @@
 namespace torvane {
 namespace {
 
+// Lanes beyond share the sessions of others.
+constexpr std::uint64_t kMostLanes = 8;
+
 // Compared as the system understood it, which is what it would connect to.
 bool leadsTo(NSURL* url, const HttpEndpoint& endpoint) {
   return [url.scheme isEqualToString:@"http"] &&
@@ -65,7 +68,7 @@ MacHttpSession::Channel MacHttpSession::makeChannel(bool isPinned, double totalT
 
 MacHttpSession::Channel& MacHttpSession::channelFor(const HttpRequest& request) {
   const ChannelKey key{request.onlyEndpoint.has_value(), request.saveTo.has_value(),
-                       request.totalTimeout};
+                       request.totalTimeout, request.lane % kMostLanes};
   const auto known = channels_.find(key);
   if (known != channels_.end()) return known->second;
   return channels_.emplace(key, makeChannel(std::get<0>(key), std::get<2>(key))).first->second;

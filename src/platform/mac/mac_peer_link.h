@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "peer/peer_session.h"
+#include "peer/receive_budget.h"
 #include "platform/mac/peer_tokens.h"
 
 namespace torvane {
@@ -21,6 +22,7 @@ class MacPeerLink final : public PeerLink {
 
  private:
   std::shared_ptr<PeerTokens> tokens_ = std::make_shared<PeerTokens>();
+  std::shared_ptr<ReceiveBudget> budget_ = std::make_shared<ReceiveBudget>(ReceiveShares{}, [] {});
   std::map<PeerID, MCPeerID*> own_;
 };
 

@@ -19,7 +19,7 @@ PeerID MacPeerLink::makePeerID(const std::string& displayName) {
 
 std::shared_ptr<PeerSession> MacPeerLink::makeSession(const PeerID& self,
                                                       PeerSessionDelegate& delegate) {
-  return MacPeerSession::make(own_.at(self), tokens_, delegate);
+  return MacPeerSession::make(own_.at(self), tokens_, budget_, delegate);
 }
 
 std::unique_ptr<Advertiser> MacPeerLink::makeAdvertiser(

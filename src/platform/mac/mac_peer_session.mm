@@ -42,9 +42,12 @@ static_assert(static_cast<NSInteger>(PeerState::connected) == MCSessionStateConn
   torvane::atEdge([&] {
     const auto reporting = _session.lock();
     if (!reporting || data.length > torvane::kLongestMessage) return;
-    if (const auto peer = reporting->tokens().identify(peerID)) {
-      reporting->delegate().sessionDidReceive(reporting, torvane::toBytes(data), *peer);
-    }
+    const auto peer = reporting->tokens().identify(peerID);
+    // The framework cannot be told to wait, so what is beyond the peer's share is lost.
+    if (!peer || !reporting->budget().mayRead(peer->token)) return;
+    auto lease = reporting->budget().hold(peer->token, data.length + torvane::kMessageOverhead);
+    reporting->delegate().sessionDidReceive(reporting, torvane::toBytes(data),
+                                            {*peer, std::move(lease)});
   });
 }
 
@@ -87,17 +90,20 @@ static_assert(static_cast<NSInteger>(PeerState::connected) == MCSessionStateConn
 namespace torvane {
 
 MacPeerSession::MacPeerSession(MCPeerID* peer, std::shared_ptr<PeerTokens> tokens,
-                               PeerSessionDelegate& delegate)
+                               std::shared_ptr<ReceiveBudget> budget, PeerSessionDelegate& delegate)
     : session_([[MCSession alloc] initWithPeer:peer
                               securityIdentity:nil
                           encryptionPreference:MCEncryptionRequired]),
       tokens_(std::move(tokens)),
+      budget_(std::move(budget)),
       delegate_(delegate) {}
 
 std::shared_ptr<MacPeerSession> MacPeerSession::make(MCPeerID* peer,
                                                      std::shared_ptr<PeerTokens> tokens,
+                                                     std::shared_ptr<ReceiveBudget> budget,
                                                      PeerSessionDelegate& delegate) {
-  const std::shared_ptr<MacPeerSession> made(new MacPeerSession(peer, std::move(tokens), delegate));
+  const std::shared_ptr<MacPeerSession> made(
+      new MacPeerSession(peer, std::move(tokens), std::move(budget), delegate));
   made->events_ = [[TorvaneSessionEvents alloc] initForSession:made];
   made->session_.delegate = made->events_;
   return made;
@@ -116,9 +122,9 @@ std::vector<PeerID> MacPeerSession::connectedPeers() const {
   return peers;
 }
 
-void MacPeerSession::sendReliably(Bytes message, const PeerID& peer) {
+void MacPeerSession::sendReliably(Bytes message, const Asker& to) {
   for (MCPeerID* connected in session_.connectedPeers) {
-    if (tokens_->identify(connected) != peer) continue;
+    if (tokens_->identify(connected) != to.peer) continue;
     [session_ sendData:toNSData(message)
                toPeers:@[ connected ]
               withMode:MCSessionSendDataReliable
