@@ -51,9 +51,17 @@ TEST_F(StandInWindowTest, ComesToTheFrontWhenItIsAskedFor) {
 
 TEST_F(StandInWindowTest, ShowsIconAndTooltipAsTheyAre) {
   EXPECT_EQ(window.state().textFormat(), Qt::PlainText);
-  EXPECT_EQ(window.state().text(), "Torvane P2P Helper: <b>waiting</b>");
+  EXPECT_EQ(window.state().text(), "<b>waiting</b>");
   EXPECT_FALSE(window.picture().pixmap().isNull());
-  EXPECT_EQ(window.picture().accessibleName(), "Torvane P2P Helper");
+}
+
+TEST_F(StandInWindowTest, SaysTheProgramsNameOnce) {
+  window.setIcon({"dot.radiowaves.right", "Torvane P2P Helper",
+                  "Torvane P2P Helper: waiting for the iPad app"});
+  EXPECT_EQ(window.state().text(), "Waiting for the iPad app");
+  EXPECT_TRUE(window.windowTitle().startsWith("Torvane P2P Helper"));
+  EXPECT_EQ(window.picture().accessibleName(), "");
+  EXPECT_FALSE(window.button().text().contains("Torvane"));
 }
 
 TEST_F(StandInWindowTest, NaughtyNamesAreShownAsTheyAreAndTheLayoutHolds) {

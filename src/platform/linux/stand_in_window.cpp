@@ -8,6 +8,19 @@
 #include "platform/linux/symbol_icon.h"
 
 namespace torvane {
+namespace {
+
+// The program's name stands in the window's title.
+QString withoutName(const StatusIcon& icon) {
+  QString state = qtText(icon.toolTip);
+  const QString name = qtText(icon.accessibilityDescription) + ": ";
+  if (!state.startsWith(name)) return state;
+  state.remove(0, name.size());
+  if (!state.isEmpty()) state[0] = state[0].toUpper();
+  return state;
+}
+
+}  // namespace
 
 StandInWindow::StandInWindow() {
   constexpr int kTextWidth = 260;
@@ -30,8 +43,7 @@ void StandInWindow::setIcon(const StatusIcon& icon) {
   constexpr int kSide = 32;
   picture_.setPixmap(
       symbolIcon(icon.symbolName, QApplication::palette(), icon.appearsDisabled).pixmap(kSide));
-  picture_.setAccessibleName(qtText(icon.accessibilityDescription));
-  state_.setText(qtText(icon.toolTip));
+  state_.setText(withoutName(icon));
 }
 
 void StandInWindow::setMenu(MenuDelegate& delegate) {

@@ -10,8 +10,8 @@
 namespace torvane {
 
 // What a status item is on a desktop without a status area: a small window with its icon, its
-// tooltip as a line of text, and a button that opens its menu. Hidden at first; closing it hides
-// it.
+// tooltip as a line of text without the program's name, and a button that opens its menu. Hidden at
+// first; closing it hides it.
 class StandInWindow final : public QWidget {
  public:
   StandInWindow();
