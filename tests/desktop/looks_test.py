@@ -32,7 +32,7 @@ ForegroundNormal=252,252,252
 BackgroundNormal=61,174,233
 ForegroundNormal=252,252,252
 """
-FAINT, CLEAR = 1.5, 4.5  # contrasts
+LEAST, CLEAR = 3, 4.5  # contrasts, of what is dimmed and of what is not
 STRIP = 60  # pixels at a menu's left that hold the beginnings of its texts
 
 
@@ -41,7 +41,7 @@ class LooksTest(MenuStage):
         helper = self.desktop.spawn("helper", [os.path.join(self.build, PROGRAM)])
         self.look_at_alert(name + "-welcome")
         wait_until(lambda: icon_middle(self.desktop), "the icon")
-        wait_until(lambda: self.contrast_of_icon() > FAINT, "an icon that stands out")
+        wait_until(lambda: self.contrast_of_icon() > LEAST, "an icon that stands out")
         clear = max(CLEAR, 1.5 * self.contrast_of_icon())  # it is dimmed now
         self.press("Return")
         wait_until(engine_answers, "the engine")

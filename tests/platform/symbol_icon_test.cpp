@@ -3,6 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <QImage>
+#include <QPainter>
+#include <algorithm>
+#include <cmath>
+#include <vector>
 
 namespace torvane {
 namespace {
@@ -37,6 +41,33 @@ int strongestAlpha(const QImage& image) {
   return strongest;
 }
 
+// WCAG 2.1: relative luminance.
+double luminance(const QColor& colour) {
+  const auto part = [](double value) {
+    return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+  };
+  return 0.2126 * part(colour.redF()) + 0.7152 * part(colour.greenF()) +
+         0.0722 * part(colour.blueF());
+}
+
+// Of the panel and those pixels of the picture on it that differ most, a tenth of what it covers.
+double contrastOn(QRgb panel, const QImage& picture) {
+  QImage shown(picture.size(), QImage::Format_RGB32);
+  shown.fill(panel);
+  QPainter(&shown).drawImage(0, 0, picture);
+  const double ground = luminance(QColor(panel));
+  std::vector<double> contrasts;
+  for (int y = 0; y < shown.height(); ++y) {
+    for (int x = 0; x < shown.width(); ++x) {
+      if (picture.pixelColor(x, y).alpha() < 30) continue;
+      const double here = luminance(shown.pixelColor(x, y));
+      contrasts.push_back((std::max(here, ground) + 0.05) / (std::min(here, ground) + 0.05));
+    }
+  }
+  std::sort(contrasts.rbegin(), contrasts.rend());
+  return contrasts.empty() ? 1 : contrasts[contrasts.size() / 10];
+}
+
 TEST(SymbolIconTest, TheTwoSymbolsDiffer) {
   EXPECT_NE(picture(kRight), picture(kBoth));
 }
@@ -49,12 +80,41 @@ TEST(SymbolIconTest, WavesGoToTheRightOrToBothSides) {
   EXPECT_GT(coverage(right, true), 0.1);
 }
 
-TEST(SymbolIconTest, DimmedIsTheSamePictureButFaint) {
-  const QImage plain = picture(kRight);
-  const QImage dimmed = picture(kRight, true);
-  EXPECT_EQ(strongestAlpha(plain), 255);
-  EXPECT_NEAR(strongestAlpha(dimmed), 140, 2);
-  EXPECT_NEAR(coverage(dimmed, false), coverage(plain, false) * 0.55, 0.01);
+TEST(SymbolIconTest, DimmedIsFainter) {
+  EXPECT_EQ(strongestAlpha(picture(kRight)), 255);
+  EXPECT_NEAR(strongestAlpha(picture(kRight, true)), 191, 2);
+}
+
+// Also where a panel shows how much is covered and no more.
+TEST(SymbolIconTest, DimmedIsAnotherShape) {
+  for (const char* name : {kRight, kBoth}) {
+    for (const int side : {16, 22, 48}) {
+      const QPalette palette(Qt::black, Qt::white);
+      const QImage plain = picture(name, false, palette, side);
+      const QImage dimmed = picture(name, true, palette, side);
+      const double corner = 4.5 / 24 * side;  // of the line that crosses it out
+      const auto x = static_cast<int>(corner);
+      EXPECT_LT(plain.pixelColor(x, x).alpha(), 60) << name << side;
+      EXPECT_GT(dimmed.pixelColor(x, x).alpha(), 150) << name << side;
+      const int other = side - 1 - x;
+      EXPECT_GT(dimmed.pixelColor(other, other).alpha(), 150) << name << side;
+    }
+  }
+}
+
+TEST(SymbolIconTest, CanBeMadeOutOnPanelsOfEitherKind) {
+  QPalette light(Qt::black, QColor(0xef, 0xef, 0xef));
+  QPalette dark(QColor(0xfc, 0xfc, 0xfc), QColor(0x2a, 0x2e, 0x32));
+  dark.setColor(QPalette::WindowText, QColor(0xfc, 0xfc, 0xfc));
+  for (const QPalette& palette : {light, dark}) {
+    for (const QRgb panel : {0xff000000, 0xff202226, 0xff3c3c3c, 0xffd0d0d0, 0xffffffff}) {
+      for (const int side : {16, 22, 24, 48}) {
+        EXPECT_GE(contrastOn(panel, picture(kRight, true, palette, side)), 3)
+            << panel << " " << side;
+        EXPECT_GE(contrastOn(panel, picture(kRight, false, palette, side)), 4.5);
+      }
+    }
+  }
 }
 
 TEST(SymbolIconTest, FollowsLightAndDarkDesktops) {

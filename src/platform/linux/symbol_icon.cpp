@@ -13,7 +13,7 @@ constexpr qreal kSide = 24;
 constexpr qreal kStroke = 2.2;
 constexpr qreal kRim = 1.2;
 constexpr qreal kRimOpacity = 0.85;
-constexpr qreal kDimmedOpacity = 0.55;  // some trays apply it twice
+constexpr qreal kDimmedOpacity = 0.75;  // some trays apply it twice
 
 QPainterPath dot(QPointF centre) {
   QPainterPath path;
@@ -55,16 +55,30 @@ QPen penOf(const QColor& colour, qreal width) {
   return {colour, width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin};
 }
 
-QPixmap symbolPixmap(const QPainterPath& shape, const QPalette& palette, int side) {
+// A line from corner to corner.
+QPainterPath slash() {
+  constexpr qreal kInset = 3;
+  QPainterPath path(QPointF(kInset, kInset));
+  path.lineTo(kSide - kInset, kSide - kInset);
+  return path;
+}
+
+void drawRimmed(QPainter& painter, const QPainterPath& shape, const QPalette& palette) {
+  QColor rim = palette.color(QPalette::Window);
+  rim.setAlphaF(static_cast<float>(kRimOpacity));
+  painter.strokePath(shape, penOf(rim, kStroke + 2 * kRim));
+  painter.strokePath(shape, penOf(palette.color(QPalette::WindowText), kStroke));
+}
+
+QPixmap symbolPixmap(const QPainterPath& shape, const QPalette& palette, bool isCrossedOut,
+                     int side) {
   QPixmap pixmap(side, side);
   pixmap.fill(Qt::transparent);
   QPainter painter(&pixmap);
   painter.setRenderHint(QPainter::Antialiasing);
   painter.scale(side / kSide, side / kSide);
-  QColor rim = palette.color(QPalette::Window);
-  rim.setAlphaF(static_cast<float>(kRimOpacity));
-  painter.strokePath(shape, penOf(rim, kStroke + 2 * kRim));
-  painter.strokePath(shape, penOf(palette.color(QPalette::WindowText), kStroke));
+  drawRimmed(painter, shape, palette);
+  if (isCrossedOut) drawRimmed(painter, slash(), palette);
   return pixmap;
 }
 
@@ -84,7 +98,7 @@ QIcon symbolIcon(const std::string& symbolName, const QPalette& palette, bool is
   const auto shape = symbolShape(symbolName);
   if (!shape) return icon;
   for (const int side : {16, 22, 24, 32, 44, 48, 64}) {
-    const QPixmap pixmap = symbolPixmap(*shape, palette, side);
+    const QPixmap pixmap = symbolPixmap(*shape, palette, isDimmed, side);
     icon.addPixmap(isDimmed ? dimmed(pixmap) : pixmap);
   }
   return icon;
