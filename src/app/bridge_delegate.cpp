@@ -29,7 +29,7 @@ BridgeDelegate::BridgeDelegate(Platform& platform)
       peerID(platform.peerLink.makePeerID(
           platform.processInfo.hostName().value_or(platform.texts.namelessComputer))),
       platform_(platform),
-      engineLog_(platform.files, platform.processInfo.homeDirectory()),
+      engineLog_(platform.files, platform.processInfo.logDirectory()),
       main_(platform.mainQueue, lifetime_),
       turns_([this](PeerTurns::Work work) { main_.async(std::move(work)); }) {
   const int ready = sodium_init();

@@ -21,6 +21,10 @@ class ProcessInfo {
   // trailing slash. It need not exist yet.
   [[nodiscard]] virtual std::string temporaryDirectory() const = 0;
 
+  // Absolute path of the folder for what the engine prints, without a trailing slash. It need not
+  // exist yet.
+  [[nodiscard]] virtual std::string logDirectory() const = 0;
+
   [[nodiscard]] virtual std::map<std::string, std::string> environment() const = 0;
   [[nodiscard]] virtual int processIdentifier() const = 0;
 };

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdio>
 #include <deque>
+#include <utility>
 
 #include "protocol/utf8.h"
 
@@ -50,8 +51,8 @@ std::string afterCut(std::string_view text) {
 
 }  // namespace
 
-EngineLog::EngineLog(FileSystem& files, const std::string& homeDirectory)
-    : files_(files), folder_(homeDirectory + "/Library/Logs/Torvane P2P Helper") {}
+EngineLog::EngineLog(FileSystem& files, std::string folder)
+    : files_(files), folder_(std::move(folder)) {}
 
 std::string EngineLog::path() const {
   files_.createDirectories(folder_);

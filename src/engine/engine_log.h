@@ -12,7 +12,8 @@ namespace torvane {
 // The engine's output, kept in one file in the user's log folder and appended to from run to run.
 class EngineLog {
  public:
-  EngineLog(FileSystem& files, const std::string& homeDirectory);
+  // `folder`: absolute path, without a trailing slash.
+  EngineLog(FileSystem& files, std::string folder);
 
   // Absolute path of the file. Makes its folder when that is missing.
   [[nodiscard]] std::string path() const;

@@ -116,6 +116,7 @@ TEST_F(LinuxWords, TellsOfTheEngineInTheMenu) {
 }
 
 TEST_F(LinuxWords, TellsWhyTheEngineEnded) {
+  platform.processInfo.logs = "/home/presenter/.local/state/torvane-p2p-helper";
   launch();
   platform.processes.program = [](const ProcessLaunch& launch) {
     return launch.arguments.front() == "--version" ? FakeProgram{"", 0, ""}
@@ -126,6 +127,11 @@ TEST_F(LinuxWords, TellsWhyTheEngineEnded) {
   ASSERT_EQ(platform.alerts.shown.size(), 1U);
   EXPECT_TRUE(platform.alerts.shown[0].informativeText.starts_with(
       "The presentation server stopped straight after starting (exit code 3).\n\n"));
+  EXPECT_TRUE(platform.alerts.shown[0].informativeText.ends_with(
+      "\n\nFull log: /home/presenter/.local/state/torvane-p2p-helper/engine.log"));
+  for (const auto& folder : platform.files.folders) {
+    EXPECT_EQ(folder.find("Library"), std::string::npos) << folder;
+  }
   expectNoForeignWords();
 }
 

@@ -65,7 +65,8 @@ class EngineStartTest(DialogStage):
         bundle = self.copy_of_the_bundle()
         os.remove(os.path.join(bundle, "Resources", "torvane.py"))
         self.start(bundle)
-        missing = "Cannot find torvane.py next to the app or in the bundle."
+        missing = ("Cannot find torvane.py, which is the presentation server. Install Torvane P2P "
+                   "Helper again to bring it back.")
         self.assertEqual(self.told("engine-missing"), missing)
         self.item.choose("Start Server")
         self.assertEqual(self.told(), missing)
@@ -74,13 +75,14 @@ class EngineStartTest(DialogStage):
     def test_shows_the_last_words_of_an_engine_that_dies_at_once(self):
         self.start(self.replace_engine(
             "import sys\nprint('<b>No</b> slides today.')\nsys.exit(3)\n"))
-        log = os.path.join(self.desktop.environment["HOME"],
-                           "Library/Logs/Torvane P2P Helper/engine.log")
+        log = os.path.join(self.desktop.environment["XDG_STATE_HOME"],
+                           "torvane-p2p-helper/engine.log")
         self.assertEqual(
             self.told("engine-died"),
             "The presentation server stopped straight after starting (exit code 3).\n\n"
             f"<b>No</b> slides today.\n\nFull log: {log}")
         self.assertIn("Presentation server not running", self.item.labels())
+        self.assertFalse(os.path.exists(os.path.join(self.desktop.environment["HOME"], "Library")))
 
     def test_says_when_an_engine_dies_without_a_word(self):
         self.start(self.replace_engine("raise SystemExit(7)\n"))

@@ -12,7 +12,7 @@ constexpr const char* kPath = "/home/presenter/Library/Logs/Torvane P2P Helper/e
 class EngineLogFile : public testing::Test {
  protected:
   FakeFileSystem files;
-  EngineLog log{files, "/home/presenter"};
+  EngineLog log{files, "/home/presenter/Library/Logs/Torvane P2P Helper"};
 
   std::string tailOf(std::string text, std::uint64_t offset = 0) {
     files.put(kPath, std::move(text));

@@ -248,11 +248,13 @@ class FakeBundle final : public Bundle {
 class FakeProcessInfo final : public ProcessInfo {
  public:
   std::optional<std::string> name = "Lectern";
+  std::string logs = "/home/presenter/Library/Logs/Torvane P2P Helper";
   std::map<std::string, std::string> variables = {{"LANG", "C.UTF-8"}};
 
   [[nodiscard]] std::optional<std::string> hostName() const override { return name; }
   [[nodiscard]] std::string homeDirectory() const override { return "/home/presenter"; }
   [[nodiscard]] std::string temporaryDirectory() const override { return "/temporary"; }
+  [[nodiscard]] std::string logDirectory() const override { return logs; }
   [[nodiscard]] std::map<std::string, std::string> environment() const override {
     return variables;
   }

@@ -57,18 +57,29 @@ TEST(LinuxProcessInfoTest, KnowsHomeAndEnvironment) {
   ::unsetenv("TORVANE_TEST_VALUE");
 }
 
-TEST(LinuxProcessInfoTest, TemporaryFilesGoWhereOnlyTheUserMayWrite) {
-  const char* given = ::getenv("XDG_CACHE_HOME");
+// A folder that a variable may name, below it and where the variable names none.
+void expectFolder(const char* variable, std::string (LinuxProcessInfo::*folder)() const,
+                  const std::string& name, const std::string& otherwise) {
+  const char* given = ::getenv(variable);
   const std::string saved = given != nullptr ? given : "";
-  ::setenv("XDG_CACHE_HOME", "/home/anna/cache", 1);
-  EXPECT_EQ(LinuxProcessInfo().temporaryDirectory(), "/home/anna/cache/torvane");
+  ::setenv(variable, "/home/anna/own", 1);
+  EXPECT_EQ((LinuxProcessInfo().*folder)(), "/home/anna/own/" + name);
   for (const char* odd : {"", "relative"}) {
-    ::setenv("XDG_CACHE_HOME", odd, 1);
+    ::setenv(variable, odd, 1);
     const LinuxProcessInfo info;
-    EXPECT_EQ(info.temporaryDirectory(), info.homeDirectory() + "/.cache/torvane");
+    EXPECT_EQ((info.*folder)(), info.homeDirectory() + otherwise + name);
   }
-  ::unsetenv("XDG_CACHE_HOME");
-  if (given != nullptr) ::setenv("XDG_CACHE_HOME", saved.c_str(), 1);
+  ::unsetenv(variable);
+  if (given != nullptr) ::setenv(variable, saved.c_str(), 1);
+}
+
+TEST(LinuxProcessInfoTest, TemporaryFilesGoWhereOnlyTheUserMayWrite) {
+  expectFolder("XDG_CACHE_HOME", &LinuxProcessInfo::temporaryDirectory, "torvane", "/.cache/");
+}
+
+TEST(LinuxProcessInfoTest, TheLogGoesWhereStateIsKept) {
+  expectFolder("XDG_STATE_HOME", &LinuxProcessInfo::logDirectory, "torvane-p2p-helper",
+               "/.local/state/");
 }
 
 }  // namespace

@@ -42,12 +42,10 @@ std::string findHome() {
   return home;
 }
 
-// /tmp belongs to everybody: what is made there under a name that can be guessed, somebody else may
-// have made before.
-std::string findTemporaryFolder(const std::string& home) {
-  const char* cache = std::getenv("XDG_CACHE_HOME");
-  const bool isGiven = cache != nullptr && cache[0] == '/';
-  return (isGiven ? std::string(cache) : home + "/.cache") + "/torvane";
+// XDG Base Directory Specification: a variable that is no absolute path counts as not set.
+std::string userFolder(const char* variable, const std::string& otherwise) {
+  const char* given = std::getenv(variable);
+  return given != nullptr && given[0] == '/' ? given : otherwise;
 }
 
 std::map<std::string, std::string> readEnvironment() {
@@ -79,7 +77,11 @@ std::string unquoted(std::string_view value) {
 
 LinuxProcessInfo::LinuxProcessInfo(const std::string& machineInfo)
     : homeDirectory_(findHome()),
-      temporaryDirectory_(findTemporaryFolder(homeDirectory_)),
+      // /tmp belongs to everybody: what is made there under a name that can be guessed, somebody
+      // else may have made before.
+      temporaryDirectory_(userFolder("XDG_CACHE_HOME", homeDirectory_ + "/.cache") + "/torvane"),
+      logDirectory_(userFolder("XDG_STATE_HOME", homeDirectory_ + "/.local/state") +
+                    "/torvane-p2p-helper"),
       environment_(readEnvironment()) {
   std::string name = prettyHostName(fileText(machineInfo));
   if (name.empty()) name = shortHostName(networkName());

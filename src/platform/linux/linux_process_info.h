@@ -18,6 +18,7 @@ class LinuxProcessInfo final : public ProcessInfo {
   [[nodiscard]] std::optional<std::string> hostName() const override { return hostName_; }
   [[nodiscard]] std::string homeDirectory() const override { return homeDirectory_; }
   [[nodiscard]] std::string temporaryDirectory() const override { return temporaryDirectory_; }
+  [[nodiscard]] std::string logDirectory() const override { return logDirectory_; }
   [[nodiscard]] std::map<std::string, std::string> environment() const override {
     return environment_;
   }
@@ -27,6 +28,7 @@ class LinuxProcessInfo final : public ProcessInfo {
   std::optional<std::string> hostName_;
   std::string homeDirectory_;
   std::string temporaryDirectory_;
+  std::string logDirectory_;
   std::map<std::string, std::string> environment_;
 };
 

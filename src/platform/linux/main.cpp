@@ -9,6 +9,7 @@
 #include "app/bridge_delegate.h"
 #include "platform/linux/curl_http_session.h"
 #include "platform/linux/folder_bundle.h"
+#include "platform/linux/former_log.h"
 #include "platform/linux/granted_permissions.h"
 #include "platform/linux/json_user_defaults.h"
 #include "platform/linux/linux_process_info.h"
@@ -113,6 +114,7 @@ void configureQt() {
 }
 
 int run(LinuxProcessInfo& processInfo, SingleInstance& instance) {
+  moveFormerLog(processInfo.homeDirectory(), processInfo.logDirectory());
   LinuxPlatform platform(processInfo);
   BridgeDelegate delegate(platform.ports);
   instance.onSecondLaunch([&] { platform.statusBar.showWindow(); });

@@ -12,6 +12,9 @@ class MacProcessInfo final : public ProcessInfo {
   [[nodiscard]] std::optional<std::string> hostName() const override { return hostName_; }
   [[nodiscard]] std::string homeDirectory() const override { return homeDirectory_; }
   [[nodiscard]] std::string temporaryDirectory() const override { return temporaryDirectory_; }
+  [[nodiscard]] std::string logDirectory() const override {
+    return homeDirectory_ + "/Library/Logs/Torvane P2P Helper";
+  }
   [[nodiscard]] std::map<std::string, std::string> environment() const override {
     return environment_;
   }

@@ -209,6 +209,7 @@ class PrivateDesktop:
         environment["LANG"] = "C.UTF-8"
         folders = {
             "HOME": "home", "XDG_CONFIG_HOME": "home/.config", "XDG_DATA_HOME": "home/.local/share",
+            "XDG_STATE_HOME": "home/.local/state",
             "XDG_CACHE_HOME": "home/.cache", "XDG_RUNTIME_DIR": "runtime", "TMPDIR": "tmp",
         }
         for name, folder in folders.items():
