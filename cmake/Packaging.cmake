@@ -30,10 +30,13 @@ install(CODE "
 set(packaging ${PROJECT_SOURCE_DIR}/packaging)
 set(made ${PROJECT_BINARY_DIR}/packaging)
 set(id app.torvane.p2p-helper)
-configure_file(${packaging}/${id}.metainfo.xml.in ${made}/${id}.metainfo.xml @ONLY)
+string(TIMESTAMP TORVANE_RELEASE_DATE "%Y-%m-%d" UTC)  # as below
+set(component app.torvane.p2p_helper)  # which may have no hyphen
+configure_file(${packaging}/${component}.metainfo.xml.in ${made}/${component}.metainfo.xml @ONLY)
 install(FILES ${packaging}/${id}.desktop DESTINATION share/applications)
-install(FILES ${made}/${id}.metainfo.xml DESTINATION share/metainfo)
+install(FILES ${made}/${component}.metainfo.xml DESTINATION share/metainfo)
 install(FILES ${packaging}/${name}.svg DESTINATION share/icons/hicolor/scalable/apps)
+install(FILES ${packaging}/${name}-symbolic.svg DESTINATION share/icons/hicolor/symbolic/apps)
 
 # Manual pages and Debian's documents, packed; the date is the environment's SOURCE_DATE_EPOCH.
 string(TIMESTAMP TORVANE_PACKAGE_DATE "%a, %d %b %Y %H:%M:%S +0000" UTC)
@@ -61,10 +64,10 @@ set(CPACK_PACKAGE_VENDOR "The Torvane developers")
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "lets an iPad run the presentation on this computer")
 set(CPACK_PACKAGE_DESCRIPTION
-  "A small program in the status bar through which an iPad runs the presentation
-on this computer, without a shared network and without an address to type. An
-iPad is approved once; from then on it connects by itself. Pen strokes and a
-laser dot from the iPad appear over the slide show.
+  "A small program in the status area through which an iPad runs the presentation
+on this computer. Both have to be on the same network, where the iPad finds the
+computer by itself. An iPad is approved once; from then on it connects by
+itself. Pen strokes and a laser dot from the iPad appear over the slide show.
 .
 torvane-ipad stands in for an iPad on the command line.")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)

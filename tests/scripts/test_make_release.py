@@ -8,8 +8,10 @@ import tempfile
 import unittest
 import zipfile
 from pathlib import Path
+from xml.etree import ElementTree
 
-SCRIPT = Path(__file__).resolve().parents[2] / "scripts/make-release"
+ROOT = Path(__file__).resolve().parents[2]
+SCRIPT = ROOT / "scripts/make-release"
 
 
 class MakeRelease(unittest.TestCase):
@@ -44,7 +46,7 @@ class MakeRelease(unittest.TestCase):
     def test_version_and_archive(self):
         self.assertEqual(self.make().returncode, 0)
         self.assertEqual(sorted(path.name for path in self.site.iterdir()),
-                         ["Torvane-P2P-Mac.zip", "version.txt"])
+                         ["Torvane-P2P-Mac.zip", "screenshots", "version.txt"])
         self.assertEqual((self.site / "version.txt").read_text(), "413\n")
         with zipfile.ZipFile(self.site / "Torvane-P2P-Mac.zip") as archive:
             top = "Torvane P2P Helper.app/"
@@ -54,6 +56,16 @@ class MakeRelease(unittest.TestCase):
             self.assertEqual(archive.getinfo(top + "bin/program").external_attr >> 16, 0o100755)
             self.assertEqual(archive.read(top + "current"), b"bin/program")
             self.assertEqual(archive.getinfo(top + "current").external_attr >> 28, 0o12)
+
+    def test_pictures_that_software_centres_ask_for(self):
+        self.make()
+        metainfo = ROOT / "packaging/app.torvane.p2p_helper.metainfo.xml.in"
+        pictures = [image.text for image in ElementTree.parse(metainfo).iter("image")]
+        self.assertGreater(len(pictures), 1)
+        for picture in pictures:
+            base, _, path = picture.partition("/")
+            self.assertEqual(base, "@TORVANE_UPDATE_BASE@")
+            self.assertTrue((self.site / path).read_bytes().startswith(b"\x89PNG"), path)
 
     def test_same_application_makes_the_same_archive(self):
         self.make()
