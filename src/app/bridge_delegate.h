@@ -105,6 +105,7 @@ class BridgeDelegate final : public MenuDelegate,
   void sessionPeerDidChange(std::shared_ptr<PeerSession> reporting, PeerID peer,
                             PeerState state) override;
   void advertiserDidNotStart(std::string error) override;
+  void advertiserDidRecover() override;
   void peerDidChange(PeerSession& reporting, const PeerID& peer, PeerState state);
 
   // peer/invitations.cpp

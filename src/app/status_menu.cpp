@@ -25,14 +25,26 @@ MenuItem separator() {
   return {.title = {}, .action = {}, .isSeparator = true};
 }
 
+void addAddresses(Menu& menu, const std::vector<std::string>& addresses) {
+  if (addresses.empty()) return;
+  if (addresses.size() == 1) {
+    menu.push_back(information("Connect by address: " + addresses.front()));
+    return;
+  }
+  menu.push_back(information("Connect by address:"));
+  for (const auto& address : addresses) menu.push_back(information(address, 1));
+}
+
 void addLinkStatus(Menu& menu, const StatusMenuInputs& inputs) {
   if (inputs.advertiseError) {
     menu.push_back(information("Not advertising: " + *inputs.advertiseError));
+    addAddresses(menu, inputs.addresses);
   } else if (!inputs.connectedPeers.empty()) {
     menu.push_back(information("Connected:"));
     for (const auto& name : inputs.connectedPeers) menu.push_back(information(name, 1));
   } else {
     menu.push_back(information("Advertising as “" + inputs.displayName + "” — open the iPad app"));
+    addAddresses(menu, inputs.addresses);
   }
 }
 
@@ -92,6 +104,7 @@ std::vector<MenuItem> statusMenu(const DesktopTexts& texts, const StatusMenuInpu
 StatusMenuInputs BridgeDelegate::statusMenuInputs() const {
   StatusMenuInputs inputs{
       .advertiseError = advertiseError,
+      .addresses = platform_.peerLink.addresses(),
       .connectedPeers = connectedPeers,
       .displayName = peerID.displayName,
       .serverRunning = serverRunning,

@@ -13,6 +13,7 @@ namespace torvane {
 // All that the menu shows.
 struct StatusMenuInputs {
   std::optional<std::string> advertiseError;
+  std::vector<std::string> addresses;       // by which devices can connect
   std::vector<std::string> connectedPeers;  // display names, in order
   std::string displayName;                  // this computer's, as iPads see it
   bool serverRunning = false;

@@ -76,6 +76,9 @@ class AdvertiserDelegate {
   // `error` is a sentence for the user.
   virtual void advertiserDidNotStart(std::string error) = 0;
 
+  // An error has passed. A transport that cannot tell does not call it.
+  virtual void advertiserDidRecover() = 0;
+
   // `context` is what the inviter sent along, absent when it sent nothing.
   virtual void advertiserDidReceiveInvitation(PeerID peer, std::optional<Bytes> context,
                                               InvitationHandler handler) = 0;
@@ -102,6 +105,10 @@ class PeerLink {
   [[nodiscard]] virtual std::unique_ptr<Advertiser> makeAdvertiser(
       const PeerID& self, const std::string& serviceType,
       std::shared_ptr<const RegisteredKeys> registered, AdvertiserDelegate& delegate) = 0;
+
+  // Where devices that do not find this computer reach it now, each as "192.0.2.7:48484"; empty
+  // where there is no network, nothing is advertised, or the transport knows no addresses.
+  [[nodiscard]] virtual std::vector<std::string> addresses() const = 0;
 };
 
 }  // namespace torvane

@@ -1,6 +1,6 @@
 // The one current session and the advertiser.
-// Events: a peer's state changes, advertising fails. Fields: peerID, session, advertiser,
-// connectedPeers, advertiseError. Ports: PeerLink, PeerSession, Advertiser.
+// Events: a peer's state changes, advertising fails or works after all. Fields: peerID, session,
+// advertiser, connectedPeers, advertiseError. Ports: PeerLink, PeerSession, Advertiser.
 
 #include "app/bridge_delegate.h"
 #include "protocol/constants.h"
@@ -41,6 +41,13 @@ void BridgeDelegate::peerDidChange(PeerSession& reporting, const PeerID& peer, P
 void BridgeDelegate::advertiserDidNotStart(std::string error) {
   main_.async([this, error = std::move(error)] {
     advertiseError = error;
+    updateIcon();
+  });
+}
+
+void BridgeDelegate::advertiserDidRecover() {
+  main_.async([this] {
+    advertiseError.reset();
     updateIcon();
   });
 }

@@ -67,6 +67,7 @@ TEST_F(StatusMenuValue, WaitsForTheFirstDevice) {
 
 TEST_F(StatusMenuValue, ShowsEveryEntryInItsOrder) {
   inputs = {.advertiseError = {},
+            .addresses = {"192.0.2.7:48484"},
             .connectedPeers = {"Zoe's iPad", "Ann's iPad"},
             .displayName = "Lectern",
             .serverRunning = false,
@@ -89,6 +90,26 @@ TEST_F(StatusMenuValue, AdvertisingErrorHidesTheConnectedDevices) {
   EXPECT_EQ(lines()[0], "(Not advertising: no network)");
   EXPECT_EQ(lines()[1], "-");
   EXPECT_FALSE(shows("(Connected:)"));
+}
+
+TEST_F(StatusMenuValue, ShowsByWhatAddressToConnectWhileNobodyDoes) {
+  inputs.addresses = {"192.0.2.7:48484"};
+  EXPECT_EQ(lines()[1], "(Connect by address: 192.0.2.7:48484)");
+  EXPECT_EQ(lines()[2], "-");
+  inputs.addresses.push_back("[2001:db8::7]:48484");
+  const auto all = lines();
+  EXPECT_EQ(
+      Lines(all.begin() + 1, all.begin() + 5),
+      (Lines{"(Connect by address:)", "  (192.0.2.7:48484)", "  ([2001:db8::7]:48484)", "-"}));
+  inputs.connectedPeers = {"Ann's iPad"};
+  EXPECT_FALSE(shows("(Connect by address:)"));
+}
+
+TEST_F(StatusMenuValue, AnAdvertisingErrorLeavesTheAddress) {
+  inputs.advertiseError = "no discovery";
+  inputs.addresses = {"192.0.2.7:48484"};
+  EXPECT_EQ(lines()[0], "(Not advertising: no discovery)");
+  EXPECT_EQ(lines()[1], "(Connect by address: 192.0.2.7:48484)");
 }
 
 TEST_F(StatusMenuValue, WithoutPairedDevicesTheUpdateFollowsTheSecondSeparator) {
@@ -255,6 +276,16 @@ TEST_F(StatusMenu, OpensTheDialogs) {
   EXPECT_EQ(platform.alerts.shown[0].message, "Forget all paired devices?");
   EXPECT_EQ(platform.alerts.shown[1].message, "Stop the file-access prompts");
   EXPECT_EQ(platform.alerts.shown[2].message, "How Torvane works");
+}
+
+TEST_F(StatusMenu, ShowsTheAddressesOfNow) {
+  launch();
+  platform.peerLink.ownAddresses = {"192.0.2.7:48484"};
+  EXPECT_EQ(lines()[1], "(Connect by address: 192.0.2.7:48484)");
+  platform.peerLink.ownAddresses = {"198.51.100.4:48484"};
+  EXPECT_EQ(lines()[1], "(Connect by address: 198.51.100.4:48484)");
+  platform.peerLink.ownAddresses.clear();
+  EXPECT_EQ(lines()[1], "-");
 }
 
 TEST_F(StatusMenu, TogglesLaunchAtLogin) {

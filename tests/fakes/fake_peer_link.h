@@ -78,6 +78,7 @@ class FakePeerLink final : public PeerLink {
   std::string advertisedType;
   std::shared_ptr<const RegisteredKeys> registered;  // as the advertiser got them
   AdvertiserDelegate* advertiserDelegate = nullptr;
+  std::vector<std::string> ownAddresses;
 
   [[nodiscard]] FakePeerSession& current() { return *sessions.back(); }
 
@@ -102,6 +103,10 @@ class FakePeerLink final : public PeerLink {
                              [this, error] { advertiserDelegate->advertiserDidNotStart(error); });
   }
 
+  void recoverAdvertising() {
+    time_.scheduleBackground(0, [this] { advertiserDelegate->advertiserDidRecover(); });
+  }
+
   [[nodiscard]] PeerID makePeerID(const std::string& displayName) override {
     ownName = displayName;
     return {nextToken_++, displayName};
@@ -124,6 +129,8 @@ class FakePeerLink final : public PeerLink {
     advertiserDelegate = &delegate;
     return std::make_unique<FakeAdvertiser>(log_);
   }
+
+  [[nodiscard]] std::vector<std::string> addresses() const override { return ownAddresses; }
 
  private:
   class FakeAdvertiser final : public Advertiser {

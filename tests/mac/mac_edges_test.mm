@@ -24,6 +24,7 @@ struct Thrower final : PeerSessionDelegate, AdvertiserDelegate, MenuDelegate, Cl
   [[noreturn]] void advertiserDidNotStart(std::string) override {
     throw std::runtime_error("start");
   }
+  [[noreturn]] void advertiserDidRecover() override { throw std::runtime_error("recovery"); }
   [[noreturn]] void advertiserDidReceiveInvitation(PeerID, std::optional<Bytes>,
                                                    InvitationHandler) override {
     throw std::runtime_error("invitation");

@@ -119,5 +119,20 @@ TEST_F(Session, AdvertisingErrorStaysThroughALaterConnection) {
   EXPECT_EQ(helper->advertiseError, "Bonjour is off");
 }
 
+TEST_F(Session, AnAdvertisingErrorGoesWhenTheLinkSaysThatItHasPassed) {
+  platform.peerLink.failAdvertising("Discovery is off");
+  platform.time.runDue();
+  connect(first);
+  EXPECT_EQ(helper->menuNeedsUpdate()[0].title, "Not advertising: Discovery is off");
+  const auto icons = platform.statusBar.shown.icons.size();
+  platform.peerLink.recoverAdvertising();
+  platform.time.runDue();
+  EXPECT_EQ(helper->menuNeedsUpdate()[0].title, "Connected:");
+  EXPECT_EQ(platform.statusBar.shown.icons.size(), icons + 1);
+  platform.peerLink.failAdvertising("Discovery is off again");
+  platform.time.runDue();
+  EXPECT_EQ(helper->menuNeedsUpdate()[0].title, "Not advertising: Discovery is off again");
+}
+
 }  // namespace
 }  // namespace torvane

@@ -81,6 +81,7 @@ class LinkHost final : public PeerSessionDelegate, public AdvertiserDelegate {
     received.put({std::move(reporting), std::move(data), from.peer, std::move(from.lease)});
   }
   void advertiserDidNotStart(std::string error) override { errors.put(std::move(error)); }
+  void advertiserDidRecover() override {}
   void advertiserDidReceiveInvitation(PeerID peer, std::optional<Bytes> context,
                                       InvitationHandler handler) override {
     invitations.put({std::move(peer), std::move(context), std::move(handler)});

@@ -50,6 +50,7 @@ class EchoingHelper : public PeerSessionDelegate, public AdvertiserDelegate {
   };
 
   void advertiserDidNotStart(std::string) override {}
+  void advertiserDidRecover() override {}
 
   void advertiserDidReceiveInvitation(PeerID peer, std::optional<Bytes> context,
                                       InvitationHandler handler) override {

@@ -24,11 +24,10 @@ std::string failureText(int error) {
     case AVAHI_ERR_DISCONNECTED:
     case AVAHI_ERR_DBUS_ERROR:
     case AVAHI_ERR_NOT_SUPPORTED:
-      return "Other devices cannot find this computer: the Avahi service is not running. Devices "
-             "can still connect by address.";
+      return "Other devices cannot find this computer: the Avahi service is not running.";
     default:
       return std::string("Other devices cannot find this computer: the Avahi service reports “") +
-             avahi_strerror(error) + "”. Devices can still connect by address.";
+             avahi_strerror(error) + "”.";
   }
 }
 
@@ -36,8 +35,8 @@ std::string failureText(int error) {
 
 // Everything runs on the poll's thread once that is started, and its callbacks never overlap.
 struct AvahiPublisher::Running {
-  Running(Service wanted, std::function<void(std::string)> failure)
-      : service(std::move(wanted)), didFail(std::move(failure)), poll(avahi_threaded_poll_new()) {
+  Running(Service wanted, Report told)
+      : service(std::move(wanted)), report(std::move(told)), poll(avahi_threaded_poll_new()) {
     service.name = utf8Prefix(service.name, kMaxServiceName);
     if (poll == nullptr) {
       fail(AVAHI_ERR_NO_MEMORY);
@@ -59,8 +58,11 @@ struct AvahiPublisher::Running {
   Running(const Running&) = delete;
   Running& operator=(const Running&) = delete;
 
-  void fail(int error) {
-    if (!std::exchange(hasReported, true)) didFail(failureText(error));
+  void fail(int error) { tell(failureText(error)); }
+
+  // Each change once.
+  void tell(const std::optional<std::string>& now) {
+    if (std::exchange(problem, now) != now) report(now);
   }
 
   void retryAfter(unsigned milliseconds) {
@@ -112,7 +114,7 @@ struct AvahiPublisher::Running {
   static void didChangeGroup(AvahiEntryGroup* group, AvahiEntryGroupState state, void* self) {
     auto& running = *static_cast<Running*>(self);
     running.group = group;
-    if (state == AVAHI_ENTRY_GROUP_ESTABLISHED) running.hasReported = true;
+    if (state == AVAHI_ENTRY_GROUP_ESTABLISHED) running.tell(std::nullopt);
     if (state == AVAHI_ENTRY_GROUP_COLLISION) running.publishUnderAnotherName();
     if (state == AVAHI_ENTRY_GROUP_FAILURE) running.fail(avahi_client_errno(running.client));
   }
@@ -139,16 +141,16 @@ struct AvahiPublisher::Running {
   }
 
   Service service;
-  std::function<void(std::string)> didFail;
+  Report report;
+  std::optional<std::string> problem;
   AvahiThreadedPoll* poll;
   AvahiTimeout* retry = nullptr;
   AvahiClient* client = nullptr;
   AvahiEntryGroup* group = nullptr;
-  bool hasReported = false;  // a failure, or that it was published
 };
 
-AvahiPublisher::AvahiPublisher(Service service, std::function<void(std::string)> didFail)
-    : running_(std::make_unique<Running>(std::move(service), std::move(didFail))) {}
+AvahiPublisher::AvahiPublisher(Service service, Report report)
+    : running_(std::make_unique<Running>(std::move(service), std::move(report))) {}
 
 AvahiPublisher::~AvahiPublisher() = default;
 

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace torvane {
@@ -18,9 +19,11 @@ class AvahiPublisher {
     std::uint16_t port;
   };
 
-  // `didFail` gets a sentence for the user, at most once and only before the service was first
-  // published; on the publisher's thread or inside the constructor.
-  AvahiPublisher(Service service, std::function<void(std::string)> didFail);
+  // Gets a sentence for the user when the service cannot be published, or is so no longer, and none
+  // when that has passed. On the publisher's thread or inside the constructor.
+  using Report = std::function<void(std::optional<std::string> problem)>;
+
+  AvahiPublisher(Service service, Report report);
   ~AvahiPublisher();
   AvahiPublisher(const AvahiPublisher&) = delete;
   AvahiPublisher& operator=(const AvahiPublisher&) = delete;

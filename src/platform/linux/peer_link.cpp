@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <thread>
 
+#include "platform/linux/own_addresses.h"
 #include "platform/linux/peer_link_server.h"
 
 namespace torvane {
@@ -93,6 +94,11 @@ std::unique_ptr<Advertiser> WebSocketPeerLink::makeAdvertiser(
   return std::make_unique<LinkAdvertiser>(
       running_->mailbox, PeerAdvertisement{self.token, self.displayName, serviceType,
                                            std::move(registered), &delegate});
+}
+
+std::vector<std::string> WebSocketPeerLink::addresses() const {
+  const std::uint16_t port = running_->server.port();
+  return port != 0 ? ownAddresses(port) : std::vector<std::string>();
 }
 
 }  // namespace torvane

@@ -44,6 +44,7 @@ class WebSocketPeerLink final : public PeerLink {
   [[nodiscard]] std::unique_ptr<Advertiser> makeAdvertiser(
       const PeerID& self, const std::string& serviceType,
       std::shared_ptr<const RegisteredKeys> registered, AdvertiserDelegate& delegate) override;
+  [[nodiscard]] std::vector<std::string> addresses() const override;
 
  private:
   struct Running;

@@ -30,6 +30,7 @@ void PeerLinkServer::startAdvertising(const PeerAdvertisement& advertisement) {
   std::string error;
   if (!listen(error)) return advertisement.delegate->advertiserDidNotStart(error);
   advertisement_ = advertisement;
+  port_ = listener_->port();
   const LinkAddress address{listener_->port(), certificate_->hash, advertisement.name};
   runtimeFile_ = std::make_unique<PeerLinkRuntimeFile>(options_.runtimeFolder, address);
   if (options_.didListen) options_.didListen(address);
@@ -37,8 +38,9 @@ void PeerLinkServer::startAdvertising(const PeerAdvertisement& advertisement) {
   publisher_ = std::make_unique<AvahiPublisher>(
       AvahiPublisher::Service{advertisement.name, "_" + advertisement.serviceType + "._tcp",
                               address.port},
-      [delegate = advertisement.delegate](std::string text) {
-        delegate->advertiserDidNotStart(std::move(text));
+      [delegate = advertisement.delegate](std::optional<std::string> problem) {
+        if (problem) return delegate->advertiserDidNotStart(std::move(*problem));
+        delegate->advertiserDidRecover();
       });
 }
 
@@ -61,6 +63,7 @@ void PeerLinkServer::stopAdvertising(const PeerAdvertisement& advertisement) {
   publisher_.reset();
   runtimeFile_.reset();
   listener_->close();
+  port_ = 0;
   advertisement_.reset();
   for (const auto& connection : connections(Stage::stranger)) connection->drop();
 }

@@ -30,13 +30,14 @@ struct PeerAdvertisement {
 };
 
 // Who is connected, and what becomes of each connection. Lives on the link's thread; only
-// nextToken() may be called from elsewhere.
+// nextToken() and port() may be called from elsewhere.
 class PeerLinkServer final : public PeerConnectionOwner {
  public:
   PeerLinkServer(boost::asio::io_context& loop, std::shared_ptr<LinkMailbox> mailbox,
                  PeerLinkOptions options);
 
   [[nodiscard]] std::uint64_t nextToken() { return nextToken_++; }
+  [[nodiscard]] std::uint16_t port() const { return port_; }  // 0 while it does not listen
 
   void startAdvertising(const PeerAdvertisement& advertisement);
   void stopAdvertising(const PeerAdvertisement& advertisement);
@@ -90,6 +91,7 @@ class PeerLinkServer final : public PeerConnectionOwner {
   const std::shared_ptr<LinkMailbox> mailbox_;
   const PeerLinkOptions options_;
   std::atomic<std::uint64_t> nextToken_{1};
+  std::atomic<std::uint16_t> port_{0};
   StrangerPlaces strangers_;  // until they wait or end, also while they are closing
   FailedProofs failedProofs_;
   InvitationValve invitations_;

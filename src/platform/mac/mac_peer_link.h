@@ -19,6 +19,7 @@ class MacPeerLink final : public PeerLink {
   [[nodiscard]] std::unique_ptr<Advertiser> makeAdvertiser(
       const PeerID& self, const std::string& serviceType,
       std::shared_ptr<const RegisteredKeys> registered, AdvertiserDelegate& delegate) override;
+  [[nodiscard]] std::vector<std::string> addresses() const override { return {}; }
 
  private:
   std::shared_ptr<PeerTokens> tokens_ = std::make_shared<PeerTokens>();
