@@ -105,7 +105,7 @@ TEST_F(EngineLogFile, OfALineLongerThanWhatIsReadTheEndIsShown) {
 
 // Wherever the cut goes through a character of four bytes.
 TEST_F(EngineLogFile, OfALineLongerThanWhatIsReadNoCharacterIsBroken) {
-  for (int end = 0; end < 4; ++end) {
+  for (std::size_t end = 0; end < 4; ++end) {
     std::string text;
     for (int i = 0; i < 20'000; ++i) text += "😀";
     const std::string tail = tailOf(text + std::string(end, '!'));

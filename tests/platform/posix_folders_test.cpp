@@ -112,7 +112,7 @@ class PosixFoldersOnTwoDisks : public PosixFolders {
 TEST_F(PosixFoldersOnTwoDisks, LeavesTheOriginalAsideWhereToldTo) {
   putApplication();
   const std::string original = folder / "original";
-  EXPECT_EQ(files.move(folder / "a.app", other, {original, {}}), {});
+  EXPECT_EQ(files.move(folder / "a.app", other, {original, {}}), std::nullopt);
   EXPECT_FALSE(files.exists(folder / "a.app"));
   EXPECT_EQ(get(original + "/bin/program"), "program");
   EXPECT_EQ(get(other + "/bin/program"), "program");
@@ -161,7 +161,8 @@ TEST_F(PosixFoldersOnTwoDisks, StopsWhenItIsNotWantedAnyMoreAndLeavesEverythingA
 
 TEST_F(PosixFolders, LeavesNoOriginalOnTheSameDisk) {
   putApplication();
-  EXPECT_EQ(files.move(folder / "a.app", folder / "b.app", {folder / "original", {}}), {});
+  EXPECT_EQ(files.move(folder / "a.app", folder / "b.app", {folder / "original", {}}),
+            std::nullopt);
   EXPECT_EQ(get(folder / "b.app/bin/program"), "program");
   EXPECT_FALSE(files.exists(folder / "original"));
 }
