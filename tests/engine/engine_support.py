@@ -24,6 +24,7 @@ class EngineProcess:
 
     def __init__(self, port: int = 0, script: Path = SCRIPT, **environment: str) -> None:
         inherited = {k: v for k, v in os.environ.items() if k != "TORVANE_PARENT_PID"}
+        inherited.pop("PYTHONDONTWRITEBYTECODE", None)
         inherited["HOME"] = "/nonexistent"  # an office of the developer's is none of our business
         self.process = subprocess.Popen(
             [PYTHON, str(script), str(port)], env={**inherited, **environment},

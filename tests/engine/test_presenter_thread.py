@@ -172,17 +172,21 @@ class TurnTest(unittest.TestCase):
         self.after(0.2)
         self.assertEqual(len(self.named("read_page")), 4)
 
-    def test_large_picture_waits_for_half_a_second_of_rest_in_a_show(self):
+    def test_each_large_picture_waits_for_a_second_of_rest_in_a_show(self):
         self.settle()
         self.fake.set(presenting=True)
         self.after(0.1)
-        self.thread._reader.wish(2, 1280, "d1")
+        for page in (2, 3):
+            self.thread._reader.wish(page, 1280, "d1")
         small = self.thread._reader.wish(2, 320, "d1")
-        self.after(0.3)
+        self.after(0.9)
         self.assertTrue(small.is_set())
         self.assertNotIn(("picture", "d1", 2, 1280), self.fake.calls)
-        self.after(0.3)
+        self.after(0.2)
         self.assertIn(("picture", "d1", 2, 1280), self.fake.calls)
+        self.assertNotIn(("picture", "d1", 3, 1280), self.fake.calls)
+        self.after(1.1)
+        self.assertIn(("picture", "d1", 3, 1280), self.fake.calls)
 
     def test_wishes_are_limited_and_end_with_the_program(self):
         self.settle()

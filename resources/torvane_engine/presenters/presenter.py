@@ -72,7 +72,7 @@ class Presenter(abc.ABC):
     """Drives one presentation program.
 
     Every method but close() may raise Absent or Unavailable, after which look() is asked again until
-    it succeeds. Every method has a time limit of its own making: look() and the actions 1.5 s,
+    it succeeds. Every method has a time limit of its own making: look() 1.5 s, actions 2.5 s,
     read_page() and picture() 10 s. A program that takes longer is given up (its process, script or
     connection ended) and Unavailable is raised. Anything else that is raised is logged as a fault.
 

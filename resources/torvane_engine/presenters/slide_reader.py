@@ -13,7 +13,7 @@ MAX_DOCUMENTS = 8        # whose titles and notes are kept
 MAX_WISHES = 64          # pictures that clients wait for at a time
 CHANGED_SECONDS = 2.0    # of quiet before a changed document is read again
 REST_SECONDS = 1.0       # without a step in a show before anything is read that nobody waits for
-LARGE_REST_SECONDS = 0.5  # the same before a picture is made that could hold up the next step
+LARGE_REST_SECONDS = 1.0  # the same before each picture that could hold up the next step
 SMALL_WIDTH = 320        # pictures up to this width hold up nothing
 
 
@@ -105,8 +105,12 @@ class SlideReader:
         with self._lock:
             waited_for = sorted(self._wishes, key=lambda key: key[2])
         for key in waited_for:
-            if key[2] <= SMALL_WIDTH or rest >= LARGE_REST_SECONDS:
+            if key[2] <= SMALL_WIDTH:
                 self._make(key)
+                return now
+            if rest >= LARGE_REST_SECONDS:
+                self._make(key)
+                self._moved = now if self._look.presenting else self._moved  # one for each rest
                 return now
         if not self._texts and not self._pictures:
             return self._moved + LARGE_REST_SECONDS if waited_for else math.inf

@@ -11,7 +11,8 @@ from ..lines import Gone, LineProcess, Silent
 from ..presenter import Absent, Document, Look, Page, Presenter, Refused, Unavailable
 from . import running_office
 
-CALL_SECONDS = 1.5
+CALL_SECONDS = 1.5    # a look
+ACTION_SECONDS = 2.5  # an action: a show takes long to begin on a busy machine
 START_SECONDS = 5.0  # for the child, UNO and the way to the office
 LONG_SECONDS = 10.0
 PACKAGES = os.path.dirname(os.path.dirname(os.path.dirname(os.path.dirname(__file__))))
@@ -55,25 +56,25 @@ class Impress(Presenter):
         return Look(documents, **answer)
 
     def next(self) -> None:
-        self._ask(CALL_SECONDS, "next")
+        self._ask(ACTION_SECONDS, "next")
 
     def previous(self) -> None:
-        self._ask(CALL_SECONDS, "previous")
+        self._ask(ACTION_SECONDS, "previous")
 
     def go_to(self, page: int) -> None:
-        self._ask(CALL_SECONDS, "go_to", page)
+        self._ask(ACTION_SECONDS, "go_to", page)
 
     def start(self) -> None:
-        self._ask(CALL_SECONDS, "start")
+        self._ask(ACTION_SECONDS, "start")
 
     def end(self) -> None:
-        self._ask(CALL_SECONDS, "end")
+        self._ask(ACTION_SECONDS, "end")
 
     def blank(self, on: bool) -> None:
-        self._ask(CALL_SECONDS, "blank", on)
+        self._ask(ACTION_SECONDS, "blank", on)
 
     def choose(self, document: str) -> None:
-        self._ask(CALL_SECONDS, "choose", document)
+        self._ask(ACTION_SECONDS, "choose", document)
 
     def read_page(self, document: str, page: int) -> Page:
         return Page(*self._ask(LONG_SECONDS, "read_page", document, page))
