@@ -82,7 +82,7 @@ TEST(SymbolIconTest, WavesGoToTheRightOrToBothSides) {
 
 TEST(SymbolIconTest, DimmedIsFainter) {
   EXPECT_EQ(strongestAlpha(picture(kRight)), 255);
-  EXPECT_NEAR(strongestAlpha(picture(kRight, true)), 191, 2);
+  EXPECT_NEAR(strongestAlpha(picture(kRight, true)), 217, 2);
 }
 
 // Also where a panel shows how much is covered and no more.

@@ -13,7 +13,7 @@ constexpr qreal kSide = 24;
 constexpr qreal kStroke = 2.2;
 constexpr qreal kRim = 1.2;
 constexpr qreal kRimOpacity = 0.85;
-constexpr qreal kDimmedOpacity = 0.75;  // some trays apply it twice
+constexpr qreal kDimmedOpacity = 0.85;  // some trays apply it twice
 
 QPainterPath dot(QPointF centre) {
   QPainterPath path;
