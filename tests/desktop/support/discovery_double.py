@@ -10,6 +10,7 @@ import sys
 import dbus
 import dbus.mainloop.glib
 import dbus.service
+from dbus.lowlevel import SignalMessage
 
 NAME = "org.freedesktop.Avahi"
 SERVER = NAME + ".Server"
@@ -36,27 +37,27 @@ class Group(dbus.service.Object):
         self.is_empty = False
         print("published", kind, name, flush=True)
 
-    @dbus.service.method(GROUP)
-    def Commit(self):
-        self.change(REGISTERING)
-        self.change(ESTABLISHED)
+    @dbus.service.method(GROUP, sender_keyword="client")
+    def Commit(self, client):
+        self.change(REGISTERING, client)
+        self.change(ESTABLISHED, client)
 
-    @dbus.service.method(GROUP)
-    def Reset(self):
+    @dbus.service.method(GROUP, sender_keyword="client")
+    def Reset(self, client):
         self.is_empty = True
-        self.change(UNCOMMITTED)
+        self.change(UNCOMMITTED, client)
 
     @dbus.service.method(GROUP)
     def Free(self):
         self.remove_from_connection()
 
-    def change(self, state):
+    def change(self, state, client):
+        """Told to the client alone, which listens to nothing else."""
         self.state = state
-        self.StateChanged(state, "")
-
-    @dbus.service.signal(GROUP, signature="is")
-    def StateChanged(self, state, error):
-        pass
+        signal = SignalMessage(self.__dbus_object_path__, GROUP, "StateChanged")
+        signal.append(state, "", signature="is")
+        signal.set_destination(client)
+        self.connection.send_message(signal)
 
 
 class Server(dbus.service.Object):
