@@ -46,7 +46,7 @@ class DialogsTest(DialogStage):
         for how in ("OK", KEYS["first"], KEYS["last"]):
             helper = self.desktop.spawn("helper", [os.path.join(self.build, PROGRAM)])
             text = self.answer("Welcome to Torvane P2P Helper", ["OK"], how)
-            self.assertTrue(text.startswith("Your iPad can control PowerPoint on this Mac"))
+            self.assertTrue(text.startswith("Your iPad can control the presentation on this computer"))
             self.assertTrue(self.defaults()["didShowWelcome"])
             helper.terminate()
             self.assertEqual(helper.wait(PATIENCE), 0)
