@@ -7,7 +7,8 @@ class Application {
  public:
   virtual ~Application() = default;
 
-  // Brings the program to the front over other applications, so that the next alert is seen.
+  // Brings the program to the front over other applications, so that the next alert is seen and
+  // gets the keyboard.
   virtual void activateIgnoringOtherApps() = 0;
 
   // Starts the normal way out: the delegate's applicationWillTerminate() runs, then the process

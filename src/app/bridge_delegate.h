@@ -63,6 +63,8 @@ class BridgeDelegate final : public MenuDelegate,
   [[nodiscard]] StatusMenuInputs statusMenuInputs() const;
 
   // app/dialogs.cpp
+  // Every alert runs through here, and keeps off the projector where it can.
+  int runAlert(AlertContent content);
   // An alert under the program's name with one button; does not bring the program to the front.
   void alert(const std::string& text);
   void showHowItWorks();
@@ -174,6 +176,7 @@ class BridgeDelegate final : public MenuDelegate,
   void updateOverlayWindow(bool presenting);
   void showOverlay(const Rect& frame);
   [[nodiscard]] std::optional<Rect> slideShowScreenFrame();
+  [[nodiscard]] std::optional<Rect> screenBesideSlideShow();
 
   // update/update_check.cpp
   static const char* const updateBase;  // the update site, without a trailing slash

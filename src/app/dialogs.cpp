@@ -24,21 +24,27 @@ constexpr const char* kFullDiskAccessSettings =
 
 }  // namespace
 
+int BridgeDelegate::runAlert(AlertContent content) {
+  assertMainThread();
+  content.screen = screenBesideSlideShow();
+  return platform_.alerts.runModal(content);
+}
+
 void BridgeDelegate::alert(const std::string& text) {
   assertMainThread();
-  platform_.alerts.runModal({.message = "Torvane P2P Helper", .informativeText = text});
+  runAlert({.message = "Torvane P2P Helper", .informativeText = text});
 }
 
 void BridgeDelegate::showHowItWorks() {
   assertMainThread();
   platform_.application.activateIgnoringOtherApps();
-  platform_.alerts.runModal(platform_.texts.howItWorks);
+  runAlert(platform_.texts.howItWorks);
 }
 
 void BridgeDelegate::offerFullDiskAccess() {
   assertMainThread();
   platform_.application.activateIgnoringOtherApps();
-  if (platform_.alerts.runModal(kFullDiskAccessOffer) != kAlertFirstButton) return;
+  if (runAlert(kFullDiskAccessOffer) != kAlertFirstButton) return;
   platform_.workspace.openURL(kFullDiskAccessSettings);
 }
 

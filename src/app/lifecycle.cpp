@@ -41,7 +41,7 @@ bool BridgeDelegate::welcomeOnce() {
   if (defaultsFlag(kDidShowWelcome)) return true;
   platform_.defaults.setObject(kDidShowWelcome, true);
   platform_.application.activateIgnoringOtherApps();
-  platform_.alerts.runModal(platform_.texts.welcome);
+  runAlert(platform_.texts.welcome);
   return false;
 }
 

@@ -41,4 +41,16 @@ std::optional<Rect> BridgeDelegate::slideShowScreenFrame() {
   return screenOfSlideShow(*windows, platform_.screens.frames());
 }
 
+// Where the ink is counts as well as where a show is found. None without a show, and where there is
+// no other screen.
+std::optional<Rect> BridgeDelegate::screenBesideSlideShow() {
+  const auto screens = platform_.screens.frames();
+  if (screens.size() < 2) return std::nullopt;
+  const auto windows = platform_.windowServer.onScreenWindows().value_or(std::vector<WindowInfo>());
+  const bool hasInk = overlay && overlay->isVisible();
+  const auto show = hasInk ? overlay->frame() : screenOfSlideShow(windows, screens);
+  if (!show) return std::nullopt;
+  return screenBeside(*show, windows, screens);
+}
+
 }  // namespace torvane

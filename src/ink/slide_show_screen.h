@@ -14,4 +14,10 @@ namespace torvane {
 [[nodiscard]] std::optional<Rect> screenOfSlideShow(const std::vector<WindowInfo>& windows,
                                                     const std::vector<Rect>& screens);
 
+// The first screen besides the one with the show; rather one that no other show's window fills,
+// such as the presenter's own. None where there is no other.
+[[nodiscard]] std::optional<Rect> screenBeside(const Rect& show,
+                                               const std::vector<WindowInfo>& windows,
+                                               const std::vector<Rect>& screens);
+
 }  // namespace torvane

@@ -79,7 +79,9 @@ void BridgeDelegate::presentNextPairingAlert() {
 
   pairingAlertUp = true;
   platform_.application.activateIgnoringOtherApps();
-  const bool accept = platform_.alerts.runModal(platform_.texts.pairing(name)) == kAlertFirstButton;
+  AlertContent question = platform_.texts.pairing(name);
+  question.isGuarded = true;  // it comes unasked, and one key would let a stranger in
+  const bool accept = runAlert(question) == kAlertFirstButton;
   pairingAlertUp = false;
 
   answerInvitations(deviceKey, name, accept);
@@ -102,7 +104,7 @@ void BridgeDelegate::warnLegacyClient(const std::string& name) {
   if (pairingAlertUp || !warnedLegacyClients.insert(name).second) return;
   pairingAlertUp = true;
   platform_.application.activateIgnoringOtherApps();
-  platform_.alerts.runModal(legacyClientAlert(name));
+  runAlert(legacyClientAlert(name));
   pairingAlertUp = false;
   presentNextPairingAlert();
 }
@@ -118,7 +120,7 @@ void BridgeDelegate::warnNotSaved(const std::string& text) {
 void BridgeDelegate::forgetPairedDevices() {
   assertMainThread();
   platform_.application.activateIgnoringOtherApps();
-  if (platform_.alerts.runModal(kForgetAlert) != kAlertFirstButton) return;
+  if (runAlert(kForgetAlert) != kAlertFirstButton) return;
   if (forgetAllPairings()) return;
   platform_.application.activateIgnoringOtherApps();
   alert(kForgettingNotSaved);

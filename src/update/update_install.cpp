@@ -40,8 +40,7 @@ void BridgeDelegate::installUpdate() {
   if (!availableUpdate || updateInProgress) return;
   const std::string build = *availableUpdate;
   platform_.application.activateIgnoringOtherApps();
-  if (platform_.alerts.runModal(confirmation(platform_.texts.updateQuestion, build)) !=
-      kAlertFirstButton) {
+  if (runAlert(confirmation(platform_.texts.updateQuestion, build)) != kAlertFirstButton) {
     return;
   }
   if (updateInProgress) return;  // confirmed in another alert, which came up over this one

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""The helper's ink on two monitors: it goes where the show is.
+"""The helper's ink on two monitors goes where the show is, and its questions to the other one.
 
 usage: monitors_test.py BUILD_FOLDER PICTURES
 """
@@ -10,15 +10,20 @@ import unittest
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "support"))
 
-from helper_program import require_free_engine_port  # noqa: E402
-from ink_stage import INK, LINE, InkStage  # noqa: E402
 from private_desktop import (  # noqa: E402
     PrivateDesktop, end, skip_where_incomplete, wait_until)
+
+skip_where_incomplete(("websockets", "nacl"), ("xrandr",))
+
+from helper_program import require_free_engine_port  # noqa: E402
+from ink_stage import INK, LINE, InkStage  # noqa: E402
+from link_device import start_device  # noqa: E402
 from slide_show import SHOW, start_show  # noqa: E402
 from two_monitors import (  # noqa: E402
     NUMBER, OTHER, PRIMARY, line_and_edge, line_inside, middle, plug_in, plug_in_other, unplug_other)
 
 BUILD = PICTURES = None
+ALERT = "^Torvane P2P Helper$"
 
 
 class MonitorsTest(unittest.TestCase):
@@ -69,6 +74,34 @@ class MonitorsTest(unittest.TestCase):
         self.stage.keep("two-shows")
         self.assert_only_on(OTHER, screen)
 
+    def test_asks_about_a_new_device_where_the_show_is_not(self):
+        for show, other in ((PRIMARY, OTHER), (OTHER, PRIMARY)):
+            with self.subTest(show=show):
+                self.start_shows(show)
+                self.wait_for_line(show)
+                name = f"iPad beside {NUMBER[show]}"
+                device = start_device(self.desktop, name)
+                self.addCleanup(end, device)
+                window = wait_until(lambda: self.desktop.windows("--name", ALERT), "a question")[0]
+                wait_until(lambda: self.is_on(other, window), "the question beside the show")
+                self.stage.keep(f"question-beside-{NUMBER[show]}")
+                self.assertEqual(self.desktop.log(name), "")
+
+                def is_answered():
+                    self.desktop.run("xdotool", "key", "Escape")
+                    return device.poll() is not None
+
+                wait_until(is_answered, "the answer")
+                self.assertEqual(self.desktop.log(name), "declined\n")
+                self.assertTrue(self.stage.wait_for(
+                    lambda screen: screen.is_all(INK, line_inside(show)), "ink"))
+                end(self.shows[0])
+
+    def is_on(self, area, window):
+        x, y, width, height = self.desktop.geometry(window)
+        left, top, right, bottom = area
+        return left <= x and top <= y and x + width <= right and y + height <= bottom
+
     def test_covers_the_monitor_with_the_focus_where_there_is_no_show(self):
         document = self.desktop.spawn("document", ["xev", "-geometry", "200x100+50+50"])
         self.addCleanup(end, document)
@@ -92,6 +125,5 @@ class MonitorsTest(unittest.TestCase):
 if __name__ == "__main__":
     PICTURES = os.path.abspath(sys.argv.pop())
     BUILD = os.path.abspath(sys.argv.pop())
-    skip_where_incomplete(tools=["xrandr"])
     require_free_engine_port()
     unittest.main(verbosity=2)

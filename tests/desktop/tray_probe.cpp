@@ -53,6 +53,7 @@ class ProbeDelegate final : public MenuDelegate {
 
   void showAlert() {
     say("alert open");
+    application_.activateIgnoringOtherApps();
     const int answer = alerts_.runModal({.message = "Pair with “<b>R&D</b>_iPad”?",
                                          .informativeText = "A device wants to connect.",
                                          .buttons = {"Pair", "Ignore"}});
@@ -60,8 +61,8 @@ class ProbeDelegate final : public MenuDelegate {
   }
 
   StatusItem& item_;
-  QtAlerts alerts_;
   QtApplication application_;
+  QtAlerts alerts_{application_};
   bool isConnected_ = false;
 };
 

@@ -26,7 +26,8 @@ TEST_F(Invitations, AsksAboutANewDeviceWithItsName) {
           "A device named “Ann's iPad” wants to control PowerPoint on this Mac. Pair it if it's "
           "yours — it will connect automatically from then on. You can forget paired devices from "
           "the menu bar icon.",
-      .buttons = {"Pair", "Ignore"}};
+      .buttons = {"Pair", "Ignore"},
+      .isGuarded = true};
   EXPECT_EQ(platform.alerts.shown[0], expected);
   EXPECT_EQ(platform.logged({"activate", "alert Pair with “Ann's iPad”?"}),
             (CallLog{"activate", "alert Pair with “Ann's iPad”?"}));
@@ -170,6 +171,13 @@ TEST_F(Invitations, OldClientIsRefusedFirstAndThenWarnedAbout) {
   EXPECT_FALSE(answers->at(0).accept);
 }
 
+TEST_F(Invitations, WarningBringsTheProgramToTheFront) {
+  platform.peerLink.invite(device("Relic"), std::nullopt);
+  platform.time.runDue();
+  const CallLog expected = {"activate", "alert “Relic” needs the new Torvane app"};
+  EXPECT_EQ(platform.logged(expected), expected);
+}
+
 TEST_F(Invitations, ContextThatIsNotAKeyCountsAsAnOldClient) {
   const auto answers = platform.peerLink.invite(device("Odd"), Bytes(31, 1));
   platform.time.runDue();
@@ -228,6 +236,12 @@ TEST_F(Invitations, ForgetAllAsksFirstAndCancelKeepsEverything) {
   EXPECT_EQ(platform.alerts.shown.back(), expected);
   EXPECT_EQ(helper->pairedDevices.size(), 1U);
   EXPECT_EQ(platform.defaults.stored.count("pairedDeviceKeys"), 1U);
+}
+
+TEST_F(Invitations, ForgetAllBringsTheProgramToTheFront) {
+  helper->forgetPairedDevices();
+  const CallLog expected = {"activate", "alert Forget all paired devices?"};
+  EXPECT_EQ(platform.logged(expected), expected);
 }
 
 TEST_F(Invitations, ForgetAllMeansAskingAgainWhileTheConnectedStay) {

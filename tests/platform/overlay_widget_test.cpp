@@ -105,6 +105,41 @@ TEST_F(OverlaySurfaceTest, FollowsAFrameThatMoves) {
   EXPECT_EQ(shown().pixelColor(400, 300), QColor(255, 59, 48));
 }
 
+// As an alert of the program's own.
+TEST_F(OverlaySurfaceTest, LeavesOutTheWindowThatHasTheKeyboard) {
+  surface_->orderFrontRegardless();
+  drawLine();
+  ASSERT_EQ(shown().pixelColor(kOnLine), QColor(255, 59, 48));
+  QWidget alert;
+  alert.setGeometry(600, 380, 100, 40);
+  alert.show();
+  alert.activateWindow();
+  ASSERT_TRUE(runEventsUntil([&] { return alert.isActiveWindow(); }));
+  EXPECT_EQ(qAlpha(shown().pixel(kOnLine)), 0);
+  EXPECT_EQ(shown().pixelColor(kOnLine - QPoint(200, 0)), QColor(255, 59, 48));
+  alert.move(600, 500);
+  EXPECT_EQ(shown().pixelColor(kOnLine), QColor(255, 59, 48));
+  alert.move(600, 380);
+  EXPECT_EQ(qAlpha(shown().pixel(kOnLine)), 0);
+  alert.hide();
+  EXPECT_EQ(shown().pixelColor(kOnLine), QColor(255, 59, 48));
+}
+
+TEST_F(OverlaySurfaceTest, IsNotCutToInkUnderTheWindowThatHasTheKeyboard) {
+  surface_->orderFrontRegardless();
+  window_->setTranslucent(false);
+  drawLine();
+  shown();
+  ASSERT_TRUE(shape().contains(kOnLine));
+  window_->setHole({600, 380, 100, 40});
+  shown();
+  EXPECT_FALSE(shape().contains(kOnLine));
+  EXPECT_TRUE(shape().contains(kOnLine - QPoint(200, 0)));
+  window_->setHole({});
+  shown();
+  EXPECT_TRUE(shape().contains(kOnLine));
+}
+
 TEST_F(OverlaySurfaceTest, DrawsInPixelsOnAFineScreen) {
   surface_->setFrame({1280, 32, 1024, 768});
   surface_->orderFrontRegardless();

@@ -3,15 +3,20 @@
 #include <gtest/gtest.h>
 
 #include <QAbstractButton>
+#include <QAccessible>
 #include <QApplication>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QTextBlock>
+#include <QTextDocument>
+#include <QWindow>
 #include <functional>
 
 #include "platform/linux/qt_application.h"
 #include "platform/linux/qt_main_queue.h"
+#include "platform/linux/qt_screens.h"
 #include "platform/linux/qt_text.h"
 #include "support/naughty_names.h"
 #include "support/qt_event_loop.h"
@@ -47,9 +52,20 @@ class QtAlertsTest : public testing::Test {
   const AlertContent pairing{.message = "Pair with “Anna's iPad”?",
                              .informativeText = "It wants to control the presentation.",
                              .buttons = {"Pair", "Ask Later", "Ignore"}};
+  const AlertContent guarded{
+      .message = "m", .informativeText = "i", .buttons = {"Pair", "Ignore"}, .isGuarded = true};
   QtMainQueue queue;
-  QtAlerts alerts;
+  QtApplication application;
+  QtAlerts alerts{application};
 };
+
+// As it comes from the desktop: by the window.
+void type(QMessageBox& box, Qt::Key key) {
+  for (const auto type : {QEvent::KeyPress, QEvent::KeyRelease}) {
+    QKeyEvent event(type, key, Qt::NoModifier);
+    QApplication::sendEvent(box.windowHandle(), &event);
+  }
+}
 
 TEST_F(QtAlertsTest, AnswersWithTheButtonsPlace) {
   for (int i = 0; i < 3; ++i) {
@@ -139,7 +155,101 @@ TEST_F(QtAlertsTest, IsAModalWindowUnderTheProgramsName) {
     EXPECT_EQ(box.windowTitle(), "Torvane P2P Helper");
     EXPECT_EQ(box.windowModality(), Qt::ApplicationModal);
     EXPECT_TRUE(box.windowFlags() & Qt::WindowStaysOnTopHint);
+    EXPECT_TRUE(box.windowFlags() & Qt::WindowCloseButtonHint);
+    EXPECT_FALSE(box.windowFlags() & Qt::WindowMinMaxButtonsHint);
+    box.close();
+  });
+}
+
+TEST_F(QtAlertsTest, TakesTheKeyboardOnceItWasBroughtToTheFront) {
+  run(pairing, [](QMessageBox& box) {
+    EXPECT_TRUE(box.testAttribute(Qt::WA_ShowWithoutActivating));
+    box.close();
+  });
+  application.activateIgnoringOtherApps();
+  run(pairing, [](QMessageBox& box) {
+    EXPECT_FALSE(box.testAttribute(Qt::WA_ShowWithoutActivating));
     EXPECT_TRUE(runEventsUntil([&] { return box.isActiveWindow(); }));
+    box.close();
+  });
+  run(pairing, [](QMessageBox& box) {
+    EXPECT_TRUE(box.testAttribute(Qt::WA_ShowWithoutActivating));
+    box.close();
+  });
+}
+
+TEST_F(QtAlertsTest, TakesTheKeyboardFromAnAlertOfTheProgramsOwn) {
+  application.activateIgnoringOtherApps();
+  run(pairing, [&](QMessageBox& outer) {
+    ASSERT_TRUE(runEventsUntil([&] { return outer.isActiveWindow(); }));
+    run(pairing, [](QMessageBox& inner) {
+      EXPECT_FALSE(inner.testAttribute(Qt::WA_ShowWithoutActivating));
+      inner.close();
+    });
+    outer.close();
+  });
+}
+
+TEST_F(QtAlertsTest, GuardedAlertTakesAKeyAfterTheFirstSecondOnly) {
+  application.activateIgnoringOtherApps();
+  EXPECT_EQ(run(guarded,
+                [&](QMessageBox& box) {
+                  ASSERT_TRUE(runEventsUntil([&] { return box.isActiveWindow(); }));
+                  for (const auto key : {Qt::Key_Return, Qt::Key_Space, Qt::Key_Escape}) {
+                    type(box, key);
+                    EXPECT_TRUE(box.isVisible());
+                  }
+                  EXPECT_TRUE(button(box, 0)->isDefault());
+                  queue.after(1.2, [&box] { type(box, Qt::Key_Return); });
+                }),
+            kAlertFirstButton);
+}
+
+TEST_F(QtAlertsTest, GuardedAlertIsNotClosedInTheFirstSecond) {
+  EXPECT_EQ(run(guarded,
+                [&](QMessageBox& box) {
+                  box.windowHandle()->close();
+                  EXPECT_TRUE(box.isVisible());
+                  queue.after(1.2, [&box] { box.windowHandle()->close(); });
+                }),
+            kAlertFirstButton + 1);
+}
+
+TEST_F(QtAlertsTest, GuardedAlertTakesAScreenReadersPressAtOnce) {
+  EXPECT_EQ(run(guarded,
+                [](QMessageBox& box) {
+                  auto* pair = QAccessible::queryAccessibleInterface(box.buttons().at(0));
+                  pair->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+                }),
+            kAlertFirstButton);
+}
+
+TEST_F(QtAlertsTest, OtherAlertsTakeAKeyAtOnce) {
+  EXPECT_EQ(run(pairing, [](QMessageBox& box) { type(box, Qt::Key_Escape); }),
+            kAlertFirstButton + 2);
+}
+
+TEST_F(QtAlertsTest, OpensInTheMiddleOfTheScreenAskedFor) {
+  AlertContent there = pairing;
+  there.screen = QtScreens::frameOf({300, 200, 500, 400});
+  run(there, [](QMessageBox& box) {
+    EXPECT_LE((box.geometry().center() - QRect(300, 200, 500, 400).center()).manhattanLength(), 2);
+    box.close();
+  });
+}
+
+TEST_F(QtAlertsTest, LinesWithBulletsGoOnBelowTheirWords) {
+  run({.message = "m", .informativeText = "First\n•  Second\nThird"}, [](QMessageBox& box) {
+    const auto* label = box.findChild<QLabel*>("qt_msgbox_informativelabel");
+    const auto* text = label->findChild<QTextDocument*>();
+    ASSERT_NE(text, nullptr);
+    ASSERT_EQ(text->blockCount(), 3);
+    const auto bullet = text->findBlockByNumber(1).blockFormat();
+    EXPECT_GT(bullet.leftMargin(), 0);
+    EXPECT_EQ(bullet.textIndent(), -bullet.leftMargin());
+    EXPECT_EQ(text->findBlockByNumber(0).blockFormat().leftMargin(), 0);
+    EXPECT_EQ(text->findBlockByNumber(2).blockFormat().leftMargin(), 0);
+    EXPECT_EQ(box.informativeText(), "First\n•  Second\nThird");
     box.close();
   });
 }
@@ -208,7 +318,6 @@ TEST_F(QtAlertsTest, QueuedWorkAndTimersGoOn) {
 }
 
 TEST_F(QtAlertsTest, TerminatingEndsAlertsAndLetsNoneBegin) {
-  QtApplication application;
   int first = 0;
   int second = 0;
   queue.async([&] {

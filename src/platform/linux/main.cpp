@@ -54,7 +54,7 @@ struct LinuxPlatform {
   QtApplication application;
   std::unique_ptr<X11Watch> x11Watch = X11Watch::open();
   QtStatusBar statusBar{x11Watch.get()};
-  QtAlerts alerts;
+  QtAlerts alerts{application};
   SystemClock clock;
   JsonUserDefaults defaults;
   FolderBundle bundle{mainBundlePath()};

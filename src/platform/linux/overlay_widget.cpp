@@ -51,6 +51,13 @@ void OverlayWidget::setTranslucent(bool isTranslucent) {
   update();
 }
 
+void OverlayWidget::setHole(const QRect& hole) {
+  if (hole == hole_) return;
+  const QRegion spoilt = QRegion(hole_) | hole;
+  hole_ = hole;
+  update(spoilt.translated(-pos()));
+}
+
 void OverlayWidget::resizeEvent(QResizeEvent*) {
   shape_ = {};
   content_.setSize(width(), height());
@@ -71,7 +78,9 @@ void OverlayWidget::paintEvent(QPaintEvent* event) {
   const double ratio = devicePixelRatioF();
   if (ratio_ != 0 && ratio_ != ratio) content_.discardLayer();
   ratio_ = ratio;
-  for (const QRect& part : event->region()) paintPart(part);
+  const QRegion hole = hole_.translated(-pos());
+  for (const QRect& part : event->region().subtracted(hole)) paintPart(part);
+  shape_ = shape_.subtracted(hole);
   applyShape();
 }
 

@@ -19,6 +19,9 @@ class OverlayWidget final : public QWidget, private OverlayDisplay {
 
   void setTranslucent(bool isTranslucent);
 
+  // No ink is shown there, in the coordinates of the desktop.
+  void setHole(const QRect& hole);
+
  protected:
   void paintEvent(QPaintEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
@@ -31,6 +34,7 @@ class OverlayWidget final : public QWidget, private OverlayDisplay {
 
   OverlayView& content_;
   const Clock& clock_;
+  QRect hole_;        // in the coordinates of the desktop
   QRect asked_;       // since the last painting
   QTimer soon_;       // fires when other events had their turn
   double ratio_ = 0;  // pixels per point when it was last painted

@@ -6,8 +6,15 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QTextBlock>
+#include <QTextCursor>
+#include <QTextDocument>
+#include <optional>
 
+#include "platform/linux/qt_answer_guard.h"
+#include "platform/linux/qt_screens.h"
 #include "platform/linux/qt_text.h"
+#include "platform/linux/qt_x11.h"
 
 namespace torvane {
 namespace {
@@ -26,6 +33,24 @@ void showAsPlainText(QMessageBox& box, const AlertContent& content) {
     bold.setBold(true);
     title->setFont(bold);
     title->setWordWrap(true);
+  }
+}
+
+// A line that begins with a bullet goes on below its first word, not below the bullet.
+void indentBullets(const QMessageBox& box) {
+  const QString bullet = "•  ";
+  const auto* label = box.findChild<QLabel*>("qt_msgbox_informativelabel");
+  if (label == nullptr) return;
+  (void)label->sizeHint();  // has it lay out its text
+  const auto* document = label->findChild<QTextDocument*>();
+  if (document == nullptr) return;
+  const int indent = label->fontMetrics().horizontalAdvance(bullet);
+  for (auto line = document->begin(); line.isValid(); line = line.next()) {
+    if (!line.text().startsWith(bullet)) continue;
+    QTextBlockFormat hanging;
+    hanging.setLeftMargin(indent);
+    hanging.setTextIndent(-indent);
+    QTextCursor(line).mergeBlockFormat(hanging);
   }
 }
 
@@ -60,10 +85,20 @@ QList<QPushButton*> addButtons(QMessageBox& box, const AlertContent& content) {
   return buttons;
 }
 
-void bringToFront(QMessageBox& box) {
+void placeOn(const Rect& screen, QMessageBox& box) {
+  box.adjustSize();
+  QRect place = box.rect();
+  place.moveCenter(QtScreens::geometryOf(screen).center());
+  box.move(place.topLeft());
+}
+
+void show(QMessageBox& box, bool takesKeyboard) {
+  box.setAttribute(Qt::WA_ShowWithoutActivating, !takesKeyboard);
   box.show();
   box.raise();
+  if (!takesKeyboard) return;
   box.activateWindow();
+  bringToFrontRegardless(*box.windowHandle());
 }
 
 }  // namespace
@@ -77,8 +112,12 @@ int QtAlerts::runModal(const AlertContent& content) {
   showAsPlainText(box, content);
   const auto buttons = addButtons(box, content);
   keepFromBeingNarrow(box);
+  indentBullets(box);
 
-  bringToFront(box);
+  std::optional<QtAnswerGuard> guard;
+  if (content.isGuarded) guard.emplace(box);
+  if (content.screen) placeOn(*content.screen, box);
+  show(box, application_.takeActivation());
   box.exec();
   const auto chosen = buttons.indexOf(qobject_cast<QPushButton*>(box.clickedButton()));
   return kAlertFirstButton + static_cast<int>(chosen >= 0 ? chosen : buttons.size() - 1);

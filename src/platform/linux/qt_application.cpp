@@ -1,16 +1,13 @@
 #include "platform/linux/qt_application.h"
 
 #include <QApplication>
-#include <QWidget>
+#include <utility>
 
 namespace torvane {
 
-void QtApplication::activateIgnoringOtherApps() {
-  // The program's only windows are its alerts; one that is not open yet comes to the front itself.
-  QWidget* alert = QApplication::activeModalWidget();
-  if (alert == nullptr) return;
-  alert->raise();
-  alert->activateWindow();
+bool QtApplication::takeActivation() {
+  const bool isAsked = std::exchange(isAskedToFront_, false);
+  return isAsked || QApplication::activeWindow() != nullptr;
 }
 
 void QtApplication::terminate() {

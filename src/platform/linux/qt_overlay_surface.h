@@ -5,6 +5,7 @@
 
 #include "app/clock.h"
 #include "ink/overlay_surface.h"
+#include "platform/linux/focused_window.h"
 #include "platform/linux/overlay_widget.h"
 #include "platform/linux/x11_watch.h"
 
@@ -36,6 +37,9 @@ class QtOverlaySurface final : public OverlaySurface {
   OverlayView& content_;
   X11Watch* x11_;
   OverlayWidget widget_;
+  // The program's alerts are never under a drawing. They cannot lie above this window, which no
+  // window manager orders.
+  FocusedWindow alert_{[this](const QRect& place) { widget_.setHole(place); }};
   bool hadCompositor_ = true;
   QTimer compositorStart_;  // runs for a while after one has come
 };

@@ -9,6 +9,7 @@ from private_desktop import DesktopError, wait_until
 
 ENGINE_PORT = 8484
 ENDING = 5  # seconds
+PAIRING_WAIT = 1.2  # seconds in which the question about a new device takes no key, and some more
 BUNDLE = "bundle/Torvane P2P Helper"  # in a build folder
 IN_BUNDLE = "bin/torvane-p2p-helper"
 PROGRAM = f"{BUNDLE}/{IN_BUNDLE}"

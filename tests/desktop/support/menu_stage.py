@@ -73,6 +73,18 @@ class MenuStage(unittest.TestCase):
             self.picture(picture)
         return window
 
+    def quiet_alert(self, picture=None):
+        """Waits for an alert, which need not be in front; its window."""
+        window = wait_until(self.alerts, "an alert")[0]
+        if picture:
+            self.picture(picture)
+        return window
+
+    def give_keyboard(self, window):
+        """As a click on its frame does."""
+        self.desktop.run("xdotool", "windowactivate", str(window))
+        wait_until(lambda: self.desktop.active_window() == window, "the keyboard")
+
     def press(self, key):
         """Answers the alert in front."""
         self.type_until([key], lambda: not self.alerts())

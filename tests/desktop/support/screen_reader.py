@@ -8,6 +8,7 @@ ENVIRONMENT = {"QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1"}
 
 ROOT = "/org/a11y/atspi/accessible/root"
 ACCESSIBLE = "org.a11y.atspi.Accessible"
+COMPONENT = "org.a11y.atspi.Component"
 ACTION = "org.a11y.atspi.Action"
 PROPERTIES = "org.freedesktop.DBus.Properties"
 SHOWING = 25  # the bit of a state
@@ -53,6 +54,11 @@ class Part:
         for child in self.children():
             found += [child] if child.role == role else child.within(role)
         return found
+
+    def middle(self):
+        """Where it is on the screen."""
+        x, y, width, height = self.call(COMPONENT, "GetExtents", 0)
+        return int(x) + int(width) // 2, int(y) + int(height) // 2
 
     def press(self):
         names = [str(name).lower() for name, _, _ in self.call(ACTION, "GetActions")]
