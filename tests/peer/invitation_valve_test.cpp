@@ -137,6 +137,16 @@ TEST(InvitationValve, BoundsTheMemoryThatPairedDevicesTake) {
   EXPECT_TRUE(passes(valve, kPaired, 0));
 }
 
+TEST(InvitationValve, CountsPairedDevicesAndStrangersThatWaitApart) {
+  InvitationValve valve({.waiting = 3, .waitingRegistered = 3});
+  std::vector<InvitationValve::Waiting> waiting;
+  for (int i = 0; i < 3; ++i) waiting.push_back(valve.letIn(stranger(i), 0));
+  for (int i = 0; i < 3; ++i) waiting.push_back(valve.letIn(kPaired, 0));
+  for (const auto& one : waiting) EXPECT_TRUE(one);
+  EXPECT_FALSE(passes(valve, stranger(4), 0));
+  EXPECT_FALSE(passes(valve, kPaired, 0));
+}
+
 TEST(InvitationValve, MayGoBeforeThoseThatWait) {
   auto valve = std::make_unique<InvitationValve>();
   const auto waiting = valve->letIn(kPaired, 0);

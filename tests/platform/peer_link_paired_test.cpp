@@ -81,6 +81,24 @@ TEST(PeerLinkStrangers, SixtyFourPairedDevicesGetInWithinTheFirstMinute) {
   EXPECT_EQ(host.session->connectedPeers().size(), 64U);
 }
 
+TEST(PeerLinkStrangers, NobodyComesInWhileAllPlacesAreTaken) {
+  PeerLinkOptions options = patient();
+  options.caps.connected = 2;
+  LinkHost host(std::move(options));
+  ASSERT_NE(host.start(), 0);
+  for (std::uint8_t i = 1; i <= 3; ++i) {
+    host.registered->insert(base64Encode(DeviceKeyPair::numbered(i).publicKey()));
+  }
+  LinkClient connected(host.clientOptions());
+  ASSERT_TRUE(host.admit(connected, "iPad", DeviceKeyPair::numbered(1)));
+  LinkClient waiting(host.clientOptions());
+  ASSERT_EQ(waiting.invite("iPad", DeviceKeyPair::numbered(2)), "waiting");
+  EXPECT_EQ(LinkClient(host.clientOptions()).invite("iPad", DeviceKeyPair::numbered(3)), "busy");
+  EXPECT_EQ(LinkClient(host.clientOptions()).invite("Eve", DeviceKeyPair::numbered(4)), "busy");
+  connected.close();
+  EXPECT_EQ(LinkClient(host.clientOptions()).invite("iPad", DeviceKeyPair::numbered(3)), "waiting");
+}
+
 TEST(PeerLinkStrangers, InvitationsWithoutAKeyAreCountedMoreTightly) {
   LinkHost host;
   ASSERT_NE(host.start(), 0);
