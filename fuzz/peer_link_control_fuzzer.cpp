@@ -28,6 +28,8 @@ void checkName(const std::string& name) {
                            "\u2068", "\u2069", "\u200E", "\u200F", "\u061C", "\u2028", "\u2029"}) {
     require(name.find(mark) == std::string::npos, "a name does not turn the writing around");
   }
+  require(name.find_first_not_of(' ') != std::string::npos, "a name shows something");
+  require(shownPeerName(name) == name, "a name that is shown stays as it is");
   const auto hello = parseJsonObject(helloMessage(name, kNonce));
   require(hello && stringMember(*hello, "name") == name, "a name can be said");
 }

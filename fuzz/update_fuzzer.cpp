@@ -9,7 +9,7 @@
 #include "protocol/utf8.h"
 #include "require.h"
 #include "update/build_number.h"
-#include "update/numeric_characters.h"
+#include "protocol/numeric_characters.h"
 #include "update/update_checks.h"
 
 using namespace torvane;

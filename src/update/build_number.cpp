@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "protocol/utf8.h"
-#include "update/numeric_characters.h"
+#include "protocol/numeric_characters.h"
 
 namespace torvane {
 namespace {

@@ -243,7 +243,7 @@ TEST_F(MacPeers, LetsAPairedDeviceInHoweverManyStrangersWait) {
 
 TEST_F(MacPeers, RefusesNamesThatChangeWhatIsAsked) {
   run([&] {
-    for (const char* name : {"iPad”?\nPress Pair", "\u202EdaPi", "a\x01", ""}) {
+    for (const char* name : {"iPad”?\nPress Pair", "\u202E\u200B", "a\x01", ""}) {
       MCPeerID* peer = [[MCPeerID alloc] initWithDisplayName:fake::string(name)];
       forgetLog();
       EXPECT_EQ(*invite(peer, device_), "no") << name;
@@ -253,6 +253,23 @@ TEST_F(MacPeers, RefusesNamesThatChangeWhatIsAsked) {
       EXPECT_TRUE(system().log.empty()) << name;
       EXPECT_NE(shownBy(system().statusItem).find("waiting"), std::string::npos) << name;
     }
+  });
+}
+
+TEST_F(MacPeers, CutsMarksOfDirectionOutOfNames) {
+  run([&] {
+    std::vector<std::string> asked;
+    system().onAlert = [&](const fake::Alert& alert) {
+      asked.push_back(alert.message);
+      return 1000;
+    };
+    MCPeerID* peer = [[MCPeerID alloc] initWithDisplayName:fake::string("\u202EiPad\u202C של דנה")];
+    const auto answer = invite(peer, device_);
+    fake::settle();
+    EXPECT_EQ(*answer, "yes 0");
+    EXPECT_EQ(asked, std::vector<std::string>{"Pair with “iPad של דנה”?"});
+    change(peer, MCSessionStateConnected);
+    EXPECT_NE(shownBy(system().statusItem).find("iPad connected"), std::string::npos);
   });
 }
 

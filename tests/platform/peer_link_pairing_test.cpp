@@ -192,13 +192,24 @@ TEST_F(PeerLinkProof, RefusesAKeyOfSmallOrder) {
 TEST(PeerLinkPairing, RefusesABadName) {
   LinkHost host;
   ASSERT_NE(host.start(), 0);
-  for (const std::string& name : {std::string(), std::string(64, 'x'), std::string("a\u202Eb")}) {
+  for (const std::string& name : {std::string(), std::string(64, 'x'), std::string("a\u2028b"),
+                                  std::string("\u3164\u200B")}) {
     LinkClient client(host.clientOptions());
     EXPECT_EQ(client.invite(name, adasKey()), "name");
     EXPECT_FALSE(client.receive());
     EXPECT_EQ(client.closeCode(), 1008U);
   }
   EXPECT_TRUE(host.invitations.empty());
+}
+
+TEST(PeerLinkPairing, CutsMarksOfDirectionOutOfTheName) {
+  LinkHost host;
+  ASSERT_NE(host.start(), 0);
+  LinkClient client(host.clientOptions());
+  ASSERT_EQ(client.invite("\u2067האייפד של Ada\u2069", adasKey()), "waiting");
+  const auto invited = host.invitations.next();
+  ASSERT_TRUE(invited);
+  EXPECT_EQ(invited->peer.displayName, "האייפד של Ada");
 }
 
 TEST(PeerLinkPairing, RefusesWhatIsNoInvitation) {

@@ -5,7 +5,7 @@ import unicodedata
 import unittest
 from pathlib import Path
 
-TABLE = Path(__file__).resolve().parents[2] / "src/update/numeric_characters.cpp"
+TABLE = Path(__file__).resolve().parents[2] / "src/protocol/numeric_characters.cpp"
 
 
 def numbers(name):

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "update/numeric_characters.h"
+#include "protocol/numeric_characters.h"
 
 namespace torvane {
 namespace {

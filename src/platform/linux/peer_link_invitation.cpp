@@ -47,8 +47,9 @@ std::variant<PeerInvitation, LinkRefusal> readInvitation(std::string_view messag
   if (!object || stringMember(*object, "type") != "invite") return LinkRefusal::protocol;
   const auto name = stringMember(*object, "name");
   if (!name) return LinkRefusal::protocol;
-  if (!isAcceptablePeerName(*name)) return LinkRefusal::name;
-  PeerInvitation invitation{*name, {}, {}};
+  auto shown = shownPeerName(*name);
+  if (!shown) return LinkRefusal::name;
+  PeerInvitation invitation{std::move(*shown), {}, {}};
   if (!readBase64(*object, "context", invitation.context)) return LinkRefusal::protocol;
   if (!readBase64(*object, "signature", invitation.signature)) return LinkRefusal::protocol;
   if (invitation.signature && !invitation.context) return LinkRefusal::protocol;

@@ -21,7 +21,7 @@ using CertificateHash = std::array<std::uint8_t, 32>;  // SHA-256 of the DER
 enum class LinkRefusal { declined, proof, name, busy, protocol };
 
 struct PeerInvitation {
-  std::string name;
+  std::string name;                // as it is shown
   std::optional<Bytes> context;    // the inviter's raw public key
   std::optional<Bytes> signature;  // only with a context
 };

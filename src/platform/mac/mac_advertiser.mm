@@ -72,7 +72,8 @@ class OpenInvitation {
     std::optional<torvane::Bytes> key;
     if (context != nil) key = torvane::toBytes(context);
     // Strangers are numbered for good, so only those are that the valve lets in.
-    const bool isNamed = torvane::isAcceptablePeerName(torvane::toText(peerID.displayName));
+    const bool isNamed =
+        torvane::shownPeerName(torvane::toText(peerID.displayName)).has_value();
     const auto waiting = isNamed ? [self waitingWithKey:key] : nullptr;
     const auto peer = waiting ? _tokens->identify(peerID) : std::nullopt;
     if (!peer) {

@@ -2,6 +2,7 @@
 
 #import <MultipeerConnectivity/MultipeerConnectivity.h>
 
+#include <cstdint>
 #include <mutex>
 #include <optional>
 
@@ -13,13 +14,16 @@ namespace torvane {
 // the process: they are kept, so that none can come back as another. Any thread.
 class PeerTokens {
  public:
-  // None for a peer whose name may not be shown: it does not reach the program.
+  // With the name that is shown; none for a peer whose name may not be: it does not reach the
+  // program.
   [[nodiscard]] std::optional<PeerID> identify(MCPeerID* peer);
 
   // This computer's own identifier, whatever its name.
   [[nodiscard]] PeerID identifySelf(MCPeerID* self);
 
  private:
+  [[nodiscard]] std::uint64_t number(MCPeerID* peer);
+
   std::mutex mutex_;
   NSMutableDictionary<MCPeerID*, NSNumber*>* tokens_ = [NSMutableDictionary dictionary];
 };

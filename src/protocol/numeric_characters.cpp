@@ -1,4 +1,4 @@
-#include "update/numeric_characters.h"
+#include "protocol/numeric_characters.h"
 
 #include <algorithm>
 #include <array>
