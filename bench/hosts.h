@@ -131,9 +131,8 @@ class EchoHost final : public PeerSessionDelegate, public AdvertiserDelegate {
         });
   }
   void advertiserDidNotStart(std::string) override {}
-  void advertiserDidReceiveInvitation(PeerID, std::optional<Bytes> context,
-                                      InvitationHandler handler) override {
-    registered_->insert(base64Encode(context.value_or(Bytes{})));
+  void advertiserDidReceiveInvitation(Invitation invitation, InvitationHandler handler) override {
+    registered_->insert(base64Encode(invitation.context.value_or(Bytes{})));
     handler(true, session_);
   }
 

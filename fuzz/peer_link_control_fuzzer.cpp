@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "peer/masked_digits.h"
 #include "peer/peer_name.h"
 #include "platform/linux/peer_link_invitation.h"
 #include "protocol/json.h"
@@ -16,8 +17,10 @@ using fuzz::require;
 namespace {
 
 constexpr CertificateHash kCertificate{1, 2, 3};
-constexpr LinkNonce kNonce{4, 5, 6};
-constexpr LinkNonce kOtherNonce{7, 8, 9};
+constexpr LinkNonce kDeviceNonce{10, 11};
+constexpr LinkGreeting kFirst{{4, 5, 6}, {}};
+constexpr LinkGreeting kSecond{{4, 5, 6}, LinkNonce{12, 13}};
+constexpr LinkGreeting kOther{{7, 8, 9}, LinkNonce{14}};
 
 void checkName(const std::string& name) {
   require(!name.empty() && name.size() <= kMaxPeerName && isValidUtf8(name), "a name is short");
@@ -30,23 +33,42 @@ void checkName(const std::string& name) {
   }
   require(name.find_first_not_of(' ') != std::string::npos, "a name shows something");
   require(shownPeerName(name) == name, "a name that is shown stays as it is");
-  const auto hello = parseJsonObject(helloMessage(name, kNonce));
-  require(hello && stringMember(*hello, "name") == name, "a name can be said");
+  require(withDigitsMasked(name) == name, "a name brings no digits along");
+  for (const auto& greeting : {kFirst, kSecond}) {
+    const auto hello = parseJsonObject(helloMessage(name, greeting));
+    require(hello && stringMember(*hello, "name") == name, "a name can be said");
+  }
+}
+
+// The invitation as its key's owner would have signed it.
+PeerInvitation signedBy(const test::SigningDevice& device, PeerInvitation invitation,
+                        const LinkGreeting& greeting) {
+  std::optional<PairingOffer> offer;
+  if (greeting.pairingNonce) offer = {pairingCommitment(*greeting.pairingNonce), kDeviceNonce};
+  invitation.context = device.rawKey();
+  invitation.nonce = kDeviceNonce;
+  invitation.signature = device.sign(proofMessage(greeting.nonce, kCertificate, offer));
+  return invitation;
 }
 
 // The invitation as it came, and as the owner of a key would have signed it.
-void checkProof(PeerInvitation invitation) {
+void checkProof(const PeerInvitation& invitation) {
   if (!invitation.context) {
     require(!invitation.signature, "a signature is of a key");
+    require(!digitsOf(invitation, kSecond, kCertificate), "and so are digits");
     return;
   }
-  require(!isProven(invitation, kNonce, kCertificate), "nobody signs without the key");
   const test::SigningDevice device{5};
-  invitation.context = device.rawKey();
-  invitation.signature = device.sign(proofMessage(kNonce, kCertificate));
-  require(isProven(invitation, kNonce, kCertificate), "the owner proves the key");
-  require(!isProven(invitation, kOtherNonce, kCertificate), "on this connection only");
-  require(!isProven(invitation, kNonce, CertificateHash{}), "and to this computer only");
+  for (const auto& [own, other] : {std::pair{kFirst, kSecond}, std::pair{kSecond, kFirst}}) {
+    require(!isProven(invitation, own, kCertificate), "nobody signs without the key");
+    const auto owners = signedBy(device, invitation, own);
+    require(isProven(owners, own, kCertificate), "the owner proves the key");
+    require(!isProven(owners, other, kCertificate), "in this version only");
+    require(!isProven(owners, kOther, kCertificate), "on this connection only");
+    require(!isProven(owners, own, CertificateHash{}), "and to this computer only");
+    require(digitsOf(owners, own, kCertificate).has_value() == own.pairingNonce.has_value(),
+            "there are digits in version 2");
+  }
 }
 
 }  // namespace

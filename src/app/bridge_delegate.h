@@ -112,16 +112,17 @@ class BridgeDelegate final : public MenuDelegate,
 
   // peer/invitations.cpp
   using InvitationReply = std::function<void(bool accept, std::shared_ptr<PeerSession> session)>;
-  std::map<std::string, std::string> inviteNames;  // device key → display name
-  std::set<std::string> ignoredDevices;            // device keys
-  std::set<std::string> warnedLegacyClients;       // display names
+  std::map<std::string, std::string> inviteNames;   // device key → display name
+  std::map<std::string, std::string> inviteDigits;  // device key → its first invitation's digits
+  std::set<std::string> ignoredDevices;             // device keys
+  std::set<std::string> warnedLegacyClients;        // display names
   std::map<std::string, std::vector<InvitationReply>> pendingInvites;  // by device key
   bool pairingAlertUp = false;
-  void advertiserDidReceiveInvitation(PeerID peer, std::optional<Bytes> context,
-                                      InvitationHandler handler) override;
-  void handleInvitation(const PeerID& peer, const std::optional<Bytes>& context,
-                        const InvitationHandler& handler);
+  void advertiserDidReceiveInvitation(Invitation invitation, InvitationHandler handler) override;
+  void handleInvitation(const Invitation& invitation, const InvitationHandler& handler);
   void presentNextPairingAlert();
+  [[nodiscard]] std::string withInviteDigits(const std::string& deviceKey,
+                                             const std::string& name) const;
   void answerInvitations(const std::string& deviceKey, const std::string& name, bool accept);
   void warnLegacyClient(const std::string& name);
   void warnNotSaved(const std::string& text);

@@ -1,6 +1,6 @@
 // Who may connect: paired devices at once, new ones when the user says so.
-// Events: an invitation arrives, "Forget Paired Devices…". Fields: inviteNames, ignoredDevices,
-// warnedLegacyClients, pendingInvites, pairingAlertUp. Ports: Application, Alerts.
+// Events: an invitation arrives, "Forget Paired Devices…". Fields: inviteNames, inviteDigits,
+// ignoredDevices, warnedLegacyClients, pendingInvites, pairingAlertUp. Ports: Application, Alerts.
 
 #include "app/bridge_delegate.h"
 #include "protocol/device_key.h"
@@ -36,15 +36,17 @@ constexpr const char* kForgettingNotSaved =
 
 }  // namespace
 
-void BridgeDelegate::advertiserDidReceiveInvitation(PeerID peer, std::optional<Bytes> context,
+void BridgeDelegate::advertiserDidReceiveInvitation(Invitation invitation,
                                                     InvitationHandler handler) {
-  main_.async([this, peer = std::move(peer), context = std::move(context),
-               handler = std::move(handler)] { handleInvitation(peer, context, handler); });
+  main_.async([this, invitation = std::move(invitation), handler = std::move(handler)] {
+    handleInvitation(invitation, handler);
+  });
 }
 
-void BridgeDelegate::handleInvitation(const PeerID& peer, const std::optional<Bytes>& context,
+void BridgeDelegate::handleInvitation(const Invitation& invitation,
                                       const InvitationHandler& handler) {
   assertMainThread();
+  const auto& [peer, context, digits] = invitation;
   const auto key = context ? SigningPublicKey::fromRaw(*context) : std::nullopt;
   if (!key) {
     handler(false, nullptr);
@@ -62,8 +64,10 @@ void BridgeDelegate::handleInvitation(const PeerID& peer, const std::optional<By
     return;
   }
   inviteNames[deviceKey] = peer.displayName;
+  // Those of the first one stay: who could invite until the digits suit him would need no luck.
+  if (digits) inviteDigits.emplace(deviceKey, *digits);
   pendingInvites[deviceKey].push_back(
-      [this, peer, deviceKey, handler](bool accept, std::shared_ptr<PeerSession> into) {
+      [this, peer = peer, deviceKey, handler](bool accept, std::shared_ptr<PeerSession> into) {
         if (accept) admitPeer(peer, deviceKey);
         handler(accept, std::move(into));
       });
@@ -79,7 +83,7 @@ void BridgeDelegate::presentNextPairingAlert() {
 
   pairingAlertUp = true;
   platform_.application.activateIgnoringOtherApps();
-  AlertContent question = platform_.texts.pairing(name);
+  AlertContent question = platform_.texts.pairing(withInviteDigits(deviceKey, name));
   question.isGuarded = true;  // it comes unasked, and one key would let a stranger in
   const bool accept = runAlert(question) == kAlertFirstButton;
   pairingAlertUp = false;
@@ -88,12 +92,20 @@ void BridgeDelegate::presentNextPairingAlert() {
   presentNextPairingAlert();
 }
 
+// The name as the question shows it: “iPad · 482 913”.
+std::string BridgeDelegate::withInviteDigits(const std::string& deviceKey,
+                                             const std::string& name) const {
+  const auto digits = inviteDigits.find(deviceKey);
+  return digits != inviteDigits.end() ? name + " · " + digits->second : name;
+}
+
 void BridgeDelegate::answerInvitations(const std::string& deviceKey, const std::string& name,
                                        bool accept) {
   const auto waiting = pendingInvites.extract(deviceKey);
   const bool isSaved = !accept || pair(deviceKey, name);
   if (!accept) ignoredDevices.insert(deviceKey);
   inviteNames.erase(deviceKey);
+  inviteDigits.erase(deviceKey);
   if (!waiting.empty()) {
     for (const auto& reply : waiting.mapped()) reply(accept, accept ? session : nullptr);
   }

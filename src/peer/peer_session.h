@@ -68,6 +68,12 @@ class PeerSessionDelegate {
 // with none to refuse.
 using InvitationHandler = std::function<void(bool accept, std::shared_ptr<PeerSession> session)>;
 
+struct Invitation {
+  PeerID peer;
+  std::optional<Bytes> context{};       // what the inviter sent along
+  std::optional<std::string> digits{};  // what the inviter shows, where the transport makes any
+};
+
 // Calls may come on any thread.
 class AdvertiserDelegate {
  public:
@@ -79,9 +85,7 @@ class AdvertiserDelegate {
   // An error has passed. A transport that cannot tell does not call it.
   virtual void advertiserDidRecover() = 0;
 
-  // `context` is what the inviter sent along, absent when it sent nothing.
-  virtual void advertiserDidReceiveInvitation(PeerID peer, std::optional<Bytes> context,
-                                              InvitationHandler handler) = 0;
+  virtual void advertiserDidReceiveInvitation(Invitation invitation, InvitationHandler handler) = 0;
 };
 
 // Makes this computer visible to nearby devices and receives their invitations.

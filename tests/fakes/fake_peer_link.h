@@ -83,20 +83,20 @@ class FakePeerLink final : public PeerLink {
   [[nodiscard]] FakePeerSession& current() { return *sessions.back(); }
 
   // An invitation arrives off the main thread; the answers it gets are kept in order.
-  std::shared_ptr<std::vector<InvitationAnswer>> invite(const PeerID& peer,
-                                                        std::optional<Bytes> context) {
+  std::shared_ptr<std::vector<InvitationAnswer>> invite(
+      const PeerID& peer, std::optional<Bytes> context,
+      std::optional<std::string> digits = std::nullopt) {
     auto answers = std::make_shared<std::vector<InvitationAnswer>>();
-    deliver(peer, std::move(context), [answers](bool accept, std::shared_ptr<PeerSession> session) {
-      answers->push_back({accept, std::move(session)});
-    });
+    deliver({peer, std::move(context), std::move(digits)},
+            [answers](bool accept, std::shared_ptr<PeerSession> session) {
+              answers->push_back({accept, std::move(session)});
+            });
     return answers;
   }
   // The same; `whenAnswered` runs within the answer.
   void inviteAndRun(const PeerID& peer, Bytes context, std::function<void(bool)> whenAnswered) {
-    deliver(peer, std::move(context),
-            [whenAnswered = std::move(whenAnswered)](bool accept, const auto&) {
-              whenAnswered(accept);
-            });
+    deliver({peer, std::move(context)}, [whenAnswered = std::move(whenAnswered)](
+                                            bool accept, const auto&) { whenAnswered(accept); });
   }
   void failAdvertising(const std::string& error) {
     time_.scheduleBackground(0,
@@ -143,10 +143,10 @@ class FakePeerLink final : public PeerLink {
     CallLog& log_;
   };
 
-  void deliver(const PeerID& peer, std::optional<Bytes> context, InvitationHandler handler) {
+  void deliver(Invitation invitation, InvitationHandler handler) {
     time_.scheduleBackground(
-        0, [this, peer, context = std::move(context), handler = std::move(handler)] {
-          advertiserDelegate->advertiserDidReceiveInvitation(peer, context, handler);
+        0, [this, invitation = std::move(invitation), handler = std::move(handler)] {
+          advertiserDelegate->advertiserDidReceiveInvitation(invitation, handler);
         });
   }
 

@@ -25,8 +25,7 @@ struct Thrower final : PeerSessionDelegate, AdvertiserDelegate, MenuDelegate, Cl
     throw std::runtime_error("start");
   }
   [[noreturn]] void advertiserDidRecover() override { throw std::runtime_error("recovery"); }
-  [[noreturn]] void advertiserDidReceiveInvitation(PeerID, std::optional<Bytes>,
-                                                   InvitationHandler) override {
+  [[noreturn]] void advertiserDidReceiveInvitation(Invitation, InvitationHandler) override {
     throw std::runtime_error("invitation");
   }
   [[noreturn]] std::vector<MenuItem> menuNeedsUpdate() override { throw std::bad_alloc(); }

@@ -55,7 +55,7 @@ TEST_F(Invitations, RecordsThePairedDevicesKeyBeforeItAnswers) {
   helper->pair(deviceKey(1), "Ann");
   const auto peer = device("Ann");
   bool wasRecorded = false;
-  helper->handleInvitation(peer, rawKey(1), [&](bool, const std::shared_ptr<PeerSession>&) {
+  helper->handleInvitation({peer, rawKey(1)}, [&](bool, const std::shared_ptr<PeerSession>&) {
     wasRecorded = helper->peerKeys.count(peer) == 1;
   });
   EXPECT_TRUE(wasRecorded);
@@ -259,6 +259,68 @@ TEST_F(Invitations, ForgetAllMeansAskingAgainWhileTheConnectedStay) {
   platform.alerts.shown.clear();
   invite(device("Ann"), 1);
   EXPECT_EQ(alerts(), std::vector<std::string>{"Pair with “Ann”?"});
+}
+
+TEST_F(Invitations, DigitsStandBehindTheNameInTheQuestionAndNowhereElse) {
+  const auto ann = device("Ann's iPad");
+  const auto answers = platform.peerLink.invite(ann, rawKey(1), "482 913");
+  platform.time.runDue();
+  ASSERT_EQ(platform.alerts.shown.size(), 1U);
+  EXPECT_EQ(platform.alerts.shown[0].message, "Pair with “Ann's iPad · 482 913”?");
+  EXPECT_EQ(platform.alerts.shown[0].informativeText.find(
+                "A device named “Ann's iPad · 482 913” wants to control"),
+            0U);
+  EXPECT_TRUE(answers->at(0).accept);
+  const JsonObject stored = {{deviceKey(1), "Ann's iPad"}};
+  EXPECT_EQ(platform.defaults.stored["pairedDeviceKeys"], JsonValue(stored));
+  connect(ann);
+  EXPECT_EQ(helper->connectedPeers, std::vector<std::string>{"Ann's iPad"});
+}
+
+TEST_F(Invitations, PairedDeviceIsNotAskedAboutForItsDigits) {
+  invite(device("Ann"), 1);
+  platform.alerts.shown.clear();
+  const auto answers = platform.peerLink.invite(device("Ann"), rawKey(1), "482 913");
+  platform.time.runDue();
+  EXPECT_TRUE(answers->at(0).accept);
+  EXPECT_TRUE(platform.alerts.shown.empty());
+}
+
+TEST_F(Invitations, DigitsOfAWaitingDeviceAreThoseOfItsFirstInvitation) {
+  platform.alerts.whileUp = [&](const AlertContent& alert) {
+    if (alert.message != "Pair with “Ann”?") return;
+    for (const char* digits : {"111 111", "222 222", "333 333"}) {
+      platform.peerLink.invite(device("Bob"), rawKey(2), digits);
+    }
+    platform.time.runDue();
+  };
+  invite(device("Ann"), 1);
+  EXPECT_EQ(alerts().back(), "Pair with “Bob · 111 111”?");
+}
+
+TEST_F(Invitations, InvitationWithOtherDigitsDuringItsQuestionIsAnsweredWithIt) {
+  std::shared_ptr<std::vector<InvitationAnswer>> again;
+  platform.alerts.whileUp = [&](const AlertContent&) {
+    again = platform.peerLink.invite(device("Ann"), rawKey(1), "222 222");
+    platform.time.runDue();
+  };
+  const auto answers = platform.peerLink.invite(device("Ann"), rawKey(1), "111 111");
+  platform.time.runDue();
+  EXPECT_EQ(alerts(), std::vector<std::string>{"Pair with “Ann · 111 111”?"});
+  EXPECT_TRUE(answers->at(0).accept);
+  EXPECT_TRUE(again->at(0).accept);
+}
+
+TEST_F(Invitations, DigitsAreForgottenWithTheAnswer) {
+  platform.peerLink.invite(device("Ann"), rawKey(1), "111 111");
+  platform.time.runDue();
+  helper->forgetAllPairings();
+  platform.peerLink.invite(device("Ann"), rawKey(1), "222 222");
+  platform.time.runDue();
+  helper->forgetAllPairings();
+  invite(device("Ann"), 1);
+  EXPECT_EQ(alerts(), (std::vector<std::string>{"Pair with “Ann · 111 111”?",
+                                                "Pair with “Ann · 222 222”?", "Pair with “Ann”?"}));
 }
 
 TEST_F(Invitations, EveryInvitationIsAnsweredExactlyOnceInAFlood) {

@@ -10,6 +10,7 @@ import asyncio
 import base64
 import hashlib
 import json
+import os
 import ssl
 import struct
 import sys
@@ -52,26 +53,52 @@ async def control(link, *expected):
     return value
 
 
-async def pair(link, name, key, wait):
+def plain(value):
+    return base64.b64decode(value, validate=True)
+
+
+def text(data):
+    return base64.b64encode(data).decode()
+
+
+def digits(key, certificate, computers_nonce, devices_nonce):
+    """Six digits to compare with those on the computer's screen."""
+    hashed = hashlib.sha256(b"torvane-pairing-digits-2" + key + certificate + computers_nonce
+                            + devices_nonce).digest()
+    number = "%06d" % (struct.unpack(">Q", hashed[:8])[0] % 1_000_000)
+    return number[:3] + " " + number[3:]
+
+
+async def pair(link, name, key, wait, version):
+    """The hello, and the digits where there are any."""
     hello = await control(link, "hello")
-    certificate = link.transport.get_extra_info("ssl_object").getpeercert(binary_form=True)
-    nonce = base64.b64decode(hello["nonce"], validate=True)
-    if hello["version"] != 1 or len(nonce) != 32:
+    shown = link.transport.get_extra_info("ssl_object").getpeercert(binary_form=True)
+    certificate = hashlib.sha256(shown).digest()
+    nonce = plain(hello["nonce"])
+    if hello["version"] != version or len(nonce) != 32:
         raise Failure(f"unknown hello {hello}")
-    signed = b"torvane-peer-link-1" + nonce + hashlib.sha256(certificate).digest()
-    invite = {
-        "type": "invite",
-        "name": name,
-        "context": base64.b64encode(bytes(key.verify_key)).decode(),
-        "signature": base64.b64encode(key.sign(signed).signature).decode(),
-    }
+    public_key = bytes(key.verify_key)
+    invite = {"type": "invite", "name": name, "context": text(public_key)}
+    signed = f"torvane-peer-link-{version}".encode() + nonce + certificate
+    if version == 2:
+        own_nonce = os.urandom(32)
+        invite["nonce"] = text(own_nonce)
+        commitment = plain(hello["commitment"])
+        signed += commitment + own_nonce
+    invite["signature"] = text(key.sign(signed).signature)
     await link.send(json.dumps(invite))
-    await control(link, "waiting")
+    waiting = await control(link, "waiting")
+    shown_digits = None
+    if version == 2:
+        opening = plain(waiting["opening"])
+        if len(opening) != 32 or hashlib.sha256(opening).digest() != commitment:
+            raise Failure("the computer did not keep to its commitment")
+        shown_digits = digits(public_key, certificate, opening, own_nonce)
     message = await asyncio.wait_for(link.recv(), wait)
     answer = json.loads(message)
     if answer["type"] != "accepted":
         raise Failure("refused: " + answer["reason"])
-    return hello
+    return hello, shown_digits
 
 
 async def request(link, frame, number):
@@ -91,21 +118,22 @@ async def run(options):
     tls.verify_mode = ssl.CERT_NONE  # known by its fingerprint instead
     key = nacl.signing.SigningKey(bytes.fromhex(options.seed)) if options.seed else \
         nacl.signing.SigningKey.generate()
+    subprotocol = f"torvane.link.{options.version}"
     async with websockets.connect(
         f"wss://{options.host}:{options.port}/link",
         ssl=tls,
-        subprotocols=["torvane.link.1"],
+        subprotocols=[subprotocol],
         compression=None,
         max_size=64 << 20,
         open_timeout=TIMEOUT,
     ) as link:
-        if link.subprotocol != "torvane.link.1":
+        if link.subprotocol != subprotocol:
             raise Failure("the server did not choose the subprotocol")
         certificate = link.transport.get_extra_info("ssl_object").getpeercert(binary_form=True)
         fingerprint = hashlib.sha256(certificate).hexdigest()
         if options.ca_fingerprint not in ("none", fingerprint):
             raise Failure(f"another computer: its fingerprint is {fingerprint}")
-        hello = await pair(link, options.name, key, options.wait)
+        hello, shown_digits = await pair(link, options.name, key, options.wait, options.version)
         challenge = (
             await request(link, encode_frame({"id": 1, "path": "/p2p/auth"}), 1)
         )["challenge"]
@@ -117,6 +145,7 @@ async def run(options):
         "computer": hello["name"],
         "fingerprint": fingerprint,
         "deviceKey": base64.b64encode(bytes(key.verify_key)).decode(),
+        "digits": shown_digits,
         "challenge": challenge,
         "bridgeInfo": info,
     }
@@ -127,6 +156,7 @@ def main():
     parser.add_argument("--host", default="127.0.0.1")
     parser.add_argument("--port", type=int, required=True)
     parser.add_argument("--ca-fingerprint", default="none", help="64 hexadecimal digits, or none")
+    parser.add_argument("--version", type=int, choices=[1, 2], default=2)
     parser.add_argument("--name", default="Independent iPad")
     parser.add_argument("--seed", help="64 hexadecimal digits: the secret key; random without it")
     parser.add_argument("--wait", type=float, default=60, help="seconds to wait for the user")

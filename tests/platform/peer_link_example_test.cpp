@@ -36,7 +36,10 @@ class PeerLinkExample : public ::testing::Test {
     content << file.rdbuf();
     document = content.str();
     ASSERT_FALSE(document.empty());
-    std::iota(nonce.begin(), nonce.end(), std::uint8_t{0});
+    std::iota(greeting.nonce.begin(), greeting.nonce.end(), std::uint8_t{0});
+    std::iota(opening.begin(), opening.end(), std::uint8_t{0x40});
+    std::iota(deviceNonce.begin(), deviceNonce.end(), std::uint8_t{0x60});
+    greeting.pairingNonce = opening;
     std::iota(certificate.begin(), certificate.end(), std::uint8_t{0xA0});
   }
 
@@ -58,31 +61,64 @@ class PeerLinkExample : public ::testing::Test {
 
   [[nodiscard]] std::string invitation() const {
     return R"({"type":"invite","name":"Ada's iPad","context":")" + base64Encode(key.publicKey()) +
-           R"(","signature":")" + base64Encode(key.sign(proofMessage(nonce, certificate))) + "\"}";
+           R"(","nonce":")" + base64Encode(deviceNonce) + R"(","signature":")" +
+           base64Encode(key.sign(proofMessage(greeting.nonce, certificate, offer()))) + "\"}";
   }
+
+  [[nodiscard]] PairingOffer offer() const { return {pairingCommitment(opening), deviceNonce}; }
 
   std::string document;
   const DeviceKeyPair key{kSecret};
-  LinkNonce nonce{};
+  LinkGreeting greeting;
+  LinkNonce opening{};
+  LinkNonce deviceNonce{};
   CertificateHash certificate{};
 };
 
-TEST_F(PeerLinkExample, ShowsKeyNonceAndCertificate) {
+TEST_F(PeerLinkExample, ShowsKeyNoncesCommitmentAndCertificate) {
   expectBlock(key.publicKey());
   expectText("in base64 `" + base64Encode(key.publicKey()) + "`");
-  expectBlock(nonce);
+  expectBlock(greeting.nonce);
   expectBlock(certificate);
+  expectBlock(opening);
+  expectBlock(pairingCommitment(opening));
+  expectBlock(deviceNonce);
 }
 
 TEST_F(PeerLinkExample, ShowsTheHello) {
-  expectText("```json\n" + helloMessage("Desk", nonce) + "\n```\n");
+  expectText("```json\n" + helloMessage("Desk", greeting) + "\n```\n");
 }
 
 TEST_F(PeerLinkExample, ShowsTheProof) {
-  const Bytes message = proofMessage(nonce, certificate);
-  expectText("these 83 bytes");
-  ASSERT_EQ(message.size(), 83U);
+  const Bytes message = proofMessage(greeting.nonce, certificate, offer());
+  expectText("these 147 bytes");
+  ASSERT_EQ(message.size(), 147U);
   expectBlock(message);
+  expectText("`" + base64Encode(key.sign(message)) + "`");
+}
+
+TEST_F(PeerLinkExample, ShowsTheOpeningAndTheDigits) {
+  expectText("```json\n" + waitingMessage(greeting) + "\n```\n");
+  Bytes hashed = toBytes("torvane-pairing-digits-2");
+  for (const Bytes& part :
+       {key.publicKey(), Bytes(certificate.begin(), certificate.end()),
+        Bytes(opening.begin(), opening.end()), Bytes(deviceNonce.begin(), deviceNonce.end())}) {
+    hashed.insert(hashed.end(), part.begin(), part.end());
+  }
+  expectText("these 152 bytes");
+  ASSERT_EQ(hashed.size(), 152U);
+  expectBlock(hashed);
+  Sha256 hash;
+  hash.add(hashed);
+  expectBlock(hash.digest());
+  expectText("and show **" + pairingDigits({key.publicKey(), certificate, opening, deviceNonce}) +
+             "**");
+}
+
+TEST_F(PeerLinkExample, ShowsHowVersion1Differs) {
+  expectText("```json\n" + helloMessage("Desk", {greeting.nonce, {}}) + "\n```\n");
+  const Bytes message = proofMessage(greeting.nonce, certificate);
+  ASSERT_EQ(message.size(), 83U);
   expectText("`" + base64Encode(key.sign(message)) + "`");
 }
 
@@ -93,7 +129,8 @@ TEST_F(PeerLinkExample, ShowsAnInvitationThatTheServerTakes) {
   const auto result = readInvitation(invitation());
   const auto* valid = std::get_if<PeerInvitation>(&result);
   ASSERT_NE(valid, nullptr);
-  EXPECT_TRUE(isProven(*valid, nonce, certificate));
+  EXPECT_EQ(valid->name, "Ada's iPad");
+  EXPECT_TRUE(isProven(*valid, greeting, certificate));
 }
 
 TEST_F(PeerLinkExample, ShowsTheRequestForTheChallenge) {

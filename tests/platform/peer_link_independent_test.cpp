@@ -52,10 +52,11 @@ void reply(const LinkHost::Received& to, const JsonObject& body, std::int64_t id
   to.session->sendReliably(std::move(*frame), {to.peer});
 }
 
-// Answers one client as the program would.
-void serve(LinkHost& host) {
+// Answers one client as the program would; the digits that it would show.
+void serve(LinkHost& host, std::optional<std::string>& digits) {
   auto invited = host.invitations.next();
   ASSERT_TRUE(invited && invited->context);
+  digits = invited->digits;
   const auto key = SigningPublicKey::fromRaw(*invited->context);
   ASSERT_TRUE(key);
   invited->handler(true, host.session);
@@ -82,16 +83,31 @@ TEST(PeerLinkIndependentClient, PairsAuthenticatesAndAsks) {
   std::thread other([&] {
     client = run(command(host, " --ca-fingerprint " + fingerprintText(host.address.certificate)));
   });
-  serve(host);
+  std::optional<std::string> digits;
+  serve(host, digits);
   other.join();
   ASSERT_EQ(client.status, 0) << client.output;
   const auto printed = parseJsonObject(client.output.substr(0, client.output.find('\n')));
   ASSERT_TRUE(printed) << client.output;
   EXPECT_EQ(stringMember(*printed, "computer"), "Test computer");
   EXPECT_EQ(stringMember(*printed, "challenge"), kChallenge);
+  EXPECT_EQ(stringMember(*printed, "digits"), digits);
   const auto* info = printed->if_contains("bridgeInfo");
   ASSERT_TRUE(info != nullptr && info->is_object());
   EXPECT_EQ(stringMember(info->get_object(), "version"), "77");
+}
+
+TEST(PeerLinkIndependentClient, OfVersion1IsServedWithoutDigits) {
+  if (!canRun()) GTEST_SKIP() << "python3-websockets and python3-nacl are not installed";
+  LinkHost host;
+  ASSERT_NE(host.start(), 0);
+  Ended client;
+  std::thread other([&] { client = run(command(host, " --version 1")); });
+  std::optional<std::string> digits;
+  serve(host, digits);
+  other.join();
+  EXPECT_EQ(client.status, 0) << client.output;
+  EXPECT_FALSE(digits);
 }
 
 TEST(PeerLinkIndependentClient, LearnsThatItIsRefused) {

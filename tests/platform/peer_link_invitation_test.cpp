@@ -19,12 +19,12 @@ LinkRefusal refusalOf(std::string_view message) {
 struct Signer {
   Signer() { crypto_sign_keypair(publicKey.data(), secret.data()); }
 
-  [[nodiscard]] PeerInvitation invitation(const LinkNonce& nonce,
-                                          const CertificateHash& hash) const {
-    const Bytes message = proofMessage(nonce, hash);
+  [[nodiscard]] PeerInvitation invitation(const LinkNonce& nonce, const CertificateHash& hash,
+                                          const std::optional<PairingOffer>& offer = {}) const {
+    const Bytes message = proofMessage(nonce, hash, offer);
     Bytes signature(crypto_sign_BYTES);
     crypto_sign_detached(signature.data(), nullptr, message.data(), message.size(), secret.data());
-    return {"iPad", publicKey, signature};
+    return {"iPad", publicKey, signature, offer ? std::optional(offer->deviceNonce) : std::nullopt};
   }
 
   Bytes publicKey = Bytes(crypto_sign_PUBLICKEYBYTES);
@@ -39,6 +39,17 @@ TEST(PeerLinkInvitation, ReadsNameContextAndSignature) {
   EXPECT_EQ(invitation->name, "Ada");
   EXPECT_EQ(invitation->context, (Bytes{0, 1, 2}));
   EXPECT_EQ(invitation->signature, Bytes{0xFF});
+  EXPECT_FALSE(invitation->nonce);
+}
+
+TEST(PeerLinkInvitation, ReadsANonceOf32Bytes) {
+  const auto nonceIn = [](const std::string& text) {
+    const auto result = readInvitation(R"({"type":"invite","name":"Ada","nonce":)" + text + "}");
+    return std::get<PeerInvitation>(result).nonce;
+  };
+  EXPECT_EQ(nonceIn('"' + std::string(43, 'A') + "=\""), LinkNonce{});
+  for (const char* other : {"\"AAEC\"", "7", "\"?\"", "null"})
+    EXPECT_FALSE(nonceIn(other)) << other;
 }
 
 TEST(PeerLinkInvitation, NeedsNoContext) {
@@ -83,9 +94,68 @@ TEST(PeerLinkInvitation, ProofHoldsForOneNonceAndOneCertificate) {
   const LinkNonce nonce{1};
   const CertificateHash hash{2};
   const auto invitation = signer.invitation(nonce, hash);
-  EXPECT_TRUE(isProven(invitation, nonce, hash));
-  EXPECT_FALSE(isProven(invitation, LinkNonce{9}, hash));
-  EXPECT_FALSE(isProven(invitation, nonce, CertificateHash{9}));
+  EXPECT_TRUE(isProven(invitation, {nonce}, hash));
+  EXPECT_FALSE(isProven(invitation, {LinkNonce{9}}, hash));
+  EXPECT_FALSE(isProven(invitation, {nonce}, CertificateHash{9}));
+}
+
+TEST(PeerLinkInvitation, ProofOfVersion2HoldsForItsNoncesAlone) {
+  const Signer signer;
+  const CertificateHash hash{2};
+  const LinkGreeting greeting{LinkNonce{1}, LinkNonce{3}};
+  const PairingOffer offer{pairingCommitment(LinkNonce{3}), LinkNonce{4}};
+  const auto invitation = signer.invitation(greeting.nonce, hash, offer);
+  EXPECT_TRUE(isProven(invitation, greeting, hash));
+  EXPECT_FALSE(isProven(invitation, {greeting.nonce, LinkNonce{9}}, hash));
+  EXPECT_FALSE(isProven(invitation, {LinkNonce{9}, LinkNonce{3}}, hash));
+  EXPECT_FALSE(isProven(invitation, greeting, CertificateHash{9}));
+  auto altered = invitation;
+  altered.nonce = LinkNonce{9};
+  EXPECT_FALSE(isProven(altered, greeting, hash));
+  altered.nonce.reset();
+  EXPECT_FALSE(isProven(altered, greeting, hash));
+}
+
+// Else somebody in between could have a connection without digits from a device that knows them.
+TEST(PeerLinkInvitation, ProofOfOneVersionIsNoneInTheOther) {
+  const Signer signer;
+  const LinkGreeting first{LinkNonce{1}, {}};
+  const LinkGreeting second{LinkNonce{1}, LinkNonce{3}};
+  const PairingOffer offer{pairingCommitment(LinkNonce{3}), LinkNonce{4}};
+  auto invitation = signer.invitation(first.nonce, {});
+  EXPECT_TRUE(isProven(invitation, first, {}));
+  invitation.nonce = LinkNonce{4};
+  EXPECT_FALSE(isProven(invitation, second, {}));
+  invitation = signer.invitation(second.nonce, {}, offer);
+  EXPECT_TRUE(isProven(invitation, second, {}));
+  EXPECT_FALSE(isProven(invitation, first, {}));
+}
+
+TEST(PeerLinkInvitation, HasDigitsInVersion2Alone) {
+  const LinkGreeting greeting{LinkNonce{1}, LinkNonce{3}};
+  const PeerInvitation invitation{"iPad", Bytes(32, 7), Bytes(64), LinkNonce{4}};
+  const CertificateHash hash{2};
+  EXPECT_EQ(digitsOf(invitation, greeting, hash),
+            pairingDigits({Bytes(32, 7), hash, LinkNonce{3}, LinkNonce{4}}));
+  EXPECT_FALSE(digitsOf(invitation, {greeting.nonce, {}}, hash));
+  EXPECT_FALSE(digitsOf({"iPad", {}, {}, LinkNonce{4}}, greeting, hash));
+}
+
+TEST(PeerLinkInvitation, EveryGreetingIsNew) {
+  const auto one = newGreeting(LinkVersion::two);
+  const auto other = newGreeting(LinkVersion::two);
+  ASSERT_TRUE(one.pairingNonce && other.pairingNonce);
+  EXPECT_NE(one.nonce, other.nonce);
+  EXPECT_NE(one.pairingNonce, other.pairingNonce);
+  EXPECT_NE(one.nonce, *one.pairingNonce);
+  EXPECT_FALSE(newGreeting(LinkVersion::one).pairingNonce);
+}
+
+TEST(PeerLinkInvitation, NameCannotBringDigitsAlong) {
+  const auto result = readInvitation(R"({"type":"invite","name":"Ada's iPad · 482 913"})");
+  const auto* invitation = std::get_if<PeerInvitation>(&result);
+  ASSERT_NE(invitation, nullptr);
+  EXPECT_EQ(invitation->name, "Ada's iPad · ### ###");
 }
 
 TEST(PeerLinkInvitation, ProofNeedsTheContextsOwnKey) {
@@ -100,7 +170,9 @@ TEST(PeerLinkInvitation, ProofNeedsTheContextsOwnKey) {
 }
 
 TEST(PeerLinkInvitation, WritesTheControlMessages) {
-  EXPECT_EQ(waitingMessage(), R"({"type":"waiting"})");
+  EXPECT_EQ(waitingMessage({}), R"({"type":"waiting"})");
+  EXPECT_EQ(waitingMessage({{}, LinkNonce{}}),
+            R"({"type":"waiting","opening":")" + std::string(43, 'A') + R"(="})");
   EXPECT_EQ(acceptedMessage(), R"({"type":"accepted"})");
   EXPECT_EQ(refusedMessage(LinkRefusal::declined), R"({"type":"refused","reason":"declined"})");
   EXPECT_EQ(refusedMessage(LinkRefusal::proof), R"({"type":"refused","reason":"proof"})");
@@ -109,6 +181,9 @@ TEST(PeerLinkInvitation, WritesTheControlMessages) {
   EXPECT_EQ(refusedMessage(LinkRefusal::protocol), R"({"type":"refused","reason":"protocol"})");
   EXPECT_EQ(helloMessage("Desk", {}), R"({"type":"hello","version":1,"name":"Desk","nonce":")" +
                                           std::string(43, 'A') + R"(="})");
+  EXPECT_EQ(helloMessage("Desk", {{}, LinkNonce{}}),
+            R"({"type":"hello","version":2,"name":"Desk","nonce":")" + std::string(43, 'A') +
+                R"(=","commitment":"Zmh6rfhivXdsj8GLjp+OIAiXFIVu4jOzkCpZHQ1fKSU="})");
 }
 
 }  // namespace

@@ -116,7 +116,7 @@ TEST(PeerLinkPairing, HelloNamesTheComputerAndItsVersion) {
   const auto hello = parseJsonObject(message->text());
   ASSERT_TRUE(hello);
   EXPECT_EQ(stringMember(*hello, "name"), "Test computer");
-  EXPECT_EQ(integerMember(*hello, "version"), 1);
+  EXPECT_EQ(integerMember(*hello, "version"), 2);
   EXPECT_EQ(client.certificateHash(), host.address.certificate);
 }
 

@@ -14,6 +14,7 @@
 #include <boost/beast/websocket.hpp>
 #include <boost/beast/websocket/ssl.hpp>
 
+#include "peer/link_proof.h"
 #include "protocol/base64.h"
 #include "protocol/json.h"
 
@@ -75,6 +76,8 @@ struct LinkClient::Parts {
   Error lastError;
   bool hasTcp = false;
   bool hasTls = false;
+  std::optional<PairingOffer> offer;  // in version 2
+  std::optional<LinkNonce> opening;
 };
 
 LinkClient::LinkClient(Options options) : parts_(std::make_unique<Parts>(std::move(options))) {
@@ -125,10 +128,17 @@ bool LinkClient::connect() {
         }
         if (!options.origin.empty()) request.set(http::field::origin, options.origin);
       }));
-  const std::string host = options.host + ":" + std::to_string(options.port);
+  const std::string host = !options.httpHost.empty()
+                               ? options.httpHost
+                               : options.host + ":" + std::to_string(options.port);
   return parts_->run([&](auto done) {
     parts_->stream.async_handshake(parts_->response, host, options.target, std::move(done));
   });
+}
+
+std::string LinkClient::subprotocol() const {
+  const auto chosen = parts_->response[http::field::sec_websocket_protocol];
+  return {chosen.data(), chosen.size()};
 }
 
 unsigned LinkClient::httpStatus() const {
@@ -246,28 +256,42 @@ void LinkClient::close() {
   });
 }
 
+namespace {
+
+std::optional<LinkNonce> nonceMember(const JsonObject& object, std::string_view key) {
+  const auto bytes = base64Decode(stringMember(object, key).value_or(""));
+  LinkNonce nonce{};
+  if (!bytes || bytes->size() != nonce.size()) return std::nullopt;
+  std::ranges::copy(*bytes, nonce.begin());
+  return nonce;
+}
+
+}  // namespace
+
 std::optional<std::array<std::uint8_t, 32>> LinkClient::receiveHello() {
   const auto message = receive();
   const auto hello = message ? parseJsonObject(message->text()) : std::nullopt;
   if (!hello || stringMember(*hello, "type") != "hello") return std::nullopt;
-  const auto nonce = base64Decode(stringMember(*hello, "nonce").value_or(""));
-  std::array<std::uint8_t, 32> result{};
-  if (!nonce || nonce->size() != result.size()) return std::nullopt;
-  std::copy(nonce->begin(), nonce->end(), result.begin());
-  return result;
+  if (integerMember(*hello, "version") == 2) {
+    const auto commitment = nonceMember(*hello, "commitment");
+    if (!commitment) return std::nullopt;
+    auto& offer = parts_->offer.emplace();
+    offer.commitment = *commitment;
+    randombytes_buf(offer.deviceNonce.data(), offer.deviceNonce.size());
+  }
+  return nonceMember(*hello, "nonce");
 }
 
 std::string LinkClient::inviteText(const std::string& name, const DeviceKeyPair& key,
                                    const std::array<std::uint8_t, 32>& nonce) const {
-  Bytes message = toBytes("torvane-peer-link-1");
-  message.insert(message.end(), nonce.begin(), nonce.end());
-  const auto hash = certificateHash();
-  message.insert(message.end(), hash.begin(), hash.end());
-  return serializeJson({{"type", "invite"},
+  const auto& offer = parts_->offer;
+  const Bytes message = proofMessage(nonce, certificateHash(), offer);
+  JsonObject invitation{{"type", "invite"},
                         {"name", name},
                         {"context", base64Encode(key.publicKey())},
-                        {"signature", base64Encode(key.sign(message))}})
-      .value_or("");
+                        {"signature", base64Encode(key.sign(message))}};
+  if (offer) invitation["nonce"] = base64Encode(offer->deviceNonce);
+  return serializeJson(invitation).value_or("");
 }
 
 std::string LinkClient::invite(const std::string& name, const DeviceKeyPair& key) {
@@ -282,7 +306,15 @@ std::string LinkClient::outcome() {
   const auto object = message ? parseJsonObject(message->text()) : std::nullopt;
   if (!object) return "";
   const auto type = stringMember(*object, "type").value_or("");
+  if (type == "waiting") parts_->opening = nonceMember(*object, "opening");
   return type == "refused" ? stringMember(*object, "reason").value_or("") : type;
+}
+
+std::optional<std::string> LinkClient::digits(const DeviceKeyPair& key) const {
+  const auto& offer = parts_->offer;
+  const auto& opening = parts_->opening;
+  if (!offer || !opening || pairingCommitment(*opening) != offer->commitment) return std::nullopt;
+  return pairingDigits({key.publicKey(), certificateHash(), *opening, offer->deviceNonce});
 }
 
 }  // namespace torvane::testing

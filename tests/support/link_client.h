@@ -38,8 +38,9 @@ class LinkClient {
     std::uint16_t port = 0;
     std::string host = "127.0.0.1";
     std::string target = "/link";
-    std::string subprotocol = "torvane.link.1";  // empty: none offered
+    std::string subprotocol = "torvane.link.2";  // those offered, by commas; empty: none
     std::string origin;                          // empty: no such header
+    std::string httpHost;                        // the "Host" header; empty: host and port
     std::chrono::milliseconds deadline{20'000};
     int receiveBuffer = 0;  // bytes, where a slow reader is wanted
     bool isOldTls = false;  // TLS 1.2
@@ -55,6 +56,9 @@ class LinkClient {
   bool connectTcp();
   bool connectTls();
   bool connect();  // to the open WebSocket
+
+  // The subprotocol that was chosen.
+  [[nodiscard]] std::string subprotocol() const;
 
   // The HTTP status of a connect() that was refused.
   [[nodiscard]] unsigned httpStatus() const;
@@ -91,7 +95,7 @@ class LinkClient {
   void vanish();
   void close();  // with the WebSocket's closing handshake
 
-  // The steps of an invitation.
+  // The steps of an invitation, in the version that the hello names.
   std::optional<std::array<std::uint8_t, 32>> receiveHello();  // the nonce
   [[nodiscard]] std::string inviteText(const std::string& name, const DeviceKeyPair& key,
                                        const std::array<std::uint8_t, 32>& nonce) const;
@@ -100,6 +104,10 @@ class LinkClient {
   std::string invite(const std::string& name, const DeviceKeyPair& key);
   // The member of the next message that says the outcome: "accepted" or the reason of a refusal.
   std::string outcome();
+
+  // After invite(): what the device shows. None in version 1, and when the computer did not open
+  // its commitment.
+  [[nodiscard]] std::optional<std::string> digits(const DeviceKeyPair& key) const;
 
  private:
   struct Parts;

@@ -31,6 +31,7 @@ class LinkHost final : public PeerSessionDelegate, public AdvertiserDelegate {
     PeerID peer;
     std::optional<Bytes> context;
     InvitationHandler handler;
+    std::optional<std::string> digits;
   };
 
   explicit LinkHost(PeerLinkOptions options = {}) {
@@ -82,9 +83,9 @@ class LinkHost final : public PeerSessionDelegate, public AdvertiserDelegate {
   }
   void advertiserDidNotStart(std::string error) override { errors.put(std::move(error)); }
   void advertiserDidRecover() override {}
-  void advertiserDidReceiveInvitation(PeerID peer, std::optional<Bytes> context,
-                                      InvitationHandler handler) override {
-    invitations.put({std::move(peer), std::move(context), std::move(handler)});
+  void advertiserDidReceiveInvitation(Invitation invitation, InvitationHandler handler) override {
+    invitations.put({std::move(invitation.peer), std::move(invitation.context), std::move(handler),
+                     std::move(invitation.digits)});
   }
 
   EventQueue<Change> changes;

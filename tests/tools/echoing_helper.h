@@ -42,6 +42,12 @@ class EchoingHelper : public PeerSessionDelegate, public AdvertiserDelegate {
     return address_;
   }
 
+  // What the user would be shown for the last invitation.
+  [[nodiscard]] std::optional<std::string> digits() {
+    const std::lock_guard lock(mutex_);
+    return digits_;
+  }
+
  private:
   struct Device {
     SigningPublicKey key;
@@ -52,13 +58,14 @@ class EchoingHelper : public PeerSessionDelegate, public AdvertiserDelegate {
   void advertiserDidNotStart(std::string) override {}
   void advertiserDidRecover() override {}
 
-  void advertiserDidReceiveInvitation(PeerID peer, std::optional<Bytes> context,
-                                      InvitationHandler handler) override {
-    const auto key = SigningPublicKey::fromRaw(context.value_or(Bytes{}));
+  void advertiserDidReceiveInvitation(Invitation invitation, InvitationHandler handler) override {
+    const auto key = SigningPublicKey::fromRaw(invitation.context.value_or(Bytes{}));
     if (key) {
       registered_->insert(key->deviceKey());
-      devices_.emplace(peer.token, Device{*key});
+      devices_.emplace(invitation.peer.token, Device{*key});
     }
+    const std::lock_guard lock(mutex_);
+    digits_ = invitation.digits;
     handler(key.has_value(), key ? session_ : nullptr);
   }
 
@@ -91,6 +98,7 @@ class EchoingHelper : public PeerSessionDelegate, public AdvertiserDelegate {
   std::mutex mutex_;
   std::condition_variable listens_;
   std::optional<LinkAddress> address_;
+  std::optional<std::string> digits_;
   std::map<std::uint64_t, Device> devices_;
   const std::shared_ptr<RegisteredKeys> registered_ = std::make_shared<RegisteredKeys>();
   std::shared_ptr<PeerSession> session_;

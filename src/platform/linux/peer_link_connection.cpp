@@ -14,7 +14,7 @@
 #include <boost/beast/websocket.hpp>
 #include <boost/beast/websocket/ssl.hpp>
 
-#include "platform/linux/peer_link_http.h"
+#include "platform/linux/interface_hosts.h"
 #include "platform/linux/peer_link_invitation.h"
 #include "platform/linux/peer_link_request.h"
 #include "platform/linux/peer_link_tls.h"
@@ -111,16 +111,22 @@ class BeastConnection final : public PeerConnection,
 
   void didReadRequest(Error error, std::size_t) {
     if (error) return end();
-    const LinkAnswer answer = answerTo(readLinkRequest(parser_->get()));
+    const LinkRequest request = readLinkRequest(parser_->get());
+    const LinkAnswer answer = answerTo(request, ownHostsFor(request));
     if (answer.status != 101) return respond(answer);
+    version_ = request.version.value_or(version_);
     if (requestBuffer_.size() != 0) return end();  // nobody may speak before the answer
     stream_.set_option(websocket::stream_base::timeout{websocket::stream_base::none(),
                                                        websocket::stream_base::none(), false});
-    stream_.set_option(websocket::stream_base::decorator([](websocket::response_type& response) {
-      response.set(http::field::sec_websocket_protocol,
-                   beast::string_view(kLinkSubprotocol.data(), kLinkSubprotocol.size()));
-    }));
+    stream_.set_option(choosing(version_));
     stream_.async_accept(parser_->get(), on(&BeastConnection::didAccept));
+  }
+
+  // Only pages are asked how they call this computer.
+  OwnHosts ownHostsFor(const LinkRequest& request) {
+    if (request.originCount == 0) return {};
+    Error error;
+    return ownHosts(beast::get_lowest_layer(stream_).local_endpoint(error).port());
   }
 
   void respond(const LinkAnswer& answer) {
@@ -149,7 +155,7 @@ class BeastConnection final : public PeerConnection,
     stream_.auto_fragment(false);
     stream_.control_callback(
         [this](websocket::frame_type kind, beast::string_view) { didReceiveControl(kind); });
-    owner_.connectionDidOpen(token_);
+    owner_.connectionDidOpen(token_, version_);
     readOn();
   }
 
@@ -256,6 +262,7 @@ class BeastConnection final : public PeerConnection,
   std::optional<RequestParser> parser_;
   std::optional<Response> response_;
 
+  LinkVersion version_ = LinkVersion::one;
   LinkPhase phase_ = LinkPhase::invitation;
   PeerLiveness liveness_;
   bool isOpen_ = false;  // as a WebSocket

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/linux/peer_link_http.h"
 #include "platform/linux/peer_link_limits.h"
 #include "platform/linux/peer_link_session.h"
 
@@ -25,7 +26,7 @@ class PeerConnectionOwner {
  public:
   virtual ~PeerConnectionOwner() = default;
 
-  virtual void connectionDidOpen(std::uint64_t token) = 0;
+  virtual void connectionDidOpen(std::uint64_t token, LinkVersion version) = 0;
   virtual void connectionDidSendText(std::uint64_t token, std::string_view text) = 0;
   virtual void connectionDidSendFrame(std::uint64_t token, Bytes frame, MessageLease lease) = 0;
 

@@ -21,21 +21,25 @@ bool equalIgnoringCase(std::string_view a, std::string_view b) {
                     [](char x, char y) { return lowered(x) == lowered(y); });
 }
 
-bool isForeign(const LinkRequest& request) {
+bool isForeign(const LinkRequest& request, const OwnHosts& own) {
   if (request.originCount == 0) return false;
-  return request.originCount > 1 || request.host.empty() ||
+  return request.originCount > 1 || !isOwnHost(request.host, own) ||
          !equalIgnoringCase(request.origin.substr(0, kOriginScheme.size()), kOriginScheme) ||
          !equalIgnoringCase(request.origin.substr(kOriginScheme.size()), request.host);
 }
 
 }  // namespace
 
-LinkAnswer answerTo(const LinkRequest& request) {
+std::string_view subprotocolOf(LinkVersion version) {
+  return version == LinkVersion::two ? "torvane.link.2" : "torvane.link.1";
+}
+
+LinkAnswer answerTo(const LinkRequest& request, const OwnHosts& own) {
   if (request.method != "GET") return {405, "Only GET is answered here.\n"};
   if (request.isUpgrade) {
     if (request.target != kLinkTarget) return {404, "There is nothing at this address.\n"};
-    if (isForeign(request)) return {403, "Other origins may not open the link.\n"};
-    if (!request.offersSubprotocol) return {400, "The subprotocol torvane.link.1 is needed.\n"};
+    if (isForeign(request, own)) return {403, "Other origins may not open the link.\n"};
+    if (!request.version) return {400, "The subprotocol torvane.link.2 is needed.\n"};
     return {101, {}};
   }
   if (request.target == "/") return {200, kPage};

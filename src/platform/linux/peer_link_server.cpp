@@ -4,8 +4,6 @@
 
 #include "platform/linux/peer_link_server.h"
 
-#include <sodium.h>
-
 #include <algorithm>
 #include <utility>
 
@@ -80,11 +78,11 @@ void PeerLinkServer::didAccept(const PeerLinkListener::Accepted& accepted) {
   scheduleTick();
 }
 
-void PeerLinkServer::connectionDidOpen(std::uint64_t token) {
+void PeerLinkServer::connectionDidOpen(std::uint64_t token, LinkVersion version) {
   Guest* guest = find(token);
   if (guest == nullptr || !advertisement_) return;
-  randombytes_buf(guest->nonce.data(), guest->nonce.size());
-  send(*guest, helloMessage(advertisement_->name, guest->nonce));
+  guest->greeting = newGreeting(version);
+  send(*guest, helloMessage(advertisement_->name, guest->greeting));
 }
 
 void PeerLinkServer::connectionDidSendText(std::uint64_t token, std::string_view text) {
@@ -104,7 +102,7 @@ std::optional<LinkRefusal> PeerLinkServer::admit(Guest& guest, const PeerInvitat
   if (!inviter.isRegistered && failedProofs_.areTooMany(guest.origin, now)) {
     return LinkRefusal::busy;
   }
-  if (!isProven(invitation, guest.nonce, certificate_->hash)) {
+  if (!isProven(invitation, guest.greeting, certificate_->hash)) {
     failedProofs_.add(guest.origin, now);
     return LinkRefusal::proof;
   }
@@ -126,9 +124,10 @@ void PeerLinkServer::wait(Guest& guest, const PeerInvitation& invitation) {
   guest.stage = Stage::waiting;
   guest.peer = {guest.token, invitation.name};
   guest.connection->setPhase(LinkPhase::nothing);
-  send(guest, waitingMessage());
-  advertisement_->delegate->advertiserDidReceiveInvitation(guest.peer, invitation.context,
-                                                           handlerFor(guest.peer));
+  send(guest, waitingMessage(guest.greeting));
+  advertisement_->delegate->advertiserDidReceiveInvitation(
+      {guest.peer, invitation.context, digitsOf(invitation, guest.greeting, certificate_->hash)},
+      handlerFor(guest.peer));
 }
 
 InvitationHandler PeerLinkServer::handlerFor(const PeerID& peer) const {

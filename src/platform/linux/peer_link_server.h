@@ -50,7 +50,7 @@ class PeerLinkServer final : public PeerConnectionOwner {
   // Ends all there is, without a word to any delegate; the loop runs out of work.
   void shutDown();
 
-  void connectionDidOpen(std::uint64_t token) override;
+  void connectionDidOpen(std::uint64_t token, LinkVersion version) override;
   void connectionDidSendText(std::uint64_t token, std::string_view text) override;
   void connectionDidSendFrame(std::uint64_t token, Bytes frame, MessageLease lease) override;
   void connectionIsLeaving(std::uint64_t token) override;
@@ -65,7 +65,7 @@ class PeerLinkServer final : public PeerConnectionOwner {
     std::shared_ptr<PeerConnection> connection;
     std::string origin;
     Stage stage = Stage::stranger;
-    LinkNonce nonce{};
+    LinkGreeting greeting{};
     PeerID peer{};
     InvitationValve::Waiting waiting{};
     std::shared_ptr<LinkSession> session{};

@@ -72,8 +72,7 @@ class OpenInvitation {
     std::optional<torvane::Bytes> key;
     if (context != nil) key = torvane::toBytes(context);
     // Strangers are numbered for good, so only those are that the valve lets in.
-    const bool isNamed =
-        torvane::shownPeerName(torvane::toText(peerID.displayName)).has_value();
+    const bool isNamed = torvane::shownPeerName(torvane::toText(peerID.displayName)).has_value();
     const auto waiting = isNamed ? [self waitingWithKey:key] : nullptr;
     const auto peer = waiting ? _tokens->identify(peerID) : std::nullopt;
     if (!peer) {
@@ -82,7 +81,7 @@ class OpenInvitation {
     }
     const auto open = std::make_shared<torvane::OpenInvitation>(waiting, invitationHandler);
     _delegate->advertiserDidReceiveInvitation(
-        *peer, key, [open](bool accept, const std::shared_ptr<torvane::PeerSession>& session) {
+        {*peer, key}, [open](bool accept, const std::shared_ptr<torvane::PeerSession>& session) {
           const auto into = std::static_pointer_cast<torvane::MacPeerSession>(session);
           open->answer(accept, into ? into->session() : nil);
         });

@@ -2,6 +2,9 @@
 up. As a program: one device, which prints how it was answered.
 
 usage: link_device.py PORT NAME [old]
+
+They speak version 1 of the link, which shows no digits, so that questions have the same text each
+time.
 """
 
 import asyncio

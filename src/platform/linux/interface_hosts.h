@@ -1,0 +1,11 @@
+#pragma once
+
+#include "peer/own_hosts.h"
+
+namespace torvane {
+
+// The addresses of this computer's network interfaces as they are now, and its host name. What
+// cannot be had is left out.
+[[nodiscard]] OwnHosts ownHosts(std::uint16_t port);
+
+}  // namespace torvane
