@@ -131,6 +131,7 @@ class EchoHost final : public PeerSessionDelegate, public AdvertiserDelegate {
         });
   }
   void advertiserDidNotStart(std::string) override {}
+  void advertiserDidRecover() override {}
   void advertiserDidReceiveInvitation(Invitation invitation, InvitationHandler handler) override {
     registered_->insert(base64Encode(invitation.context.value_or(Bytes{})));
     handler(true, session_);

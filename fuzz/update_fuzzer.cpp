@@ -6,10 +6,10 @@
 #include <sstream>
 #include <string>
 
+#include "protocol/numeric_characters.h"
 #include "protocol/utf8.h"
 #include "require.h"
 #include "update/build_number.h"
-#include "protocol/numeric_characters.h"
 #include "update/update_checks.h"
 
 using namespace torvane;

@@ -2,8 +2,8 @@
 
 #include <vector>
 
-#include "protocol/utf8.h"
 #include "protocol/numeric_characters.h"
+#include "protocol/utf8.h"
 
 namespace torvane {
 namespace {

@@ -31,11 +31,32 @@ TEST(PeerName, MayHaveTheNeighboursOfForbiddenCharacters) {
 }
 
 TEST(PeerName, ShowsSomething) {
-  for (const char* name :
-       {"", " ", "\u3000\u2003", "\u00A0", "\u200B", "\u3164", "\uFEFF", "\u00AD", "\u2060",
-        "\u115F\u1160", "\u17B4\u17B5", "\u180E", "\u2800 \u2800", "\uFFA0", "\u034F", "\u2065",
-        "\uFFF9\uFFFB", "\u200D\u200C", "\uFE0F", "\U000E0100", "\U000E0001",
-        "\U000E0069\U000E0050", "\U000E0FFF", "\U0001D173", "\U0001BCA0", "\u202E\u2069 \u061C"}) {
+  for (const char* name : {"",
+                           " ",
+                           "\u3000\u2003",
+                           "\u00A0",
+                           "\u200B",
+                           "\u3164",
+                           "\uFEFF",
+                           "\u00AD",
+                           "\u2060",
+                           "\u115F\u1160",
+                           "\u17B4\u17B5",
+                           "\u180E",
+                           "\u2800 \u2800",
+                           "\uFFA0",
+                           "\u034F",
+                           "\u2065",
+                           "\uFFF9\uFFFB",
+                           "\u200D\u200C",
+                           "\uFE0F",
+                           "\U000E0100",
+                           "\U000E0001",
+                           "\U000E0069\U000E0050",
+                           "\U000E0FFF",
+                           "\U0001D173",
+                           "\U0001BCA0",
+                           "\u202E\u2069 \u061C"}) {
     EXPECT_FALSE(shownPeerName(name)) << name;
   }
 }

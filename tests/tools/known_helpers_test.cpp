@@ -25,15 +25,27 @@ TEST(KnownHelpers, SurvivesTheFile) {
   EXPECT_EQ(read->latest()->address, "[::1]:7");
 }
 
-TEST(KnownHelpers, RemembersTheLatestOfAnAddress) {
+TEST(KnownHelpers, KnowsAComputerByItsFingerprintAtItsNewAddress) {
+  KnownHelpers known;
+  known.remember({"mini:1", "Mini", kFirst});
+  known.remember({"other:1", "Other", kSecond});
+  known.remember({"mini.lan:1", "Mini", kFirst});
+  EXPECT_EQ(known.find("mini:1"), nullptr);
+  ASSERT_NE(known.withFingerprint(kFirst), nullptr);
+  EXPECT_EQ(known.withFingerprint(kFirst)->address, "mini.lan:1");
+  EXPECT_EQ(known.latest()->address, "mini.lan:1");
+  EXPECT_EQ(known.fingerprints(), (std::vector<std::string>{kFirst, kSecond}));
+  EXPECT_EQ(known.withFingerprint(""), nullptr);
+}
+
+TEST(KnownHelpers, KeepsAComputerWhoseAddressAnotherHasNow) {
   KnownHelpers known;
   known.remember({"mini:1", "Old", kFirst});
-  known.remember({"other:1", "Other", kFirst});
   known.remember({"mini:1", "New", kSecond});
   EXPECT_EQ(known.find("mini:1")->fingerprint, kSecond);
-  EXPECT_EQ(known.latest()->name, "New");
+  EXPECT_NE(known.withFingerprint(kFirst), nullptr);
   EXPECT_TRUE(known.forget("mini:1"));
-  EXPECT_EQ(known.find("mini:1"), nullptr);
+  EXPECT_EQ(known.latest(), nullptr);
   EXPECT_FALSE(known.forget("mini:1"));
 }
 

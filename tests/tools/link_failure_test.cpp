@@ -20,6 +20,13 @@ TEST(LinkFailure, SaysHowToTrustANewCertificate) {
   EXPECT_NE(text.find("abcd"), text.npos);
 }
 
+TEST(LinkFailure, SaysHowToPairWithAnUnknownHelper) {
+  EXPECT_EQ(explain({Kind::strangeHelper, "abcd"}, "mini:48484"),
+            "This device was never paired with the helper at mini:48484, so nothing was sent. Run "
+            "\"torvane-ipad pair\" for it first, and compare the digits that both show. Its "
+            "fingerprint is abcd.");
+}
+
 TEST(LinkFailure, ExplainsEachReasonForARefusal) {
   const auto refusal = [](const char* reason) {
     return explain({Kind::refused, reason}, "mini:48484");
@@ -32,7 +39,8 @@ TEST(LinkFailure, ExplainsEachReasonForARefusal) {
 }
 
 TEST(LinkFailure, EndsTheProgramByItsKind) {
-  for (const auto kind : {Kind::unreachable, Kind::notAHelper, Kind::otherHelper, Kind::lost}) {
+  for (const auto kind :
+       {Kind::unreachable, Kind::notAHelper, Kind::otherHelper, Kind::strangeHelper, Kind::lost}) {
     EXPECT_EQ(exitFor({kind, ""}), Exit::noConnection);
   }
   for (const auto kind : {Kind::refused, Kind::notApproved, Kind::noAnswer, Kind::misbehaviour}) {

@@ -15,8 +15,14 @@ import nacl.exceptions
 import nacl.signing
 import websockets
 
-SUBPROTOCOL = "torvane.link.1"
+SUBPROTOCOL = "torvane.link.2"
 NONCE = bytes(range(32))
+PAIRING_NONCE = bytes(range(32, 64))
+COMMITMENT = hashlib.sha256(PAIRING_NONCE).digest()
+
+
+def base64_text(data):
+    return base64.b64encode(data).decode()
 
 
 def encode(header, body=b""):
@@ -61,12 +67,17 @@ class ScriptedHelper:
         self.requests = []     # inner headers and bodies, in order
         self.refused = 0       # requests with a wrong signature
         self.faults = []
+        self.digits = None     # of the last invitation
 
     # ------------------------------------------------------------- what tests override
 
     async def greet(self, ws):
-        await ws.send(json.dumps({"type": "hello", "version": 1, "name": "Scripted",
-                                  "nonce": base64.b64encode(NONCE).decode()}))
+        await ws.send(json.dumps({"type": "hello", "version": 2, "name": "Scripted",
+                                  "nonce": base64_text(NONCE),
+                                  "commitment": base64_text(COMMITMENT)}))
+
+    def opening(self):
+        return PAIRING_NONCE
 
     async def answer_invitation(self, ws):
         await ws.send('{"type":"accepted"}')
@@ -109,7 +120,12 @@ class ScriptedHelper:
         invite = json.loads(await ws.recv())
         key = base64.b64decode(invite["context"])
         self.invitations.append((invite["name"], invite["context"]))
-        proof = b"torvane-peer-link-1" + NONCE + self.certificate.digest
+        nonce = base64.b64decode(invite["nonce"])
+        proof = (b"torvane-peer-link-2" + NONCE + self.certificate.digest + COMMITMENT + nonce)
+        number = int.from_bytes(hashlib.sha256(
+            b"torvane-pairing-digits-2" + key + self.certificate.digest + PAIRING_NONCE +
+            nonce).digest()[:8], "big") % 10 ** 6
+        self.digits = f"{number // 1000:03} {number % 1000:03}"
         verify_key = nacl.signing.VerifyKey(key)
         verify_key.verify(proof, base64.b64decode(invite["signature"]))
         return {"key": verify_key, "ids": set(), "challenge": self.new_challenge()}
@@ -118,7 +134,7 @@ class ScriptedHelper:
         try:
             await self.greet(ws)
             state = await self._invite(ws)
-            await ws.send('{"type":"waiting"}')
+            await ws.send(json.dumps({"type": "waiting", "opening": base64_text(self.opening())}))
             if not await self.answer_invitation(ws):
                 await ws.close(1008)
                 return

@@ -52,6 +52,14 @@ class ToolTest(unittest.TestCase):
         self.assertIn(text, said)
         return said
 
+    def know(self, *certificates):
+        """As after pairing with these helpers, somewhere else."""
+        os.makedirs(self.data(""), mode=0o700)
+        with open(self.data("known-helpers.json"), "w", encoding="utf-8") as known:
+            json.dump({"helpers": [
+                {"address": "elsewhere.local:48484", "name": "Scripted",
+                 "fingerprint": certificate.fingerprint} for certificate in certificates]}, known)
+
     def start(self, helper):
         helper.__enter__()
         self.addCleanup(helper.__exit__)
@@ -61,8 +69,9 @@ class ToolTest(unittest.TestCase):
 class Pairing(ToolTest):
     def test_accepted_device_remembers_the_helper(self):
         helper = self.start(ScriptedHelper(CERTIFICATES[0]))
-        self.check(self.run_tool(helper, "pair", "--name", "Ada’s iPad"), 0,
-                   "\"Scripted\" accepted \"Ada’s iPad\".")
+        said = self.check(self.run_tool(helper, "pair", "--name", "Ada’s iPad"), 0,
+                          "\"Scripted\" accepted \"Ada’s iPad\".")
+        self.assertIn(f"Where nobody pressed \"Pair\" beside the digits {helper.digits}", said)
         self.assertEqual(helper.invitations[0][0], "Ada’s iPad")
         self.assertEqual((helper.faults, helper.refused), ([], 0))
         with open(self.data("known-helpers.json"), encoding="utf-8") as known:
@@ -110,7 +119,9 @@ class Pairing(ToolTest):
         command = self.command("pair", "--port", str(helper.port))
         with subprocess.Popen(command, env=self.environment, stdout=subprocess.PIPE,
                               stderr=subprocess.PIPE, text=True) as tool:
-            self.assertIn("Waiting for approval at \"Scripted\"", tool.stderr.readline())
+            said = tool.stderr.readline()
+            self.assertIn("Waiting for approval at \"Scripted\"", said)
+            self.assertIn(f"Its question must show the digits {helper.digits};", said)
             helper._loop.call_soon_threadsafe(helper.approved.set)
             self.assertIn("accepted", tool.communicate(timeout=DEADLINE)[0])
         self.assertEqual(tool.returncode, 0)
@@ -124,6 +135,74 @@ class Pairing(ToolTest):
         helper = self.start(Silent(CERTIFICATES[0]))
         self.check(self.run_tool(helper, "pair", "--approval", "0.1"), 1,
                    "Nobody has answered at the helper")
+
+
+    def test_digits_are_part_of_the_result(self):
+        helper = self.start(ScriptedHelper(CERTIFICATES[0]))
+        lines = self.run_tool(helper, "pair", "--json").stdout.decode().splitlines()
+        accepted = next(fact for fact in map(json.loads, lines) if fact["event"] == "accepted")
+        self.assertEqual(accepted["digits"], helper.digits)
+
+    def test_known_helper_is_not_called_new(self):
+        helper = self.start(ScriptedHelper(CERTIFICATES[0]))
+        self.check(self.run_tool(helper, "pair"), 0, "trusted from now on")
+        said = self.check(self.run_tool(helper, "pair"), 0, "accepted")
+        self.assertNotIn("trusted from now on", said)
+
+    def test_helper_that_chooses_its_nonce_late_is_not_trusted(self):
+        class Late(ScriptedHelper):
+            def opening(self):
+                return bytes(32)
+
+        helper = self.start(Late(CERTIFICATES[0]))
+        self.check(self.run_tool(helper, "pair"), 1, "it did not open its commitment")
+        self.assertFalse(os.path.exists(self.data("known-helpers.json")))
+
+    def test_helper_without_digits_is_not_trusted(self):
+        class Old(ScriptedHelper):
+            subprotocols = ["torvane.link.1"]
+
+            async def _refuse_other_paths(self, path, headers):
+                if "torvane.link.1" not in headers.get("Sec-WebSocket-Protocol", ""):
+                    return http.HTTPStatus.BAD_REQUEST, [], b""
+                return None
+
+        helper = self.start(Old(CERTIFICATES[0]))
+        self.check(self.run_tool(helper, "pair"), 3, "no version of the peer link with digits")
+        self.assertEqual(helper.invitations, [])
+
+
+class Strangers(ToolTest):
+    """Helpers that this device was never paired with."""
+
+    COMMANDS = (["info"], ["get", "/"], ["post", "/x"], ["state"], ["watch"], ["draw"], ["laser"],
+                ["undo"], ["clear"], ["load"], ["replay"])
+
+    def test_get_nothing_but_the_invitation_of_pair(self):
+        helper = self.start(ScriptedHelper(CERTIFICATES[0]))
+        for command in self.COMMANDS:
+            said = self.check(self.run_tool(helper, *command), 3, "was never paired with")
+            self.assertIn("Run \"torvane-ipad pair\" for it first", said)
+            self.assertIn(CERTIFICATES[0].fingerprint, said)
+        self.assertEqual(helper.invitations, [])
+        self.check(self.run_tool(helper, "pair"), 0)
+        self.check(self.run_tool(helper, "info"), 0, "build 42")
+
+    def test_are_not_trusted_for_knowing_others(self):
+        self.know(CERTIFICATES[0])
+        helper = self.start(ScriptedHelper(CERTIFICATES[1]))
+        self.check(self.run_tool(helper, "info"), 3, "was never paired with")
+        self.assertEqual(helper.invitations, [])
+
+    def test_are_not_those_at_a_new_address(self):
+        self.know(CERTIFICATES[1], CERTIFICATES[0])
+        helper = self.start(ScriptedHelper(CERTIFICATES[0]))
+        self.check(self.run_tool(helper, "info"), 0, "build 42")
+        with open(self.data("known-helpers.json"), encoding="utf-8") as known:
+            addresses = {each["fingerprint"]: each["address"]
+                         for each in json.load(known)["helpers"]}
+        self.assertEqual(addresses, {CERTIFICATES[0].fingerprint: f"127.0.0.1:{helper.port}",
+                                     CERTIFICATES[1].fingerprint: "elsewhere.local:48484"})
 
 
 class Trust(ToolTest):
@@ -148,6 +227,11 @@ class Trust(ToolTest):
         self.check(self.run_tool(helper, "pair", "--trust-new"), 0)
         self.check(self.run_tool(helper, "info"), 0)
 
+    def test_trusting_another_certificate_ends_the_trust_in_the_first(self):
+        self.check(self.run_tool(self.other_helper(), "pair", "--trust-new"), 0)
+        first = self.start(ScriptedHelper(CERTIFICATES[0]))
+        self.check(self.run_tool(first, "info"), 3, "was never paired with")
+
     def test_certificate_can_be_forgotten(self):
         helper = self.other_helper()
         self.check(self.run_tool(helper, "pair", "--forget"), 0, "is forgotten")
@@ -171,13 +255,29 @@ class Trust(ToolTest):
         self.check(self.run_tool(None, "info"), 0, "build 42")
         self.check(self.run_tool(None, "find"), 0, "Here at 127.0.0.1:")
 
+    def test_unknown_helper_of_this_computer_is_trusted_by_pairing_alone(self):
+        helper = self.start(ScriptedHelper(CERTIFICATES[1]))
+        self.runtime_file(helper.port, CERTIFICATES[1].fingerprint)
+        self.check(self.run_tool(None, "info"), 3, "was never paired with")
+        self.assertEqual(helper.invitations, [])
+        self.check(self.run_tool(None, "pair"), 0)
+        self.check(self.run_tool(None, "info"), 0, "build 42")
+        self.check(self.run_tool(None, "pair", "--forget"), 0, "is forgotten")
+        self.check(self.run_tool(None, "info"), 3, "was never paired with")
+
     def test_helper_of_this_computer_must_show_the_certificate_of_its_file(self):
         helper = self.start(ScriptedHelper(CERTIFICATES[1]))
         self.runtime_file(helper.port, CERTIFICATES[0].fingerprint)
         self.check(self.run_tool(None, "info"), 3, "another certificate")
 
 
-class Requests(ToolTest):
+class KnownHelperTest(ToolTest):
+    def setUp(self):
+        super().setUp()
+        self.know(CERTIFICATES[0])
+
+
+class Requests(KnownHelperTest):
     def test_info_names_the_build(self):
         helper = self.start(ScriptedHelper(CERTIFICATES[0]))
         self.check(self.run_tool(helper, "info"), 0, "The helper is build 42.")
@@ -253,7 +353,7 @@ class Requests(ToolTest):
         self.assertEqual(self.run_tool(helper, "get", "/").stdout, b"right")
 
 
-class State(ToolTest):
+class State(KnownHelperTest):
     def test_state_is_told_in_words(self):
         helper = ScriptedHelper(CERTIFICATES[0])
         helper.engine = lambda *_: (200, "application/json",
@@ -290,7 +390,7 @@ class State(ToolTest):
         self.check(self.run_tool(helper, "watch"), 3, "was lost (bye)")
 
 
-class Replay(ToolTest):
+class Replay(KnownHelperTest):
     def test_honest_helper_refuses_replays(self):
         helper = self.start(ScriptedHelper(CERTIFICATES[0]))
         self.check(self.run_tool(helper, "replay"), 0, "Sent twice on one connection: 1 answer. "
@@ -316,7 +416,7 @@ class Replay(ToolTest):
         self.check(self.run_tool(helper, "replay"), 1, "Sent twice on one connection: 2 answers.")
 
 
-class InkCommands(ToolTest):
+class InkCommands(KnownHelperTest):
     def setUp(self):
         super().setUp()
         self.helper = ScriptedHelper(CERTIFICATES[0])
@@ -401,7 +501,7 @@ class InkCommands(ToolTest):
                        "The engine answered with status 400: no such thing.")
 
 
-class Load(ToolTest):
+class Load(KnownHelperTest):
     def load(self, helper, *arguments):
         self.start(helper)
         result = self.run_tool(helper, "load", "--json", *arguments)
@@ -503,7 +603,7 @@ class Load(ToolTest):
         self.assertEqual(said["answered"], 12)
 
 
-class RudeHelpers(ToolTest):
+class RudeHelpers(KnownHelperTest):
     """None of them may crash the program or keep it for ever."""
 
     def check_rude(self, helper, status, text):
@@ -554,13 +654,14 @@ class RudeHelpers(ToolTest):
     def test_strange_greetings(self):
         nonce = "A" * 43 + "="
         for message in ("", "{}", "[" * 2000, '{"type":"accepted"}', '{"type":"waiting"}',
-                        '{"type":"hello","version":1,"name":"x","nonce":"AAAA"}',
-                        json.dumps({"type": "hello", "version": 1, "name": "x" * 5000,
-                                    "nonce": nonce})):
+                        '{"type":"hello","version":2,"name":"x","nonce":"AAAA"}',
+                        json.dumps({"type": "hello", "version": 2, "name": "x", "nonce": nonce}),
+                        json.dumps({"type": "hello", "version": 2, "name": "x" * 5000,
+                                    "nonce": nonce, "commitment": nonce})):
             self.greeting(message, 1, "it said something unexpected")
         self.greeting(b"binary", 1, "a message of the wrong kind")
-        self.greeting(json.dumps({"type": "hello", "version": 2, "name": "x", "nonce": nonce}), 3,
-                      "it speaks version 2")
+        self.greeting(json.dumps({"type": "hello", "version": 3, "name": "x", "nonce": nonce}), 3,
+                      "it speaks version 3")
 
     def test_huge_message(self):
         self.greeting(b"x" * (16 * 1024 * 1024 + 1), 1, "over 16 MiB")
@@ -593,8 +694,9 @@ class RudeHelpers(ToolTest):
     def test_bytes_for_the_terminal_in_names(self):
         class Colourful(ScriptedHelper):
             async def greet(self, ws):
-                await ws.send(json.dumps({"type": "hello", "version": 1,
-                                          "name": "\x1b[31mRed\u202e", "nonce": "A" * 43 + "="}))
+                await ws.send(json.dumps({"type": "hello", "version": 2,
+                                          "name": "\x1b[31mRed\u202e", "nonce": "A" * 43 + "=",
+                                          "commitment": "A" * 43 + "="}))
                 await ws.recv()
                 await ws.send('{"type":"refused","reason":"\\u001b[2J"}')
                 await ws.wait_closed()

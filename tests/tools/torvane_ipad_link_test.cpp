@@ -13,7 +13,8 @@ class TorvaneIpadLinkTest : public ::testing::Test {
   void SetUp() override {
     const auto address = helper_.start();
     ASSERT_TRUE(address);
-    settings_ = {"127.0.0.1", address->port, "iPad", fingerprintText(address->certificate), 20s};
+    fingerprint_ = fingerprintText(address->certificate);
+    settings_ = {"127.0.0.1", address->port, "iPad", {{fingerprint_}}, 20s};
   }
 
   // An authenticated session of a device of its own; null after a failure.
@@ -27,6 +28,7 @@ class TorvaneIpadLinkTest : public ::testing::Test {
 
   EchoingHelper helper_;
   PeerNetwork network_;
+  std::string fingerprint_;
   ConnectionSettings settings_;
 };
 
@@ -41,21 +43,38 @@ TEST_F(TorvaneIpadLinkTest, HelperAcceptsTheDeviceAndItsRequests) {
 
 TEST_F(TorvaneIpadLinkTest, WelcomeNamesTheHelperAndItsCertificate) {
   HelperSession session(network_, DeviceIdentity(DeviceIdentity::Seed{1}), 20s);
-  const auto expected = std::exchange(settings_.expectedFingerprint, "");
+  settings_.trusted.reset();
   const auto result = session.invite(settings_, 20s, [](const Welcome&) {});
   const auto* welcome = std::get_if<Welcome>(&result);
   ASSERT_NE(welcome, nullptr);
   EXPECT_EQ(welcome->helperName, "Echo");
-  EXPECT_EQ(welcome->fingerprint, expected);
+  EXPECT_EQ(welcome->fingerprint, fingerprint_);
+}
+
+TEST_F(TorvaneIpadLinkTest, DeviceShowsTheDigitsThatTheHelperShows) {
+  HelperSession session(network_, DeviceIdentity(DeviceIdentity::Seed{1}), 20s);
+  const auto result = session.invite(settings_, 20s, [](const Welcome&) {});
+  const auto* welcome = std::get_if<Welcome>(&result);
+  ASSERT_NE(welcome, nullptr);
+  EXPECT_EQ(welcome->digits.size(), 7U);
+  EXPECT_EQ(welcome->digits, helper_.digits());
+}
+
+TEST_F(TorvaneIpadLinkTest, OneOfSeveralCertificatesIsEnough) {
+  settings_.trusted = {{std::string(64, '0'), fingerprint_}};
+  EXPECT_NE(open(1), nullptr);
 }
 
 TEST_F(TorvaneIpadLinkTest, AnotherCertificateIsNotInvited) {
-  settings_.expectedFingerprint = std::string(64, '0');
-  HelperSession session(network_, DeviceIdentity(DeviceIdentity::Seed{1}), 20s);
-  const auto result = session.invite(settings_, 20s, [](const Welcome&) {});
-  const auto* failure = std::get_if<LinkFailure>(&result);
-  ASSERT_NE(failure, nullptr);
-  EXPECT_EQ(failure->kind, LinkFailure::Kind::otherHelper);
+  for (const auto& trusted : {std::vector<std::string>{std::string(64, '0')}, {}}) {
+    settings_.trusted = trusted;
+    HelperSession session(network_, DeviceIdentity(DeviceIdentity::Seed{1}), 20s);
+    const auto result = session.invite(settings_, 20s, [](const Welcome&) {});
+    const auto* failure = std::get_if<LinkFailure>(&result);
+    ASSERT_NE(failure, nullptr);
+    EXPECT_EQ(failure->kind, LinkFailure::Kind::otherHelper);
+    EXPECT_EQ(failure->detail, fingerprint_);
+  }
 }
 
 TEST_F(TorvaneIpadLinkTest, NameThatTheLinkForbidsIsRefused) {

@@ -151,9 +151,11 @@ const std::vector<CommandSpec> kCommands = {
      0,
      0,
      "Ask a helper to pair this device",
-     "Invites the helper and waits until its user has answered. Afterwards the\n"
-     "helper accepts this device without a question, and this device remembers\n"
-     "the helper's certificate: another one shown later is reported as an error.\n"
+     "Invites the helper and waits until its user has answered. The answer must be\n"
+     "\"Ignore\" where its question does not show the six digits that are printed:\n"
+     "another computer sits in between then. Afterwards the helper accepts this\n"
+     "device without a question, and this device knows the helper's certificate.\n"
+     "Other commands send nothing to a helper that shows an unknown one.\n"
      "With --peers, pairs the devices that \"load --peers\" acts as.",
      "torvane-ipad pair --host 192.168.1.20 --name \"Stage iPad\"",
      {"peers", "trust-new", "forget"}},
@@ -252,9 +254,10 @@ const std::vector<CommandSpec> kCommands = {
      "  doubled       answered more than once\n"
      "  misdelivered  the answer to a request of another peer or to no request\n"
      "  broken        not a well-formed answer\n"
-     "Devices that are not paired yet are paired first. Ends with 1 when\n"
-     "anything went wrong. With --greedy it shows whether one device can hold\n"
-     "up the others: \"load --peers 4 --greedy 150000 --rate 40\".",
+     "Devices that are not paired yet are asked about first; the helper must be\n"
+     "known by \"pair\". Ends with 1 when anything went wrong. With --greedy it\n"
+     "shows whether one device can hold up the others:\n"
+     "\"load --peers 4 --greedy 150000 --rate 40\".",
      "torvane-ipad load --peers 4 --requests 60000 --rate 200 --in-flight 4",
      {"peers", "requests", "seconds", "in-flight", "rate", "path", "echo-slides", "greedy"}},
     {"replay",

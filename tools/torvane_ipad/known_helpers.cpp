@@ -52,12 +52,24 @@ const KnownHelper* KnownHelpers::find(std::string_view address) const {
   return found == helpers_.end() ? nullptr : &*found;
 }
 
+const KnownHelper* KnownHelpers::withFingerprint(std::string_view fingerprint) const {
+  const auto found = std::ranges::find(helpers_, fingerprint, &KnownHelper::fingerprint);
+  return found == helpers_.end() ? nullptr : &*found;
+}
+
+std::vector<std::string> KnownHelpers::fingerprints() const {
+  std::vector<std::string> all;
+  for (const KnownHelper& helper : helpers_) all.push_back(helper.fingerprint);
+  return all;
+}
+
 const KnownHelper* KnownHelpers::latest() const {
   return helpers_.empty() ? nullptr : &helpers_.front();
 }
 
 void KnownHelpers::remember(KnownHelper helper) {
-  forget(helper.address);
+  std::erase_if(helpers_,
+                [&](const auto& known) { return known.fingerprint == helper.fingerprint; });
   helpers_.insert(helpers_.begin(), std::move(helper));
 }
 

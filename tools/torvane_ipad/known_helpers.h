@@ -21,10 +21,13 @@ class KnownHelpers {
   [[nodiscard]] static std::optional<KnownHelpers> parse(std::string_view text);
   [[nodiscard]] std::string serialized() const;
 
+  // The one that was reached there last.
   [[nodiscard]] const KnownHelper* find(std::string_view address) const;
+  [[nodiscard]] const KnownHelper* withFingerprint(std::string_view fingerprint) const;
   [[nodiscard]] const KnownHelper* latest() const;
+  [[nodiscard]] std::vector<std::string> fingerprints() const;
 
-  // Replaces the one of the same address.
+  // It is the same computer where the fingerprint is the same, whatever its address is now.
   void remember(KnownHelper helper);
   bool forget(std::string_view address);
 

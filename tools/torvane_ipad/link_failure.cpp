@@ -39,6 +39,12 @@ std::string explain(const LinkFailure& failure, const std::string& helper) {
              "If the helper was set up anew, run \"torvane-ipad pair --trust-new\"; if it was "
              "not, another computer may be posing as it. The new fingerprint is " +
              printable(failure.detail) + ".";
+    case LinkFailure::Kind::strangeHelper:
+      return "This device was never paired with the helper at " + helper +
+             ", so nothing was sent. Run \"torvane-ipad pair\" for it first, and compare the "
+             "digits "
+             "that both show. Its fingerprint is " +
+             printable(failure.detail) + ".";
     case LinkFailure::Kind::refused:
       return explainRefusal(failure.detail, helper);
     case LinkFailure::Kind::notApproved:

@@ -9,14 +9,15 @@ namespace torvane::ipad {
 // Why a connection did not come about or ended.
 struct LinkFailure {
   enum class Kind {
-    unreachable,   // nothing answered; `detail` is the system's text
-    notAHelper,    // something else answered
-    otherHelper,   // another certificate than the trusted one; `detail` is its fingerprint
-    refused,       // by the helper; `detail` is its reason
-    notApproved,   // the helper's user has not answered in time
-    noAnswer,      // connected, but this request was not answered in time
-    lost,          // the connection broke
-    misbehaviour,  // the helper broke the protocol
+    unreachable,    // nothing answered; `detail` is the system's text
+    notAHelper,     // something else answered
+    otherHelper,    // another certificate than the trusted one; `detail` is its fingerprint
+    strangeHelper,  // one that this device was never paired with; `detail` likewise
+    refused,        // by the helper; `detail` is its reason
+    notApproved,    // the helper's user has not answered in time
+    noAnswer,       // connected, but this request was not answered in time
+    lost,           // the connection broke
+    misbehaviour,   // the helper broke the protocol
   };
   Kind kind = Kind::lost;
   std::string detail;

@@ -32,7 +32,9 @@ Exit forgetHelper(const Options& options, const Console& console) {
   if (const auto* problem = std::get_if<std::string>(&helper)) {
     return console.fail(Exit::noConnection, *problem);
   }
-  const std::string address = std::get<HelperAddress>(helper).text();
+  const auto& meant = std::get<HelperAddress>(helper);
+  const KnownHelper* same = known ? known->withFingerprint(meant.fingerprint) : nullptr;
+  const std::string address = same != nullptr ? same->address : meant.text();
   if (!known || !known->forget(address)) {
     return console.fail(Exit::usage, "No certificate of " + address + " is remembered.");
   }
@@ -49,7 +51,8 @@ Exit forgetHelper(const Options& options, const Console& console) {
 Exit findHelpers(const Options&, const Console& console) {
   const auto known = loadKnownHelpers(knownHelpersFile()).value_or(KnownHelpers{});
   const auto isKnown = [&](const HelperAddress& helper) {
-    return known.find(helper.text()) != nullptr;
+    return (helper.fingerprint.empty() ? known.find(helper.text())
+                                       : known.withFingerprint(helper.fingerprint)) != nullptr;
   };
   const auto local = localHelper();
   if (local) sayHelper(console, *local, "on this computer", isKnown(*local));
@@ -69,7 +72,7 @@ Exit findHelpers(const Options&, const Console& console) {
 Exit pairDevices(const Options& options, const Console& console) {
   if (options.forget) return forgetHelper(options, console);
   Exit exit = Exit::ok;
-  const auto reach = HelperReach::prepare(options, console, exit);
+  const auto reach = HelperReach::prepare(options, console, exit, Strangers::trusted);
   if (!reach) return exit;
 
   const std::string name = options.name.empty() ? defaultDisplayName() : options.name;
@@ -84,7 +87,13 @@ Exit pairDevices(const Options& options, const Console& console) {
                 {{"helper", printable(welcome.helperName)},
                  {"address", printable(reach->helper().text())},
                  {"fingerprint", welcome.fingerprint},
+                 {"digits", welcome.digits},
                  {"device", device}});
+    if (reach->isNewlyTrusted()) {
+      console.note("It is trusted from now on. Where nobody pressed \"Pair\" beside the digits " +
+                   welcome.digits +
+                   ", another computer may have posed as it: run \"torvane-ipad pair --forget\".");
+    }
   }
   return Exit::ok;
 }

@@ -4,7 +4,9 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "protocol/bytes.h"
 #include "torvane_ipad/device_identity.h"
@@ -16,7 +18,7 @@ struct ConnectionSettings {
   std::string host;  // name or address
   std::uint16_t port = 0;
   std::string displayName;
-  std::string expectedFingerprint;      // empty: trust whoever answers
+  std::optional<std::vector<std::string>> trusted;  // fingerprints; none: trust whoever answers
   std::chrono::milliseconds timeout{};  // from the start until the invitation is received
   // Without a sign of life for this long, or an answer to the ping after half of it, the helper is
   // lost. It sends pings of its own after 3 s.
@@ -26,6 +28,7 @@ struct ConnectionSettings {
 struct Welcome {
   std::string helperName;
   std::string fingerprint;
+  std::string digits;  // that the helper's question shows too, if it asks one
 };
 
 // Called on the network's thread. Nothing is called after connectionEnded().

@@ -35,7 +35,7 @@ std::string numberedName(const std::string& name, std::uint32_t number) {
 }
 
 std::unique_ptr<HelperReach> HelperReach::prepare(const Options& options, const Console& console,
-                                                  Exit& exit) {
+                                                  Exit& exit, Strangers strangers) {
   const std::filesystem::path keyFile =
       options.keyFile.empty() ? dataFolder() / "key" : std::filesystem::path(options.keyFile);
   const auto identity = loadIdentity(keyFile);
@@ -56,7 +56,7 @@ std::unique_ptr<HelperReach> HelperReach::prepare(const Options& options, const 
   }
   return std::unique_ptr<HelperReach>(
       new HelperReach(options, console, std::get<DeviceIdentity>(identity), std::move(*known),
-                      std::get<HelperAddress>(std::move(helper))));
+                      std::get<HelperAddress>(std::move(helper)), strangers));
 }
 
 std::unique_ptr<HelperSession> HelperReach::invite(const Device& device, Exit& exit) {
@@ -66,7 +66,8 @@ std::unique_ptr<HelperSession> HelperReach::invite(const Device& device, Exit& e
   const auto result = session->invite(
       settings(device), milliseconds(options_.approval), [&](const Welcome& welcome) {
         console_.note("Waiting for approval at \"" + printable(welcome.helperName) + "\" of \"" +
-                      settings(device).displayName + "\" …");
+                      settings(device).displayName + "\" … Its question must show the digits " +
+                      welcome.digits + "; choose \"Ignore\" if it does not.");
       });
   if (const auto* failure = std::get_if<LinkFailure>(&result)) {
     exit = fail(*failure);
@@ -86,31 +87,47 @@ std::unique_ptr<HelperSession> HelperReach::open(const Device& device, Exit& exi
   return nullptr;
 }
 
-Exit HelperReach::fail(const LinkFailure& failure) const {
+Exit HelperReach::fail(LinkFailure failure) const {
+  const bool isExpected = known_.find(helper_.text()) != nullptr ||
+                          known_.withFingerprint(helper_.fingerprint) != nullptr;
+  if (failure.kind == LinkFailure::Kind::otherHelper && !isExpected) {
+    failure.kind = LinkFailure::Kind::strangeHelper;
+  }
   return console_.fail(exitFor(failure), explain(failure, printable(helper_.text())));
 }
 
 ConnectionSettings HelperReach::settings(const Device& device) const {
   const std::string name = options_.name.empty() ? defaultDisplayName() : options_.name;
-  return {helper_.target(), helper_.port, numberedName(name, device.number), trustedFingerprint(),
+  return {helper_.target(), helper_.port, numberedName(name, device.number), trusted(),
           milliseconds(options_.timeout)};
 }
 
-// What the helper of this user wrote into its own runtime file counts more than what was
-// remembered. A certificate accepted with --trust-new counts once it is remembered.
-std::string HelperReach::trustedFingerprint() const {
-  if (!helper_.fingerprint.empty()) return helper_.fingerprint;
-  if (!welcome_.fingerprint.empty()) return welcome_.fingerprint;
-  const KnownHelper* known = known_.find(helper_.text());
-  return known != nullptr && !options_.trustNew ? known->fingerprint : "";
+// A helper of this user that wrote its certificate into its own runtime file must show that one.
+// Else each that is remembered will do, wherever it is now: it is the certificate that makes a
+// computer known, not the address.
+std::optional<std::vector<std::string>> HelperReach::trusted() const {
+  using Fingerprints = std::vector<std::string>;
+  if (!welcome_.fingerprint.empty()) return Fingerprints{welcome_.fingerprint};
+  const std::string& announced = helper_.fingerprint;
+  const bool mayTrust = strangers_ == Strangers::trusted;
+  if (!announced.empty()) {
+    const bool isTrusted = mayTrust || known_.withFingerprint(announced) != nullptr;
+    return isTrusted ? Fingerprints{announced} : Fingerprints{};
+  }
+  const bool isExpected = known_.find(helper_.text()) != nullptr && !options_.trustNew;
+  if (mayTrust && !isExpected) return std::nullopt;
+  return known_.fingerprints();
 }
 
 void HelperReach::remember(const Welcome& welcome) {
-  const KnownHelper* known = known_.find(helper_.text());
-  if (known != nullptr && known == known_.latest() && known->fingerprint == welcome.fingerprint &&
+  const KnownHelper* known = known_.withFingerprint(welcome.fingerprint);
+  isNewlyTrusted_ = known == nullptr;
+  if (known != nullptr && known == known_.latest() && known->address == helper_.text() &&
       known->name == welcome.helperName) {
     return;
   }
+  // The one that was expected at this address is no more.
+  if (isNewlyTrusted_) known_.forget(helper_.text());
   known_.remember({helper_.text(), welcome.helperName, welcome.fingerprint});
   if (!replacePrivateFile(knownHelpersFile(), known_.serialized())) {
     console_.note("The helper's certificate could not be remembered: " +

@@ -1,5 +1,6 @@
 #include "torvane_ipad/websocket_connection.h"
 
+#include <algorithm>
 #include <boost/asio/connect.hpp>
 #include <boost/asio/dispatch.hpp>
 #include <boost/asio/ip/address.hpp>
@@ -15,7 +16,7 @@
 #include <string_view>
 
 #include "torvane_ipad/certificate_fingerprint.h"
-#include "torvane_ipad/control_messages.h"
+#include "torvane_ipad/handshake.h"
 
 namespace torvane::ipad {
 namespace asio = boost::asio;
@@ -29,7 +30,7 @@ namespace {
 constexpr std::size_t kMostFrameSize = 16 * 1024 * 1024;
 constexpr std::size_t kReadAhead = 64 * 1024;
 constexpr const char* kTarget = "/link";
-constexpr const char* kSubprotocol = "torvane.link.1";
+constexpr const char* kSubprotocol = "torvane.link.2";
 constexpr auto kCloseTime = std::chrono::seconds(1);
 
 class WebSocketConnection : public PeerConnection,
@@ -71,7 +72,7 @@ class WebSocketConnection : public PeerConnection,
   }
 
  private:
-  enum class Phase { connecting, expectsHello, expectsAnswer, accepted, ended };
+  enum class Phase { connecting, inviting, accepted, ended };
 
   struct Outgoing {
     bool isBinary;
@@ -108,11 +109,10 @@ class WebSocketConnection : public PeerConnection,
       end(LinkFailure::Kind::notAHelper, "it shows no certificate");
       return false;
     }
-    fingerprint_ = *digest;
-    welcome_.fingerprint = hexText(*digest);
-    const auto& expected = settings_.expectedFingerprint;
-    if (expected.empty() || expected == welcome_.fingerprint) return true;
-    end(LinkFailure::Kind::otherHelper, welcome_.fingerprint);
+    handshake_.emplace(identity_, settings_.displayName, *digest);
+    const std::string& fingerprint = handshake_->welcome().fingerprint;
+    if (!settings_.trusted || std::ranges::count(*settings_.trusted, fingerprint) > 0) return true;
+    end(LinkFailure::Kind::otherHelper, fingerprint);
     return false;
   }
 
@@ -132,6 +132,10 @@ class WebSocketConnection : public PeerConnection,
   }
 
   void upgraded(Error error) {
+    if (response_.result() == beast::http::status::bad_request) {
+      return end(LinkFailure::Kind::notAHelper,
+                 "it speaks no version of the peer link with digits");
+    }
     if (error == websocket::error::upgrade_declined) {
       return end(LinkFailure::Kind::notAHelper,
                  "it answered with status " + std::to_string(response_.result_int()));
@@ -140,7 +144,7 @@ class WebSocketConnection : public PeerConnection,
     if (response_[beast::http::field::sec_websocket_protocol] != kSubprotocol) {
       return end(LinkFailure::Kind::notAHelper, "it does not speak the peer link");
     }
-    phase_ = Phase::expectsHello;
+    phase_ = Phase::inviting;
     read();
   }
 
@@ -172,35 +176,20 @@ class WebSocketConnection : public PeerConnection,
   }
 
   void receivedControl(std::string_view text) {
-    const auto message = parseControl(text);
-    const bool isHello = message && std::holds_alternative<Hello>(*message);
-    if (!message || isHello != (phase_ == Phase::expectsHello)) {
-      return end(LinkFailure::Kind::misbehaviour, "it said something unexpected");
+    const auto step = handshake_->received(text);
+    if (const auto* invite = std::get_if<Handshake::Send>(&step)) {
+      return write(false, toBytes(invite->text));
     }
-    if (isHello) return invite(std::get<Hello>(*message));
+    if (const auto* failure = std::get_if<LinkFailure>(&step)) {
+      return end(failure->kind, failure->detail);
+    }
     isStarting_ = false;
     deadline_.cancel();
+    const bool isWaiting = std::holds_alternative<Handshake::Wait>(step);
+    if (!isWaiting) phase_ = Phase::accepted;
     const auto handler = handler_.lock();
-    if (const auto* refused = std::get_if<Refused>(&*message)) {
-      end(LinkFailure::Kind::refused, refused->reason);
-    } else if (std::holds_alternative<Waiting>(*message)) {
-      if (handler) handler->connectionWaits(welcome_);
-    } else {
-      phase_ = Phase::accepted;
-      if (handler) handler->connectionAccepted(welcome_);
-    }
-  }
-
-  void invite(const Hello& hello) {
-    if (hello.version != kLinkVersion) {
-      return end(LinkFailure::Kind::notAHelper,
-                 "it speaks version " + std::to_string(hello.version) + " of the peer link");
-    }
-    welcome_.helperName = hello.name;
-    const auto text = makeInvite(identity_, settings_.displayName, hello.nonce, fingerprint_);
-    if (!text) return end(LinkFailure::Kind::refused, "name");
-    phase_ = Phase::expectsAnswer;
-    write(false, toBytes(*text));
+    if (handler && isWaiting) handler->connectionWaits(handshake_->welcome());
+    if (handler && !isWaiting) handler->connectionAccepted(handshake_->welcome());
   }
 
   void write(bool isBinary, Bytes data) {
@@ -278,9 +267,8 @@ class WebSocketConnection : public PeerConnection,
   beast::flat_buffer buffer_{kMostFrameSize + kReadAhead};
   std::deque<Outgoing> unsent_;
   Phase phase_ = Phase::connecting;
-  bool isStarting_ = true;  // until the invitation was received
-  Fingerprint fingerprint_{};
-  Welcome welcome_;
+  bool isStarting_ = true;              // until the invitation was received
+  std::optional<Handshake> handshake_;  // once the helper has shown its certificate
 };
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <ifaddrs.h>
 #include <netdb.h>
+#include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -26,6 +27,14 @@ std::string addressText(const sockaddr* address) {
   return whole.substr(0, whole.find('%'));
 }
 
+// The port is at the same place in the addresses of both versions of IP (RFC 3493, section 3.3).
+std::uint16_t portOf(int socket) {
+  sockaddr_in6 address{};
+  socklen_t size = sizeof address;
+  if (::getsockname(socket, reinterpret_cast<sockaddr*>(&address), &size) != 0) return 0;
+  return ntohs(address.sin6_port);
+}
+
 std::string hostName() {
   std::array<char, 256> name{};
   return ::gethostname(name.data(), name.size() - 1) == 0 ? name.data() : "";
@@ -33,8 +42,8 @@ std::string hostName() {
 
 }  // namespace
 
-OwnHosts ownHosts(std::uint16_t port) {
-  OwnHosts own{port, hostName(), {}};
+OwnHosts ownHosts(int socket) {
+  OwnHosts own{portOf(socket), hostName(), {}};
   ifaddrs* list = nullptr;
   if (::getifaddrs(&list) != 0) return own;
   const std::unique_ptr<ifaddrs, decltype(&::freeifaddrs)> owner(list, &::freeifaddrs);

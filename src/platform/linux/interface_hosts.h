@@ -4,8 +4,8 @@
 
 namespace torvane {
 
-// The addresses of this computer's network interfaces as they are now, and its host name. What
-// cannot be had is left out.
-[[nodiscard]] OwnHosts ownHosts(std::uint16_t port);
+// The port of this socket, the addresses of this computer's network interfaces as they are now, and
+// its host name. What cannot be had is left out.
+[[nodiscard]] OwnHosts ownHosts(int socket);
 
 }  // namespace torvane

@@ -112,7 +112,9 @@ class BeastConnection final : public PeerConnection,
   void didReadRequest(Error error, std::size_t) {
     if (error) return end();
     const LinkRequest request = readLinkRequest(parser_->get());
-    const LinkAnswer answer = answerTo(request, ownHostsFor(request));
+    const bool isPage = request.originCount > 0;  // which alone is asked how it calls this computer
+    const auto handle = beast::get_lowest_layer(stream_).native_handle();
+    const LinkAnswer answer = answerTo(request, isPage ? ownHosts(handle) : OwnHosts{});
     if (answer.status != 101) return respond(answer);
     version_ = request.version.value_or(version_);
     if (requestBuffer_.size() != 0) return end();  // nobody may speak before the answer
@@ -120,13 +122,6 @@ class BeastConnection final : public PeerConnection,
                                                        websocket::stream_base::none(), false});
     stream_.set_option(choosing(version_));
     stream_.async_accept(parser_->get(), on(&BeastConnection::didAccept));
-  }
-
-  // Only pages are asked how they call this computer.
-  OwnHosts ownHostsFor(const LinkRequest& request) {
-    if (request.originCount == 0) return {};
-    Error error;
-    return ownHosts(beast::get_lowest_layer(stream_).local_endpoint(error).port());
   }
 
   void respond(const LinkAnswer& answer) {

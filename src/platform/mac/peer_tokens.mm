@@ -13,9 +13,7 @@ std::optional<PeerID> PeerTokens::identify(MCPeerID* peer) {
   return PeerID{number(peer), std::move(*name)};
 }
 
-PeerID PeerTokens::identifySelf(MCPeerID* self) {
-  return {number(self), toText(self.displayName)};
-}
+PeerID PeerTokens::identifySelf(MCPeerID* self) { return {number(self), toText(self.displayName)}; }
 
 std::uint64_t PeerTokens::number(MCPeerID* peer) {
   const std::lock_guard lock(mutex_);
