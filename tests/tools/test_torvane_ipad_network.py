@@ -124,7 +124,8 @@ class Network(unittest.TestCase):
         self.wait_until_found(f"Stage & hall at stage.local:{first.port}, on the network")
         self.assertIn("was never paired with", self.tool("info").stderr)
         self.assertEqual(self.tool("pair").returncode, 0)
-        self.assertEqual(self.tool("info").stdout, "The helper is build 42.\n")
+        info = self.tool("info")
+        self.assertEqual(info.stdout, "The helper is build 42.\n", info.stderr)
         self.assertEqual(len(first.invitations), 2)
 
         self.announce("Another", second.port)
