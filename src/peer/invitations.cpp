@@ -3,6 +3,7 @@
 // ignoredDevices, warnedLegacyClients, pendingInvites, pairingAlertUp. Ports: Application, Alerts.
 
 #include "app/bridge_delegate.h"
+#include "peer/pairing_digits.h"
 #include "protocol/device_key.h"
 
 namespace torvane {
@@ -92,11 +93,10 @@ void BridgeDelegate::presentNextPairingAlert() {
   presentNextPairingAlert();
 }
 
-// The name as the question shows it: “iPad · 482 913”.
 std::string BridgeDelegate::withInviteDigits(const std::string& deviceKey,
                                              const std::string& name) const {
   const auto digits = inviteDigits.find(deviceKey);
-  return digits != inviteDigits.end() ? name + " · " + digits->second : name;
+  return digits != inviteDigits.end() ? nameWithDigits(name, digits->second) : name;
 }
 
 void BridgeDelegate::answerInvitations(const std::string& deviceKey, const std::string& name,

@@ -31,4 +31,8 @@ struct PairingExchange {
 // Six digits in two groups, such as "482 913".
 [[nodiscard]] std::string pairingDigits(const PairingExchange& exchange);
 
+// A name as the question shows it, the digits behind it: “iPad · 482 913”. Behind a name that is
+// written from the right a mark keeps the two groups from changing places on the screen.
+[[nodiscard]] std::string nameWithDigits(const std::string& name, const std::string& digits);
+
 }  // namespace torvane

@@ -94,6 +94,18 @@ TEST(PairingDigits, CouldBeGroundOutWithoutTheCommitment) {
   EXPECT_EQ(pairingCommitment(numbered(0)), committed);
 }
 
+TEST(PairingDigits, StandBehindTheName) {
+  EXPECT_EQ(nameWithDigits("iPad", "482 913"), "iPad · 482 913");
+  EXPECT_EQ(nameWithDigits("Zoë 日本語 😀", "482 913"), "Zoë 日本語 😀 · 482 913");
+}
+
+// Without the mark a screen shows "913 482" behind a Hebrew name.
+TEST(PairingDigits, KeepTheirOrderBehindANameFromTheRight) {
+  for (const std::string name : {"האייפד של דנה", "آيباد", "iPad של Ada", "𞤀𞤣"}) {
+    EXPECT_EQ(nameWithDigits(name, "482 913"), name + "\u200E · 482 913");
+  }
+}
+
 TEST(LinkProof, OfVersion2CoversAllThatIsKnown) {
   LinkNonce nonce{};
   nonce.fill(1);
@@ -103,7 +115,7 @@ TEST(LinkProof, OfVersion2CoversAllThatIsKnown) {
   offer.commitment.fill(3);
   offer.deviceNonce.fill(4);
   Bytes expected = toBytes("torvane-peer-link-2");
-  for (const std::uint8_t part : {1, 2, 3, 4}) expected.insert(expected.end(), 32, part);
+  for (const std::uint8_t part : Bytes{1, 2, 3, 4}) expected.insert(expected.end(), 32, part);
   EXPECT_EQ(proofMessage(nonce, certificate, offer), expected);
   EXPECT_EQ(asText(proofMessage(nonce, certificate)).substr(0, 19), "torvane-peer-link-1");
 }

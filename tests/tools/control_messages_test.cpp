@@ -81,7 +81,7 @@ TEST(ControlMessages, InvitationProvesTheKeyForThisConnection) {
   ASSERT_TRUE(key && signature);
   EXPECT_EQ(stringMember(*invite, "nonce"), base64Encode(Bytes(32, 7)));
   Bytes message = toBytes("torvane-peer-link-2");
-  for (const std::uint8_t part : {4, 5, 6, 7}) message.insert(message.end(), 32, part);
+  for (const std::uint8_t part : Bytes{4, 5, 6, 7}) message.insert(message.end(), 32, part);
   EXPECT_TRUE(key->isValidSignature(*signature, message));
 }
 
