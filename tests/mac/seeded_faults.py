@@ -71,7 +71,7 @@ FAULTS = [
      "initFollowingRedirects:!isPinned", "initFollowingRedirects:YES", "test"),
     ("an answer of any length taken", f"{MAC}/http_transfers.mm",
      "return maxBytes != 0 && bytes > maxBytes;", "return bytes == 0 && maxBytes == 1;", "test"),
-    ("an invitation under a bad name counted", f"{MAC}/mac_advertiser.mm", "isNamed && ", "(isNamed || true) && ", "test"),
+    ("an invitation under a bad name counted", f"{MAC}/mac_advertiser.mm", "isNamed ? ", "(isNamed || true) ? ", "test"),
     ("a peer of any name known to a session", f"{MAC}/peer_tokens.mm", "  if (!name) return std::nullopt;\n", "  if (!name) name = \"\";\n", "test"),
     ("drawing upside down", f"{MAC}/mac_canvas.mm",
      "CGContextScaleCTM(context_.get(), scale_, -scale_);", "CGContextScaleCTM(context_.get(), scale_, scale_);", "test"),
