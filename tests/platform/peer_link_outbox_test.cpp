@@ -41,11 +41,13 @@ TEST(PeerOutbox, TellsAnOverflowOnceAndLetsGoOfItsMessages) {
   EXPECT_TRUE(outbox.takeAll().empty());
 }
 
-TEST(PeerOutbox, TakesTheLongestMessageWhenItIsEmpty) {
-  const std::size_t longest = PeerOutbox::longestMessage(1000);
-  EXPECT_GT(longest, 900U);
-  EXPECT_EQ(PeerOutbox(1000).put({Bytes(longest)}), Put::wake);
-  EXPECT_EQ(PeerOutbox(1000).put({Bytes(longest + 1)}), Put::overflow);
+TEST(PeerOutbox, TakesTheLongestMessageBesideSmallOnesAndNoTwoOfThem) {
+  const std::size_t longest = PeerOutbox::longestMessage(100'000);
+  EXPECT_GT(longest, 98'000U);
+  PeerOutbox outbox(100'000);
+  for (int i = 0; i < 10; ++i) outbox.put({Bytes(20)});
+  EXPECT_EQ(outbox.put({Bytes(longest)}), Put::queued);
+  EXPECT_EQ(outbox.put({Bytes(longest)}), Put::overflow);
 }
 
 TEST(PeerOutbox, LetsGoOfTheLeasesOfWhatWillNeverBeSent) {

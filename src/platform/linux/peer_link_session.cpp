@@ -36,7 +36,7 @@ void LinkMailbox::post(Work work) {
 }
 
 std::size_t PeerOutbox::longestMessage(std::size_t limit) {
-  return limit - std::min(limit, kQueuedOverhead);
+  return limit - limit / 64;
 }
 
 PeerOutbox::Put PeerOutbox::put(OutgoingMessage message) {

@@ -43,7 +43,8 @@ class PeerOutbox {
  public:
   explicit PeerOutbox(std::size_t limit) : limit_(limit) {}
 
-  // The longest message that an empty one takes, of those that may hold `limit` bytes.
+  // The longest message to be put into one that may hold `limit` bytes: it leaves room for what
+  // is on its way already.
   [[nodiscard]] static std::size_t longestMessage(std::size_t limit);
 
   enum class Put {
