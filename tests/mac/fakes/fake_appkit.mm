@@ -128,6 +128,7 @@ __kindof NSApplication* NSApp;
 @interface NSWindow () {
  @public
   BOOL _isShown;
+  CGRect _place;
 }
 @end
 @implementation NSWindow
@@ -151,6 +152,12 @@ __kindof NSApplication* NSApp;
 - (void)setFrame:(NSRect)frame display:(BOOL)display {
   say("frame " + std::to_string((int)frame.origin.x) + (display ? " display" : ""));
 }
+- (NSRect)frame {
+  return _place;
+}
+- (void)setFrameOrigin:(NSPoint)origin {
+  _place.origin = origin;
+}
 - (void)orderFrontRegardless {
   _isShown = YES;
   say("front");
@@ -161,6 +168,53 @@ __kindof NSApplication* NSApp;
   say("out");
 }
 @end
+
+@interface NSEvent () {
+ @public
+  NSEventType _type;
+  NSWindow* _window;
+  BOOL _isRepeat;
+}
+@end
+@implementation NSEvent
++ (NSUInteger)pressedMouseButtons {
+  return fake::system().heldButtons;
+}
++ (id)addLocalMonitorForEventsMatchingMask:(NSEventMask)mask
+                                   handler:(NSEvent* (^)(NSEvent*))handler {
+  say("monitor " + std::to_string(mask));
+  fake::system().monitor = [handler](NSEvent* event) { return handler(event); };
+  return @"the monitor";
+}
++ (void)removeMonitor:(id)monitor {
+  fake::system().monitor = nullptr;
+}
+- (NSEventType)type {
+  return _type;
+}
+- (NSWindow*)window {
+  return _window;
+}
+- (BOOL)isARepeat {
+  if (_type != NSEventTypeKeyDown && _type != NSEventTypeKeyUp) say("wrong question");
+  return _isRepeat;
+}
+@end
+
+extern "C" bool CGEventSourceKeyState(CGEventSourceStateID, CGKeyCode key) {
+  return fake::system().heldKeys.count(key) != 0;
+}
+
+namespace fake {
+bool lets(NSEventType type, NSWindow* window, bool isRepeat) {
+  if (!system().monitor) return true;
+  NSEvent* event = [[NSEvent alloc] init];
+  event->_type = type;
+  event->_window = window;
+  event->_isRepeat = isRepeat;
+  return system().monitor(event) == event;
+}
+}  // namespace fake
 
 @interface NSScreen () {
  @public
@@ -243,17 +297,28 @@ __kindof NSApplication* NSApp;
 
 @interface NSAlert () {
   std::vector<std::string> _buttons;
+  NSWindow* _panel;
 }
 @end
 @implementation NSAlert
+- (NSWindow*)window {
+  if (_panel == nil) _panel = [[NSWindow alloc] init];
+  return _panel;
+}
+- (void)layout {
+  [self window]->_place.size = {200, 100};
+}
 - (NSButton*)addButtonWithTitle:(NSString*)title {
   _buttons.push_back(fake::text(title));
   return [[NSButton alloc] init];
 }
 - (NSModalResponse)runModal {
   const fake::Alert alert{fake::text(self.messageText), fake::text(self.informativeText), _buttons,
-                          self.alertStyle};
+                          self.alertStyle, self.window};
   say("alert " + alert.message);
+  self.window.level = 8;  // as the system's modal windows have it
+  self.window->_place.origin = {60, 70};
+  self.window->_isShown = YES;
   return fake::system().onAlert(alert);
 }
 @end

@@ -27,9 +27,15 @@ const std::thread::id mainThread = std::this_thread::get_id();
 + (NSTimer*)timerWithTimeInterval:(NSTimeInterval)interval
                           repeats:(BOOL)repeats
                             block:(void (^)(NSTimer*))block {
+  static int made = 0;
   NSTimer* timer = [[NSTimer alloc] init];
-  timer->_timer = {fake::system().now + interval, repeats ? interval : 0, [block] { block(nil); }};
+  timer->_timer = {fake::system().now + interval, repeats ? interval : 0, [block] { block(nil); },
+                   ++made};
   return timer;
+}
+- (void)invalidate {
+  std::erase_if(fake::system().timers,
+                [&](const fake::Timer& timer) { return timer.number == _timer.number; });
 }
 @end
 

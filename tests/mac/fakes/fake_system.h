@@ -9,6 +9,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,7 @@ struct Alert {
   std::string informativeText;
   std::vector<std::string> buttons;
   NSUInteger style;
+  NSWindow* window;
 };
 
 struct Request {
@@ -35,6 +37,7 @@ struct Timer {
   double due;
   double interval;  // 0: once
   std::function<void()> fire;
+  int number = 0;
 };
 
 struct System {
@@ -47,6 +50,9 @@ struct System {
   std::vector<Timer> timers;
   double now = 1000;
 
+  std::function<NSEvent*(NSEvent*)> monitor;  // of the program's own events
+  std::set<int> heldKeys;
+  NSUInteger heldButtons = 0;
   std::function<int(const Alert&)> onAlert = [](const Alert&) { return 1000; };
   std::map<std::string, id> defaults;
   std::map<std::string, id> info;
@@ -109,6 +115,10 @@ void respond(const Request& request, int status, const std::string& type, const 
 void respond(const Request& request, int status, const std::string& body, long long announced);
 void fail(const Request& request, const std::string& description);
 bool followsRedirect(const Request& request, const std::string& url);
+
+// Whether the program lets an event of this type, a click unless it is a key's, through to a
+// window.
+bool lets(NSEventType type, NSWindow* window, bool isRepeat = false);
 
 void choose(NSMenuItem* item);
 std::string title(NSMenuItem* item);

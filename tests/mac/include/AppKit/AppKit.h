@@ -111,11 +111,35 @@ static const NSWindowLevel NSScreenSaverWindowLevel = 1000;
 @property NSWindowLevel level;
 @property NSWindowCollectionBehavior collectionBehavior;
 @property(nullable, strong) __kindof NSView* contentView;
+@property(readonly) NSRect frame;
 @property(readonly, getter=isVisible) BOOL visible;
 @property(readonly) CGFloat backingScaleFactor;
 - (void)setFrame:(NSRect)frameRect display:(BOOL)flag;
+- (void)setFrameOrigin:(NSPoint)point;
 - (void)orderFrontRegardless;
 - (void)orderOut:(nullable id)sender;
+@end
+
+typedef NS_ENUM(NSUInteger, NSEventType) { NSEventTypeKeyDown = 10, NSEventTypeKeyUp = 11 };
+typedef NS_OPTIONS(unsigned long long, NSEventMask) {
+  NSEventMaskLeftMouseDown = 1 << 1,
+  NSEventMaskLeftMouseUp = 1 << 2,
+  NSEventMaskRightMouseDown = 1 << 3,
+  NSEventMaskRightMouseUp = 1 << 4,
+  NSEventMaskKeyDown = 1 << 10,
+  NSEventMaskKeyUp = 1 << 11,
+  NSEventMaskOtherMouseDown = 1 << 25,
+  NSEventMaskOtherMouseUp = 1 << 26
+};
+
+@interface NSEvent : NSObject
+@property(class, readonly) NSUInteger pressedMouseButtons;
+@property(readonly) NSEventType type;
+@property(nullable, readonly, weak) NSWindow* window;
+@property(readonly, getter=isARepeat) BOOL ARepeat;
++ (nullable id)addLocalMonitorForEventsMatchingMask:(NSEventMask)mask
+                                            handler:(NSEvent* _Nullable (^)(NSEvent* event))block;
++ (void)removeMonitor:(id)eventMonitor;
 @end
 
 @interface NSScreen : NSObject
@@ -186,7 +210,9 @@ static const NSModalResponse NSAlertFirstButtonReturn = 1000;
 @property(copy) NSString* messageText;
 @property(copy) NSString* informativeText;
 @property NSAlertStyle alertStyle;
+@property(readonly, strong) NSWindow* window;
 - (NSButton*)addButtonWithTitle:(NSString*)title;
+- (void)layout;
 - (NSModalResponse)runModal;
 @end
 

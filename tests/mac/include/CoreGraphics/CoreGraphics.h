@@ -36,6 +36,8 @@ enum __attribute__((flag_enum)) : CGWindowListOption {
   kCGWindowListOptionOnScreenOnly = 1 << 0,
   kCGWindowListExcludeDesktopElements = 1 << 4
 };
+enum CGEventSourceStateID : int32_t { kCGEventSourceStateCombinedSessionState = 0 };
+typedef uint16_t CGKeyCode;
 #define kCGNullWindowID ((CGWindowID)0)
 
 extern "C" {
@@ -65,6 +67,8 @@ void CGContextMoveToPoint(CGContextRef c, CGFloat x, CGFloat y);
 void CGContextAddLineToPoint(CGContextRef c, CGFloat x, CGFloat y);
 void CGContextStrokePath(CGContextRef c);
 void CGContextFillEllipseInRect(CGContextRef c, CGRect rect);
+
+bool CGEventSourceKeyState(CGEventSourceStateID stateID, CGKeyCode key);
 
 extern const CFStringRef kCGWindowOwnerName;
 extern const CFStringRef kCGWindowBounds;

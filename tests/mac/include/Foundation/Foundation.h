@@ -175,6 +175,7 @@ typedef NSString* NSRunLoopMode;
 + (NSTimer*)timerWithTimeInterval:(NSTimeInterval)interval
                           repeats:(BOOL)repeats
                             block:(void (^)(NSTimer* timer))block;
+- (void)invalidate;
 @end
 
 @interface NSRunLoop : NSObject
