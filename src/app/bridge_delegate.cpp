@@ -48,7 +48,7 @@ void BridgeDelegate::assertMainThread() const {
 
 bool BridgeDelegate::defaultsFlag(const char* key) const {
   const auto value = platform_.defaults.object(key);
-  return value && value->is_bool() && value->get_bool();
+  return value && countsAsTrue(*value);
 }
 
 }  // namespace torvane

@@ -22,4 +22,9 @@ class UserDefaults {
   [[nodiscard]] virtual bool save() = 0;
 };
 
+// What a stored value counts as where a flag is wanted. Users and their administrators write flags
+// by hand, and with the Mac's own rules: a number counts unless it is 0, and a text as NSString's
+// boolValue, which looks at its beginning alone ("YES", "true", "1").
+[[nodiscard]] bool countsAsTrue(const JsonValue& value);
+
 }  // namespace torvane

@@ -3,7 +3,19 @@
 namespace torvane {
 namespace {
 
-class Lifecycle : public HelperTest {};
+class Lifecycle : public HelperTest {
+ protected:
+  // Whether a launch welcomes the user though this is stored as "didShowWelcome".
+  bool isWelcomedWith(const JsonValue& stored) {
+    platform.defaults.stored["didShowWelcome"] = stored;
+    platform.alerts.shown.clear();
+    launch();
+    const auto& shown = platform.alerts.shown;
+    return std::any_of(shown.begin(), shown.end(), [](const AlertContent& alert) {
+      return alert.message == "Welcome to Torvane P2P Helper";
+    });
+  }
+};
 
 TEST_F(Lifecycle, StartsWithEveryFieldAtItsInitialValue) {
   const auto& fresh = construct();
@@ -92,6 +104,21 @@ TEST_F(Lifecycle, KeepsAnEngineThatAnswersAlready) {
   platform.time.advance(10);
   EXPECT_TRUE(helper->serverRunning);
   EXPECT_TRUE(platform.processes.launched.empty());
+}
+
+TEST_F(Lifecycle, TakesAFlagAsItsUserWroteIt) {
+  for (const JsonValue& yes :
+       {JsonValue(true), JsonValue(1), JsonValue(-1), JsonValue(0.5), JsonValue(UINT64_MAX),
+        JsonValue("YES"), JsonValue("yes"), JsonValue("TRUE"), JsonValue("true"), JsonValue("1"),
+        JsonValue("Y"), JsonValue(" \t+007 "), JsonValue("-9")}) {
+    EXPECT_FALSE(isWelcomedWith(yes)) << yes;
+  }
+  for (const JsonValue& no : {JsonValue(false), JsonValue(0), JsonValue(0.0), JsonValue("NO"),
+                              JsonValue("false"), JsonValue("0"), JsonValue("000"), JsonValue(""),
+                              JsonValue(" "), JsonValue("on"), JsonValue("+-1"), JsonValue(nullptr),
+                              JsonValue(JsonArray{1}), JsonValue(JsonObject{{"YES", 1}})}) {
+    EXPECT_TRUE(isWelcomedWith(no)) << no;
+  }
 }
 
 TEST_F(Lifecycle, WelcomesOnTheFirstLaunchAndStoresThatFirst) {
