@@ -44,13 +44,35 @@ TEST_F(ShownIcon, IsRefreshedAfterEveryProbeWhetherOrNotItChanged) {
   EXPECT_EQ(shown(), statusIcon({}, true));
 }
 
-TEST_F(ShownIcon, DoesNotReflectAnAdvertisingError) {
+TEST_F(ShownIcon, IsRefreshedAfterAnAdvertisingErrorAndDoesNotReflectIt) {
   launch();
-  const auto before = shown();
+  const auto before = platform.statusBar.shown.icons;
   platform.peerLink.failAdvertising("no network");
   platform.time.runDue();
-  EXPECT_EQ(helper->advertiseError, "no network");
-  EXPECT_EQ(shown(), before);
+  EXPECT_EQ(platform.statusBar.shown.icons.size(), before.size() + 1);
+  EXPECT_EQ(shown(), before.back());
+  EXPECT_EQ(platform.statusBar.shown.menu->menuNeedsUpdate().at(0).title,
+            "Not advertising: no network");
+}
+
+TEST_F(ShownIcon, KeepsTheConnectedAfterAnAdvertisingError) {
+  launch();
+  connect(platform.peerLink.newPeer("Zoë's iPad"));
+  platform.peerLink.failAdvertising("no network");
+  platform.time.runDue();
+  EXPECT_EQ(shown(), statusIcon({"Zoë's iPad"}, false));
+}
+
+TEST_F(ShownIcon, FollowsThoseWhoGo) {
+  launch();
+  const auto first = platform.peerLink.newPeer("First");
+  const auto second = platform.peerLink.newPeer("Second");
+  connect(first);
+  connect(second);
+  disconnect(first);
+  EXPECT_EQ(shown(), statusIcon({"Second"}, false));
+  disconnect(second);
+  EXPECT_EQ(shown(), statusIcon({}, false));
 }
 
 }  // namespace

@@ -76,6 +76,24 @@ TEST_F(Invitations, TwoFromOneDeviceShareOneAlertAndOneAnswer) {
   EXPECT_EQ(helper->peerKeys.size(), 2U);
 }
 
+TEST_F(Invitations, OfOneDeviceAreAnsweredInTheirOrder) {
+  std::vector<int> answered;
+  const auto inviteAgain = [&](int number) {
+    platform.peerLink.advertiserDelegate->advertiserDidReceiveInvitation(
+        device("Ann"), rawKey(1),
+        [&answered, number](bool accept, const std::shared_ptr<PeerSession>&) {
+          answered.push_back(accept ? number : -number);
+        });
+  };
+  platform.alerts.whileUp = [&](const AlertContent&) {
+    for (int number = 2; number <= 5; ++number) inviteAgain(number);
+    platform.time.runDue();
+  };
+  inviteAgain(1);
+  platform.time.runDue();
+  EXPECT_EQ(answered, (std::vector<int>{1, 2, 3, 4, 5}));
+}
+
 // Keys are compared as the texts that they are stored as: 251 is "+/v7…", 1 is "AQEB…".
 TEST_F(Invitations, WaitingDevicesAreAskedAboutInTheOrderOfTheirKeysTexts) {
   for (const bool firstComesFirst : {false, true}) {

@@ -79,6 +79,15 @@ TEST_F(Session, IsReplacedWhenTheOnlyInviterHasGoneBeforeItsAnswer) {
   EXPECT_EQ(platform.peerLink.sessions.size(), 2U);
 }
 
+TEST_F(Session, ReplacedSessionIsReleasedAndNotDisconnected) {
+  admit(first, 1);
+  disconnect(first);
+  ASSERT_EQ(platform.peerLink.sessions.size(), 2U);
+  EXPECT_EQ(platform.peerLink.sessions.front().use_count(), 1);  // nobody's but the link's
+  EXPECT_GT(platform.peerLink.sessions.back().use_count(), 1);
+  EXPECT_EQ(std::count(platform.log.begin(), platform.log.end(), "disconnect"), 0);
+}
+
 TEST_F(Session, IsKeptWhileAKeyIsHeldEvenWithNobodyConnected) {
   helper->admitPeer(second, deviceKey(2));  // accepted, still connecting
   admit(first, 1);
