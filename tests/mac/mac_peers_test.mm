@@ -144,6 +144,7 @@ TEST_F(MacPeers, IgnoresEventsOfAReplacedSession) {
     change(peer, MCSessionStateNotConnected);
     ASSERT_EQ(system().sessions.size(), 2U);
     EXPECT_EQ(first.delegate, nil);
+    EXPECT_FALSE(said("disconnect"));  // released, which is all
     forgetLog();
     [events session:first peer:peer didChangeState:MCSessionStateConnected];
     const char bytes[] = {0, 0, 0, 0};
@@ -173,12 +174,19 @@ TEST_F(MacPeers, DoesNotLetARequestLeaveTheEngine) {
 
 TEST_F(MacPeers, TellsWhyItIsNotAdvertised) {
   run([&] {
+    const auto firstLine = [] {
+      NSMenu* menu = system().statusItem.menu;
+      [menu.delegate menuNeedsUpdate:menu];
+      return fake::title(system().items.at(0));
+    };
+    EXPECT_EQ(firstLine(), "Advertising as “Zoë's Mac” — open the iPad app");
     id<MCNearbyServiceAdvertiserDelegate> events = system().advertiser.delegate;
     fake::elsewhere([&] {
       [events advertiser:system().advertiser didNotStartAdvertisingPeer:fake::error("No radio.")];
     });
     fake::settle();
-    EXPECT_TRUE(shownBy(system().statusItem).find("waiting") != std::string::npos);
+    EXPECT_EQ(firstLine(), "Not advertising: No radio.");
+    EXPECT_NE(shownBy(system().statusItem).find("waiting"), std::string::npos);
   });
 }
 

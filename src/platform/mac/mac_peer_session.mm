@@ -109,10 +109,8 @@ std::shared_ptr<MacPeerSession> MacPeerSession::make(MCPeerID* peer,
   return made;
 }
 
-MacPeerSession::~MacPeerSession() {
-  session_.delegate = nil;
-  [session_ disconnect];
-}
+// Whoever is still on their way in or out ends with the system's session, not before.
+MacPeerSession::~MacPeerSession() { session_.delegate = nil; }
 
 std::vector<PeerID> MacPeerSession::connectedPeers() const {
   std::vector<PeerID> peers;
