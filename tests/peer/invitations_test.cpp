@@ -79,11 +79,9 @@ TEST_F(Invitations, TwoFromOneDeviceShareOneAlertAndOneAnswer) {
 TEST_F(Invitations, OfOneDeviceAreAnsweredInTheirOrder) {
   std::vector<int> answered;
   const auto inviteAgain = [&](int number) {
-    platform.peerLink.advertiserDelegate->advertiserDidReceiveInvitation(
-        device("Ann"), rawKey(1),
-        [&answered, number](bool accept, const std::shared_ptr<PeerSession>&) {
-          answered.push_back(accept ? number : -number);
-        });
+    platform.peerLink.inviteAndRun(device("Ann"), rawKey(1), [&answered, number](bool accept) {
+      answered.push_back(accept ? number : -number);
+    });
   };
   platform.alerts.whileUp = [&](const AlertContent&) {
     for (int number = 2; number <= 5; ++number) inviteAgain(number);

@@ -67,10 +67,10 @@ TEST_F(PairingRegistry, LinkLearnsOfEachKeyThatIsPairedAndOfAllThatAreForgotten)
 TEST_F(PairingRegistry, LinkKnowsANewKeyBeforeItsInvitationIsAnswered) {
   launch();
   bool wasKnown = false;
-  helper->handleInvitation(platform.peerLink.newPeer("Ann"), rawKey(1),
-                           [&](bool accept, const std::shared_ptr<PeerSession>&) {
-                             wasKnown = accept && platform.peerLink.registered->contains(rawKey(1));
-                           });
+  platform.peerLink.inviteAndRun(platform.peerLink.newPeer("Ann"), rawKey(1), [&](bool accept) {
+    wasKnown = accept && platform.peerLink.registered->contains(rawKey(1));
+  });
+  platform.time.runDue();
   EXPECT_TRUE(wasKnown);
 }
 
