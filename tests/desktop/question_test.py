@@ -34,7 +34,7 @@ DESKTOPS = {
 }
 BUILD = PICTURES = NAME = None
 ALERT = "^Torvane P2P Helper$"
-FRAME = 40  # what a window manager may put above a window
+FRAME = 80  # twice what a window manager puts above a window
 # Across the whole slide, wherever the question lies.
 HATCH = [event for number in range(1, 30) for event in (
     {"t": "begin", "id": number, "x": 0.01, "y": number / 30},
@@ -81,6 +81,10 @@ class QuestionTest(unittest.TestCase):
     def keep(self, name):
         self.stage.keep(f"question-{NAME}-{name}")
 
+    def place_of_pair(self):
+        """For xdotool; the window is where it stays."""
+        return map(str, self.reader.alert(self.question).buttons["Pair"].middle())
+
     def is_open(self):
         return bool(self.windows()) and self.desktop.log(self.name) == ""
 
@@ -120,9 +124,8 @@ class QuestionTest(unittest.TestCase):
             self.desktop.run("xdotool", "keydown", key)
             self.ask()
             self.assert_stays_open(4)
-            place = self.reader.alert(self.question).buttons["Pair"].middle()
             self.desktop.run(
-                "xdotool", "mousemove", *map(str, place), "click", "1", "key", "KP_Enter")
+                "xdotool", "mousemove", *self.place_of_pair(), "click", "1", "key", "KP_Enter")
             self.assert_stays_open(1)
             self.desktop.run("xdotool", "keyup", key)
             self.assert_stays_open(1)
@@ -133,15 +136,16 @@ class QuestionTest(unittest.TestCase):
         window, _ = self.ask()
         wait_until(lambda: self.desktop.active_window() == window, "the question in front")
         time.sleep(PAIRING_WAIT)  # it has its place by then
-        place = self.reader.alert(self.question).buttons["Pair"].middle()
+        place = list(self.place_of_pair())
         self.tearDown()
-        self.desktop.run("xdotool", "mousemove", *map(str, place))
+        self.desktop.run("xdotool", "mousemove", *place)
         self.in_first_second(lambda: self.desktop.run("xdotool", "click", "1", "click", "1"))
-        self.desktop.run("xdotool", "mousemove", *map(str, place))
         self.assert_stays_open(2)
+        self.desktop.run("xdotool", "mousemove", *self.place_of_pair())
         self.desktop.run("xdotool", "click", "1")
         self.assert_answer("accepted")
 
+    @unittest.skipIf(sys.argv[-1] == "xfwm4", "it has no key for that unless it is set up")
     def test_closing_it_in_the_first_second_answers_nothing(self):
         self.in_first_second(lambda: self.desktop.run("xdotool", "key", "alt+F4"))
         self.assert_stays_open(2)
@@ -152,7 +156,8 @@ class QuestionTest(unittest.TestCase):
         window, _ = self.ask()
         time.sleep(PAIRING_WAIT)
         self.show.ask("raise")
-        wait_until(lambda: self.desktop.active_window() != window, "the show in front")
+        wait_until(lambda: self.desktop.active_window() not in (window, None), "the show in front")
+        time.sleep(1)  # the toolkit takes a moment without the keyboard for none
         self.desktop.run("xdotool", "windowactivate", "--sync", str(window), "key", "space")
         self.assert_stays_open(PAIRING_WAIT)
         self.desktop.run("xdotool", "key", "space")
@@ -179,7 +184,7 @@ class QuestionTest(unittest.TestCase):
         window, _ = self.ask()
         wait_until(lambda: self.desktop.active_window() == window, "the question in front")
         x, y, width, height = self.desktop.geometry(window)
-        height -= FRAME  # xdotool counts it twice
+        height -= FRAME
 
         def has_no_ink(screen):
             return all(bytes(INK) not in screen.row(line, x, x + width)
