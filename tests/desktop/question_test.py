@@ -34,7 +34,7 @@ DESKTOPS = {
 }
 BUILD = PICTURES = NAME = None
 ALERT = "^Torvane P2P Helper$"
-FRAME = 80  # twice what a window manager puts above a window
+FRAME = 80  # twice what a window manager puts around a window: xdotool takes it for the window's
 # Across the whole slide, wherever the question lies.
 HATCH = [event for number in range(1, 30) for event in (
     {"t": "begin", "id": number, "x": 0.01, "y": number / 30},
@@ -184,7 +184,7 @@ class QuestionTest(unittest.TestCase):
         window, _ = self.ask()
         wait_until(lambda: self.desktop.active_window() == window, "the question in front")
         x, y, width, height = self.desktop.geometry(window)
-        height -= FRAME
+        width, height = width - FRAME, height - FRAME
 
         def has_no_ink(screen):
             return all(bytes(INK) not in screen.row(line, x, x + width)
