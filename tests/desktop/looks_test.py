@@ -42,7 +42,7 @@ class LooksTest(MenuStage):
         self.look_at_alert(name + "-welcome")
         wait_until(lambda: icon_middle(self.desktop), "the icon")
         wait_until(lambda: self.contrast_of_icon() > LEAST, "an icon that stands out")
-        clear = max(CLEAR, 1.5 * self.contrast_of_icon())  # it is dimmed now
+        clear = max(CLEAR, 1.2 * self.contrast_of_icon())  # it is dimmed now
         self.press("Return")
         wait_until(engine_answers, "the engine")
         wait_until(lambda: self.contrast_of_icon() > clear, "an icon that is clear")
