@@ -368,7 +368,7 @@ TEST(PeerLinkAbuse, RefusesForeignOriginsAndOtherUpgrades) {
   EXPECT_EQ(foreign.httpStatus(), 403U);
   options.origin = "https://127.0.0.1:" + std::to_string(options.port);
   EXPECT_TRUE(LinkClient(options).connect());
-  options.subprotocol = "torvane.link.2";
+  options.subprotocol = "torvane.link.3";
   LinkClient other(options);
   EXPECT_FALSE(other.connect());
   EXPECT_EQ(other.httpStatus(), 400U);
