@@ -75,7 +75,7 @@ class DialogsTest(DialogStage):
 
     def test_old_device(self):
         self.start()
-        for number, how in enumerate(("OK", KEYS["first"], KEYS["last"])):
+        for number, how in enumerate(("OK", KEYS["first"])):  # no more of an address in a minute
             name = f"Old iPad {number}"
             device = start_device(self.desktop, name, "old")
             text = self.answer(f"“{name}” needs the new Torvane app", ["OK"], how)
