@@ -25,8 +25,15 @@ bool isTokenCharacter(char c) {
   return alphanumeric || kMarks.find(c) != std::string_view::npos;
 }
 
-bool isControlCharacter(char c) {
-  return static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
+// What a header's value may not hold: all of them but TAB (RFC 9110, section 5.5).
+bool isForbiddenControl(char c) {
+  return (static_cast<unsigned char>(c) < 0x20 && c != '\t') || c == 0x7F;
+}
+
+// Empty where none is sent: without a body it says nothing, whatever it holds.
+std::string_view sentContentType(const PeerRequest& request) {
+  if (request.body.empty() || !request.contentType) return {};
+  return *request.contentType;
 }
 
 }  // namespace
@@ -55,8 +62,8 @@ std::optional<std::string> wireProblem(const PeerRequest& request) {
   if (method.empty() || !std::all_of(method.begin(), method.end(), isTokenCharacter)) {
     return "The request's method is not an HTTP method.";
   }
-  const auto& type = request.contentType;
-  if (type && std::any_of(type->begin(), type->end(), isControlCharacter)) {
+  const auto type = sentContentType(request);
+  if (std::any_of(type.begin(), type.end(), isForbiddenControl)) {
     return "The request's content type holds control characters.";
   }
   return std::nullopt;

@@ -28,7 +28,8 @@ struct PeerRequest {
 [[nodiscard]] bool isValidURL(std::string_view text);
 
 // Why a request must not be put on the wire, for the "error" of a reply: its method is not a token
-// (RFC 9110, section 5.6.2) or its content type holds control characters. None when it may.
+// (RFC 9110, section 5.6.2) or the content type of its body holds control characters. None when it
+// may.
 [[nodiscard]] std::optional<std::string> wireProblem(const PeerRequest& request);
 
 // A request of the helper's own to the engine: nothing but the engine's port is ever reached.

@@ -6,7 +6,14 @@
 namespace torvane {
 namespace {
 
-class RequestDispatch : public BridgeTest {};
+class RequestDispatch : public BridgeTest {
+ protected:
+  std::vector<std::string> forwardedURLs() {
+    std::vector<std::string> urls;
+    for (const auto& entry : forwarded()) urls.push_back(entry.url);
+    return urls;
+  }
+};
 
 TEST_F(RequestDispatch, PeerWithoutAKeyIsNeverServed) {
   const auto stranger = platform.peerLink.newPeer("stranger");
@@ -100,8 +107,27 @@ TEST_F(RequestDispatch, PathThatMakesNoURLIsDroppedAndUsesUpItsId) {
 
 TEST_F(RequestDispatch, RequestWithoutAPathUsesUpItsId) {
   request({{"id", 1}});
-  request({{"id", 1}, {"path", "/x"}});
-  EXPECT_TRUE(forwarded().empty());
+  request({{"id", 1}, {"path", "/used"}});
+  request({{"id", 2}, {"path", "/new"}});
+  EXPECT_EQ(forwardedURLs(), std::vector<std::string>{"http://127.0.0.1:8484/new"});
+}
+
+TEST_F(RequestDispatch, ForwardsWhatOnlyLooksLikeARouteOfItsOwn) {
+  std::vector<std::string> expected;
+  for (const char* path : {"/p2p/auth", "/p2p/auth?x", "/p2p/bridge-info/", "/p2p/bridge-info/x",
+                           "/p2p/bridge-info?x", "/p2p/", "/P2P/bridge-info"}) {
+    const auto id = static_cast<std::int64_t>(expected.size());
+    request({{"id", id}, {"path", path}});
+    EXPECT_EQ(integerMember(repliesTo(peer).back().header, "id"), id) << path;
+    expected.push_back(std::string("http://127.0.0.1:8484") + path);
+  }
+  EXPECT_EQ(forwardedURLs(), expected);
+}
+
+TEST_F(RequestDispatch, BodilessRequestIsServedWhateverItsContentType) {
+  request({{"id", 1}, {"path", "/x"}, {"method", "POST"}, {"contentType", "a/b\r\nX: y"}});
+  EXPECT_EQ(forwardedURLs(), std::vector<std::string>{"http://127.0.0.1:8484/x"});
+  EXPECT_EQ(integerMember(repliesTo(peer).back().header, "status"), 200);
 }
 
 TEST_F(RequestDispatch, RetargetingPathIsForwardedPinnedToTheEngine) {
@@ -133,9 +159,12 @@ TEST_F(RequestDispatch, EnvelopeOfAnEarlierConnectionIsRefused) {
   const auto envelope = device.envelope(challengeOf(peer), {{"id", 1}, {"path", "/x"}});
   disconnect(peer);
   const auto again = admit(device, "iPad");
-  challengeOf(again);
+  const auto challenge = challengeOf(again);
   receive(again, envelope);
   EXPECT_TRUE(forwarded().empty());
+  EXPECT_EQ(repliesTo(again).size(), 1U);  // the challenge
+  receive(again, device.envelope(challenge, {{"id", 1}, {"path", "/x"}}));
+  EXPECT_EQ(forwarded().size(), 1U);
 }
 
 TEST_F(RequestDispatch, IdsCountAgainOnANewConnection) {
@@ -186,6 +215,20 @@ TEST_F(RequestDispatch, SamePeerThatComesBackStartsAnew) {
   EXPECT_EQ(forwarded().size(), 1U);
   request({{"id", 1}, {"path", "/x"}});
   EXPECT_EQ(forwarded().size(), 2U);
+}
+
+TEST_F(RequestDispatch, RepliesLeaveInTheOrderOfTheAnswers) {
+  for (std::int64_t id = 0; id < 20; ++id) {
+    receive(peer, test::challengeRequest(100 + id));
+    request({{"id", id}, {"path", "/x"}});
+  }
+  std::vector<std::int64_t> ids, expected;
+  for (const auto& reply : repliesTo(peer)) {
+    const auto id = integerMember(reply.header, "id").value();
+    if (id < 1000) ids.push_back(id);  // else a challenge that `request` asked for
+  }
+  for (std::int64_t id = 0; id < 20; ++id) expected.insert(expected.end(), {100 + id, id});
+  EXPECT_EQ(ids, expected);
 }
 
 TEST_F(RequestDispatch, AnswersMayOvertakeEachOther) {

@@ -132,6 +132,34 @@ TEST_F(CurlHttpSessionTest, HeadDoesNotWaitForABody) {
   EXPECT_EQ(server.connections(), 1);
 }
 
+TEST_F(CurlHttpSessionTest, SendsTheBodyOfAHeadAndWaitsForNone) {
+  Server server(Server::answering("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\n"));
+  for (const std::size_t size : {std::size_t{5}, std::size_t{3'000'000}}) {
+    HttpRequest request = to(server);
+    request.method = "HEAD";
+    request.contentType = "a/b";
+    request.body.assign(size, 'x');
+    const HttpResult result = fetch(request);
+    EXPECT_EQ(statusOf(result), 200);
+    EXPECT_EQ(errorOf(result), "");
+    const std::string sent = server.requests().back();
+    EXPECT_TRUE(sent.starts_with("HEAD / HTTP/1.1\r\n")) << sent.substr(0, 100);
+    EXPECT_NE(sent.find("\r\nContent-Type: a/b\r\n"), std::string::npos) << sent.substr(0, 200);
+    EXPECT_TRUE(sent.ends_with("\r\n\r\n" + std::string(size, 'x')));
+  }
+}
+
+TEST_F(CurlHttpSessionTest, SendsATabInAContentType) {
+  Server server(Server::answering(httpAnswer("")));
+  HttpRequest request = to(server);
+  request.method = "POST";
+  request.contentType = "text/plain;\tcharset=utf-8";
+  request.body = toBytes("x");
+  EXPECT_EQ(statusOf(fetch(request)), 200);
+  EXPECT_NE(server.requests().front().find("\r\nContent-Type: text/plain;\tcharset=utf-8\r\n"),
+            std::string::npos);
+}
+
 TEST_F(CurlHttpSessionTest, SendsALargeBodyWithoutAskingFirst) {
   Server server(Server::answering(httpAnswer("")));
   HttpRequest request = to(server);

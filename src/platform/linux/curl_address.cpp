@@ -50,7 +50,8 @@ bool isAddress(const sockaddr& given, int family, const HttpEndpoint& endpoint,
 
 ParsedUrl parseUrl(const std::string& text, const std::optional<HttpEndpoint>& onlyEndpoint) {
   // libcurl sees C strings; a URL cut short would be another one.
-  if (!isHeaderValue(text)) return refused("The address holds control characters.");
+  const bool hasControls = !isHeaderValue(text) || text.find('\t') != std::string::npos;
+  if (hasControls) return refused("The address holds control characters.");
   ParsedUrl parsed{CurlUrl(curl_url()), false, {}};
   // The path goes out as it was given, with any "..".
   const unsigned flags = CURLU_PATH_AS_IS | (onlyEndpoint ? CURLU_DISALLOW_USER : 0U);

@@ -22,8 +22,9 @@ bool isInterim(long status) {
 }  // namespace
 
 std::size_t CurlTransfer::onHeader(char* data, std::size_t size, std::size_t count, void* self) {
-  transfer(self)->receiveHeader({data, size * count});
-  return size * count;
+  CurlTransfer& of = *transfer(self);
+  of.receiveHeader({data, size * count});
+  return of.hasHeader_ && of.endsWithHeader() ? 0 : size * count;
 }
 
 void CurlTransfer::receiveHeader(std::string_view line) {

@@ -22,11 +22,9 @@ bool isIdempotent(std::string_view method) {
   return std::find(kMethods.begin(), kMethods.end(), method) != kMethods.end();
 }
 
-// RFC 9110, section 8.6: some say that their body is empty. One that is given with HEAD means
-// nothing (section 9.3.2) and stays behind.
+// RFC 9110, section 8.6: some say that their body is empty.
 bool hasBody(const HttpRequest& request) {
   const std::string& method = request.method;
-  if (method == "HEAD") return false;
   return !request.body.empty() || method == "POST" || method == "PUT" || method == "PATCH";
 }
 
@@ -112,13 +110,13 @@ void CurlTransfer::setTarget() {
 
 void CurlTransfer::setMessage() {
   const HttpRequest& request = job_.request;
-  if (request.method == "HEAD") {
-    set(handle_, CURLOPT_NOBODY, 1L);  // else libcurl waits for a body that will not come
-  } else if (hasBody(request)) {
+  if (hasBody(request)) {
     set(handle_, CURLOPT_POST, 1L);
     set(handle_, CURLOPT_POSTFIELDS, reinterpret_cast<const char*>(request.body.data()));
     set(handle_, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.body.size()));
     if (request.method != "POST") set(handle_, CURLOPT_CUSTOMREQUEST, request.method.c_str());
+  } else if (request.method == "HEAD") {
+    set(handle_, CURLOPT_NOBODY, 1L);  // else libcurl waits for a body that will not come
   } else if (request.method != "GET") {
     set(handle_, CURLOPT_CUSTOMREQUEST, request.method.c_str());
   }
@@ -157,8 +155,15 @@ void CurlTransfer::setCallbacks() {
   }
 }
 
+// libcurl sends a HEAD either without its body, or as a method that it does not know and to which
+// it would wait for a body.
+bool CurlTransfer::endsWithHeader() const {
+  return job_.request.method == "HEAD" && hasBody(job_.request);
+}
+
 HttpResult CurlTransfer::result(CURLcode code) {
-  if (code != CURLE_OK) {
+  const bool isComplete = code == CURLE_OK || (hasHeader_ && endsWithHeader());
+  if (!isComplete) {
     if (!problem_.empty()) return failure(std::move(problem_));
     const bool hasText = errorText_.front() != '\0';
     return failure(asSentence(hasText ? errorText_.data() : curl_easy_strerror(code)));

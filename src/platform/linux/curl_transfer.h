@@ -80,6 +80,7 @@ class CurlTransfer {
   bool receiveBody(ByteView bytes);  // false: too long, or no place for it
   std::string cannotSave();          // right after it failed
   [[nodiscard]] HttpResult described() const;
+  [[nodiscard]] bool endsWithHeader() const;  // its answer
   void noteProgress() { job_.lastProgress = HttpJob::Clock::now(); }
 
   // In curl_callbacks.cpp.

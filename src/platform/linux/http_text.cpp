@@ -27,7 +27,7 @@ bool isHttpToken(std::string_view text) {
 }
 
 bool isHeaderValue(std::string_view text) {
-  return std::none_of(text.begin(), text.end(), isControl);
+  return std::none_of(text.begin(), text.end(), [](char c) { return isControl(c) && c != '\t'; });
 }
 
 std::string utf8FromHeader(std::string_view value) {
