@@ -1,11 +1,7 @@
 #include "ink/ink_path.h"
 
-#include <optional>
-
 namespace torvane {
 namespace {
-
-constexpr double kFarAway = 1e6;
 
 bool isNumber(const Point& p) {
   return std::isfinite(p.x) && std::isfinite(p.y);
@@ -20,9 +16,9 @@ bool isInside(const Rect& area, const Point& p) {
   return p.x >= area.x && p.x <= area.right() && p.y >= area.y && p.y <= area.bottom();
 }
 
-struct Segment {
-  Point from, to;
-};
+bool isNear(const Point& fraction) {
+  return std::abs(fraction.x) <= kFarAway && std::abs(fraction.y) <= kFarAway;
+}
 
 // Narrows [enter, leave] to the part of a line where start + t × step ≤ limit.
 void narrow(double start, double step, double limit, double& enter, double& leave) {
@@ -42,6 +38,57 @@ std::optional<Segment> cutTo(const Rect& area, const Segment& s) {
   if (enter > leave) return std::nullopt;
   const auto at = [&](double t) { return Point{s.from.x + t * dx, s.from.y + t * dy}; };
   return Segment{enter > 0 ? at(enter) : s.from, leave < 1 ? at(leave) : s.to};
+}
+
+// a × d - b × c, correct to its last digits also where the products nearly cancel each other out.
+double crossProduct(double a, double b, double c, double d) {
+  const double subtracted = b * c;
+  return std::fma(a, d, -subtracted) - std::fma(b, c, -subtracted);
+}
+
+// The endless line through two points, as x × dy - y × dx = cross. A line of 1e300 slides passes
+// through the right pixels only when these are looked for on the line itself: a way from one of its
+// ends would be lost in rounding.
+class EndlessLine {
+ public:
+  explicit EndlessLine(const Segment& s)
+      : dx_(s.to.x - s.from.x),
+        dy_(s.to.y - s.from.y),
+        cross_(crossProduct(s.from.x, s.from.y, s.to.x, s.to.y)) {}
+
+  // Where one comes who goes along the line from `end` until no coordinate is beyond the limit;
+  // outside of it where the line passes by.
+  [[nodiscard]] Point movedWithin(double limit, Point end) const {
+    if (std::abs(end.x) > limit) {
+      end.x = std::copysign(limit, end.x);
+      end.y = (end.x * dy_ - cross_) / dx_;
+    }
+    if (std::abs(end.y) > limit) {
+      end.y = std::copysign(limit, end.y);
+      end.x = (end.y * dx_ + cross_) / dy_;
+    }
+    return end;
+  }
+
+ private:
+  double dx_, dy_, cross_;
+};
+
+bool areBeyond(double limit, double a, double b) {
+  return (a > limit && b > limit) || (a < -limit && b < -limit);
+}
+
+Point scaled(const Point& p, double by) {
+  return {p.x * by, p.y * by};
+}
+
+// A line in the view, given its ends as fractions and as they were mapped each for itself.
+std::optional<Segment> inView(const SlideMapping& mapping, const Segment& fractions,
+                              const Segment& mapped) {
+  if (isNear(fractions.from) && isNear(fractions.to)) return mapped;
+  const auto part = nearPart(fractions);
+  if (!part) return std::nullopt;
+  return Segment{mapping.map(part->from), mapping.map(part->to)};
 }
 
 // Joins segments to lines where one begins at the end of the other.
@@ -74,6 +121,23 @@ std::size_t runCount(std::size_t pointCount) {
   return pointCount < 2 ? 0 : (pointCount - 2) / kRunLength + 1;
 }
 
+std::optional<Segment> nearPart(const Segment& fractions) {
+  const auto& [from, to] = fractions;
+  if (isNear(from) && isNear(to)) return fractions;
+  if (areBeyond(kFarAway, from.x, to.x) || areBeyond(kFarAway, from.y, to.y)) return std::nullopt;
+  // Down to where products are numbers, by a power of two, which changes no digit.
+  const double largest =
+      std::max({std::abs(from.x), std::abs(from.y), std::abs(to.x), std::abs(to.y)});
+  const double scale = std::ldexp(1, -std::ilogb(largest));
+  const double limit = kFarAway * scale;
+  const Segment line{scaled(from, scale), scaled(to, scale)};
+  const EndlessLine endless(line);
+  const Segment part{endless.movedWithin(limit, line.from), endless.movedWithin(limit, line.to)};
+  const double rounded = limit * (1 + 1e-9);
+  if (std::abs(part.from.x) > rounded || std::abs(part.to.x) > rounded) return std::nullopt;
+  return Segment{scaled(part.from, 1 / scale), scaled(part.to, 1 / scale)};
+}
+
 Point SlideMapping::map(const Point& fraction) const {
   const auto near = [](double v) {
     return std::isfinite(v) ? std::clamp(v, -kFarAway, kFarAway) : std::nan("");
@@ -94,7 +158,9 @@ double collectRun(std::span<const Point> stroke, std::size_t run, const SlideMap
   for (std::size_t i = first + 1; i <= last; ++i) {
     const Point to = mapping.map(stroke[i]);
     const bool drawn = isNumber(from) && isNumber(to) && touches(touching, from, to);
-    const auto seen = drawn ? cutTo(limits, {from, to}) : std::nullopt;
+    const auto line =
+        drawn ? inView(mapping, {stroke[i - 1], stroke[i]}, {from, to}) : std::nullopt;
+    const auto seen = line ? cutTo(limits, *line) : std::nullopt;
     if (seen) builder.add(*seen, continues && seen->from == from);
     continues = seen && isInside(limits, to);
     from = to;

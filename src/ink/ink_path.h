@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <span>
 
 #include "ink/canvas.h"
@@ -14,8 +15,12 @@ inline constexpr std::size_t kRunLength = 2000;
 
 [[nodiscard]] std::size_t runCount(std::size_t pointCount);
 
-// Where a fraction of the slide lies in the view. Fractions beyond a million count as a million:
-// they are off every screen, and products of them stay numbers.
+// Fractions of the slide beyond this are off every screen.
+inline constexpr double kFarAway = 1e6;
+
+// Where a fraction of the slide lies in the view. What is far away is moved to where that begins,
+// each coordinate for itself, so that products of them stay numbers: good for boxes and single
+// points. Lines go through nearPart() first.
 class SlideMapping {
  public:
   explicit SlideMapping(const Rect& slide) : slide_(slide) {}
@@ -27,6 +32,14 @@ class SlideMapping {
  private:
   Rect slide_;
 };
+
+struct Segment {
+  Point from, to;
+};
+
+// The part of a line, in fractions, that is not far away, with the direction that the whole has
+// whatever its length; none when all of it is. Coordinates are numbers.
+[[nodiscard]] std::optional<Segment> nearPart(const Segment& fractions);
 
 // How far beyond its line a pen may touch a pixel.
 [[nodiscard]] inline double penReach(double penWidth) {
