@@ -15,6 +15,7 @@
 #include "bridge/engine_request.h"
 #include "engine/engine_log.h"
 #include "ink/ink_answer.h"
+#include "ink/newest_picture.h"
 #include "ink/overlay_surface.h"
 #include "ink/overlay_view.h"
 #include "peer/peer_session.h"
@@ -168,7 +169,10 @@ class BridgeDelegate final : public MenuDelegate,
   void inkDidArrive(const std::shared_ptr<const InkAnswer>& answer);
   void takeInk(const std::shared_ptr<const InkAnswer>& answer, std::size_t from);
   void applyInkEvents(std::span<const InkEvent> events);
+  NewestPicture newestPicture;
   void fetchOverlayImage(std::int64_t version);
+  void decodePicture(std::optional<Bytes> file);
+  void pictureWasDecoded(std::shared_ptr<const Picture> picture);
   void clearOverlay();
 
   // ink/overlay_window.cpp

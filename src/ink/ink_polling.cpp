@@ -1,6 +1,6 @@
 // Live ink, fetched from the engine while it runs.
 // Events: the ink timer, answers of the engine, decoded pictures. Fields: overlayView, inkSeq,
-// inkBusy, lastOverlayV. Ports: HttpSession, PictureDecoder, Clock.
+// inkBusy, lastOverlayV, newestPicture. Ports: HttpSession, PictureDecoder, Clock.
 
 #include "app/bridge_delegate.h"
 
@@ -86,19 +86,28 @@ void BridgeDelegate::fetchOverlayImage(std::int64_t version) {
   assertMainThread();
   lastOverlayV = version;  // before the fetch: one that fails is not tried again
   platform_.http.shared().dataTask(
-      engineRequest("/api/ink/overlay", kPictureTimeout),
-      [this, main = main_, &pictures = platform_.pictures](HttpResult result) {
+      engineRequest("/api/ink/overlay", kPictureTimeout), [this, main = main_](HttpResult result) {
         // What is no picture goes through the decoder as well, so that the answers take effect
         // in the order in which they came.
         const bool isFound = result.response && result.response->status == 200;
-        pictures.decode(isFound ? std::move(result.body) : Bytes{},
-                        [this, main](std::shared_ptr<const Picture> picture) {
-                          main.async([this, picture = std::move(picture)] {
-                            overlayView.setOverlayImage(picture);
-                            overlayView.setNeedsDisplay();
-                          });
-                        });
+        const auto file = std::make_shared<Bytes>(isFound ? std::move(result.body) : Bytes{});
+        main.async([this, file] { decodePicture(newestPicture.take(std::move(*file))); });
       });
+}
+
+void BridgeDelegate::decodePicture(std::optional<Bytes> file) {
+  if (!file) return;
+  platform_.pictures.decode(
+      std::move(*file), [this, main = main_](std::shared_ptr<const Picture> picture) {
+        main.async([this, picture = std::move(picture)] { pictureWasDecoded(picture); });
+      });
+}
+
+void BridgeDelegate::pictureWasDecoded(std::shared_ptr<const Picture> picture) {
+  assertMainThread();
+  overlayView.setOverlayImage(std::move(picture));
+  overlayView.setNeedsDisplay();
+  decodePicture(newestPicture.next());
 }
 
 void BridgeDelegate::clearOverlay() {

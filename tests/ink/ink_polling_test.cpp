@@ -431,7 +431,17 @@ TEST_F(InkPolling, AnswersThatComeAfterTheHelperHasGoneAreDropped) {
   helper->inkTick();
   helper.reset();
   platform.time.advance(5);
+  EXPECT_EQ(platform.pictures.decoded, 0);
+}
+
+TEST_F(InkPolling, PictureThatIsDecodedAfterTheHelperHasGoneIsDropped) {
+  platform.pictures.secondsPerPicture = 1;
+  picture = {httpResult(200, "picture")};
+  helper->fetchOverlayImage(1);
+  platform.time.advance(0.5);
   EXPECT_EQ(platform.pictures.decoded, 1);
+  helper.reset();
+  platform.time.advance(5);
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 
 #include "platform/mac/mac_picture_decoder.h"
 
+#include <sstream>
+
 #include "mac/on_a_mac.h"
 
 namespace torvane {
@@ -15,6 +17,14 @@ class MacPictures : public OnAMac {
       answers_ += picture ? 'p' : '-';
     });
   }
+  // Of a file's text.
+  static std::string longestSide(const std::string& file) {
+    std::istringstream words(file);
+    std::string type;
+    long width = 0, height = 0;
+    words >> type >> width >> height;
+    return std::to_string(std::max(width, height));
+  }
   std::string answersTo(const std::vector<std::string>& files) {
     for (const auto& file : files) decode(file);
     EXPECT_EQ(answers_, "");  // not inside the call
@@ -27,10 +37,21 @@ class MacPictures : public OnAMac {
 };
 
 TEST_F(MacPictures, DecodesWhatTheEngineSends) {
-  for (const char* file : {"public.png 1920 1080", "public.jpeg 1 1", "public.png 8000 8000"}) {
+  for (const char* file : {"public.png 400 300", "public.jpeg 1 1", "public.png 64000000 1"}) {
     EXPECT_EQ(answersTo({file}), "p") << file;
-    EXPECT_EQ(timesSaid(std::string("decode ") + file + " with 4"), 1U);
+    EXPECT_EQ(timesSaid(std::string("decode ") + file + " with 4 to " + longestSide(file)), 1U);
   }
+}
+
+TEST_F(MacPictures, KeepsWhatTheScreensOfNowCanShow) {
+  const std::string large = "public.png 8000 4000";
+  EXPECT_EQ(answersTo({large}), "p");
+  EXPECT_TRUE(fake::said("decode " + large + " with 4 to 960"));  // 320 x 240, two pixels a point
+  fake::system().screens.push_back({{320, 0}, {1920, 1080}});
+  EXPECT_EQ(answersTo({large}), "p");
+  EXPECT_TRUE(fake::said("decode " + large + " with 4 to 4320"));
+  fake::system().screens.clear();
+  EXPECT_EQ(answersTo({large}), "p");
 }
 
 TEST_F(MacPictures, DecodesNothingThatIsTooLarge) {
@@ -49,10 +70,9 @@ TEST_F(MacPictures, DecodesNothingButPixels) {
   EXPECT_TRUE(fake::system().log.empty());
 }
 
-TEST_F(MacPictures, AnswersAFloodInItsOrderAndDecodesLittleOfIt) {
+TEST_F(MacPictures, AnswersInTheOrderOfTheCalls) {
   const std::string file = "public.png 10 10";
-  EXPECT_EQ(answersTo({file, "x", file, file, file, file, file}), "p-pp---");
-  EXPECT_EQ(answersTo({file}), "p");
+  EXPECT_EQ(answersTo({file, "x", file, file, file, file, file, "x"}), "p-ppppp-");
 }
 
 TEST_F(MacPictures, StopsAnExceptionOfWhoeverAsked) {

@@ -137,7 +137,7 @@ TEST(DecodedPicture, SurvivesFilesMadeToCrashDecoders) {
 }
 
 TEST(QtPictureDecoder, AnswersOnceInOrderAndOnAnotherThread) {
-  QtPictureDecoder decoder(kScreen);
+  QtPictureDecoder decoder([] { return kScreen; });
   std::vector<int> sizes;
   std::promise<std::thread::id> last;
   for (int i = 1; i <= 3; ++i) {
@@ -152,27 +152,27 @@ TEST(QtPictureDecoder, AnswersOnceInOrderAndOnAnotherThread) {
   EXPECT_EQ(sizes, (std::vector<int>{1, 0, 3}));
 }
 
-TEST(QtPictureDecoder, AnswersAFloodOnceEachAndDecodesTheLast) {
-  QtPictureDecoder decoder(kScreen);
-  const Bytes data = encoded(blue(900, 900), "png");
-  constexpr int kFlood = 60;
-  int answers = 0, pictures = 0;
-  std::promise<bool> last;
-  for (int i = 0; i < kFlood; ++i) {
-    decoder.decode(data, [&, i](const std::shared_ptr<const Picture>& picture) {
-      ++answers;
-      pictures += picture ? 1 : 0;
-      if (i == kFlood - 1) last.set_value(picture != nullptr);
+TEST(QtPictureDecoder, KeepsWhatTheScreensOfNowCanShow) {
+  QSize screen(100, 100);
+  QtPictureDecoder decoder([&] { return screen; });
+  const Bytes data = encoded(blue(400, 300), "png");
+  const auto decodedSize = [&] {
+    std::promise<QSize> size;
+    decoder.decode(data, [&](const std::shared_ptr<const Picture>& picture) {
+      size.set_value(static_cast<const QtPicture*>(picture.get())->image().size());
     });
-  }
-  EXPECT_TRUE(last.get_future().get());
-  EXPECT_EQ(answers, kFlood);
-  EXPECT_LT(pictures, kFlood);
+    return size.get_future().get();
+  };
+  EXPECT_EQ(decodedSize(), QSize(133, 100));
+  screen = QSize(200, 200);
+  EXPECT_EQ(decodedSize(), QSize(266, 200));
+  screen = QSize(1000, 1000);
+  EXPECT_EQ(decodedSize(), QSize(400, 300));
 }
 
 TEST(QtPictureDecoder, EndsWithWorkStillWaiting) {
   const Bytes data = encoded(blue(2000, 2000), "png");
-  QtPictureDecoder decoder(kScreen);
+  QtPictureDecoder decoder([] { return kScreen; });
   for (int i = 0; i < 4; ++i) decoder.decode(data, [](const std::shared_ptr<const Picture>&) {});
 }
 

@@ -74,7 +74,7 @@ struct LinuxPlatform {
   XcbWindowServer windowServer{x11.get()};
   QtScreens screens{x11.get()};
   QtOverlaySurfaces overlaySurfaces{clock, x11Watch.get()};
-  QtPictureDecoder pictures{largestScreen()};
+  QtPictureDecoder pictures{largestScreen};
 
   Platform ports{.application = application,
                  .statusBar = statusBar,

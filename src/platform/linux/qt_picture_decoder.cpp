@@ -5,7 +5,6 @@
 #include <QImageReader>
 #include <QScreen>
 #include <QtEndian>
-#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -14,8 +13,6 @@ namespace {
 
 constexpr std::int64_t kMostPixels = 64'000'000;
 constexpr int kMostMegabytes = 256;  // while one is decoded: four bytes a pixel
-// Each waiting picture may be 32 MiB of file. Whoever sends more than this is not looking at them.
-constexpr std::size_t kMostWaiting = 4;
 
 // The formats with pixels, told by how a file begins. Nothing else reaches a decoder.
 const char* rasterFormat(const QByteArray& data) {
@@ -80,7 +77,8 @@ QSize largestScreen() {
   return largest;
 }
 
-QtPictureDecoder::QtPictureDecoder(QSize largest) : largest_(largest), thread_([this] { run(); }) {
+QtPictureDecoder::QtPictureDecoder(std::function<QSize()> largest)
+    : largest_(std::move(largest)), thread_([this] { run(); }) {
   QImageReader::setAllocationLimit(kMostMegabytes);
 }
 
@@ -95,15 +93,10 @@ QtPictureDecoder::~QtPictureDecoder() {
 
 void QtPictureDecoder::decode(Bytes data,
                               std::function<void(std::shared_ptr<const Picture>)> done) {
+  const QSize largest = largest_();  // here, as screens are the main thread's
   {
     const std::lock_guard lock(mutex_);
-    // Too many: the oldest that still waits is given up. It is answered in its turn.
-    if (waiting_.size() >= kMostWaiting) {
-      const auto oldest = std::find_if(waiting_.begin(), waiting_.end(),
-                                       [](const Job& job) { return !job.data.empty(); });
-      if (oldest != waiting_.end()) oldest->data = {};
-    }
-    waiting_.push_back({std::move(data), std::move(done)});
+    waiting_.push_back({std::move(data), largest, std::move(done)});
   }
   changed_.notify_all();
 }
@@ -119,7 +112,7 @@ std::optional<QtPictureDecoder::Job> QtPictureDecoder::next() {
 
 void QtPictureDecoder::run() {
   while (auto job = next()) {
-    QImage image = decodedPicture(job->data, largest_);
+    QImage image = decodedPicture(job->data, job->largest);
     job->data = {};
     job->done(image.isNull() ? nullptr : std::make_shared<QtPicture>(std::move(image)));
   }

@@ -3,6 +3,7 @@
 #include <QSize>
 #include <condition_variable>
 #include <deque>
+#include <functional>
 #include <mutex>
 #include <thread>
 
@@ -11,12 +12,11 @@
 
 namespace torvane {
 
-// Decodes one picture at a time on a thread of its own. What is larger than the largest screen is
-// kept at that size.
+// Decodes one picture at a time on a thread of its own.
 class QtPictureDecoder final : public PictureDecoder {
  public:
-  // `largest` in pixels.
-  explicit QtPictureDecoder(QSize largest);
+  // `largest` tells the size of the largest screen, in pixels, whenever a picture is to be decoded.
+  explicit QtPictureDecoder(std::function<QSize()> largest);
   ~QtPictureDecoder() override;
   QtPictureDecoder(const QtPictureDecoder&) = delete;
   QtPictureDecoder& operator=(const QtPictureDecoder&) = delete;
@@ -26,13 +26,14 @@ class QtPictureDecoder final : public PictureDecoder {
  private:
   struct Job {
     Bytes data;
+    QSize largest;
     std::function<void(std::shared_ptr<const Picture>)> done;
   };
 
   void run();
   [[nodiscard]] std::optional<Job> next();
 
-  const QSize largest_;
+  const std::function<QSize()> largest_;
   std::mutex mutex_;
   std::condition_variable changed_;
   std::deque<Job> waiting_;

@@ -2,15 +2,13 @@
 
 #import <dispatch/dispatch.h>
 
-#include <atomic>
 #include <memory>
 
 #include "ink/picture_decoder.h"
 
 namespace torvane {
 
-// Decodes one picture at a time on a queue of its own. What is larger than any screen is kept
-// smaller.
+// Decodes one picture at a time on a queue of its own.
 class MacPictureDecoder final : public PictureDecoder {
  public:
   MacPictureDecoder();
@@ -23,10 +21,15 @@ class MacPictureDecoder final : public PictureDecoder {
 
  private:
   dispatch_queue_t queue_;
-  std::shared_ptr<std::atomic<int>> waiting_ = std::make_shared<std::atomic<int>>(0);
 };
 
-// The picture in `data`; null when there is none that may be shown.
-[[nodiscard]] std::shared_ptr<const Picture> decodedPicture(const Bytes& data);
+struct PixelSize {
+  double width = 0, height = 0;
+};
+
+// The picture in `data`, no larger than it takes to cover the screen; null when there is none that
+// may be shown.
+[[nodiscard]] std::shared_ptr<const Picture> decodedPicture(const Bytes& data,
+                                                            const PixelSize& screen);
 
 }  // namespace torvane

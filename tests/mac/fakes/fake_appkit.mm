@@ -116,6 +116,9 @@ __kindof NSApplication* NSApp;
 - (NSWindow*)window {
   return fake::system().windows.empty() ? nil : fake::system().windows.back();
 }
+- (void)setFrameSize:(NSSize)size {
+  self.bounds = {{0, 0}, size};
+}
 - (void)setNeedsDisplayInRect:(NSRect)rect {
   say("display part");
 }
@@ -128,7 +131,7 @@ __kindof NSApplication* NSApp;
 @interface NSWindow () {
  @public
   BOOL _isShown;
-  CGRect _place;
+  NSRect _place;
 }
 @end
 @implementation NSWindow
@@ -138,6 +141,7 @@ __kindof NSApplication* NSApp;
                               defer:(BOOL)defer {
   say("window style " + std::to_string(style) + " backing " + std::to_string(backing) + " defer " +
       std::to_string(defer));
+  _place = rect;
   self.opaque = YES;
   self.hasShadow = YES;
   fake::system().windows.push_back(self);
@@ -149,11 +153,12 @@ __kindof NSApplication* NSApp;
 - (CGFloat)backingScaleFactor {
   return fake::kScale;
 }
-- (void)setFrame:(NSRect)frame display:(BOOL)display {
-  say("frame " + std::to_string((int)frame.origin.x) + (display ? " display" : ""));
-}
 - (NSRect)frame {
   return _place;
+}
+- (void)setFrame:(NSRect)frame display:(BOOL)display {
+  fake::move(self, frame);
+  say("frame " + std::to_string((int)frame.origin.x) + (display ? " display" : ""));
 }
 - (void)setFrameOrigin:(NSPoint)origin {
   _place.origin = origin;
@@ -238,6 +243,9 @@ bool lets(NSEventType type, NSWindow* window, bool isRepeat) {
 - (NSRect)frame {
   return _place;
 }
+- (CGFloat)backingScaleFactor {
+  return fake::kScale;
+}
 @end
 
 @implementation NSMenu
@@ -253,12 +261,13 @@ bool lets(NSEventType type, NSWindow* window, bool isRepeat) {
  @public
   std::string _title;
   SEL _action;
+  BOOL _isSeparator;
 }
 @end
 @implementation NSMenuItem
 + (instancetype)separatorItem {
   NSMenuItem* item = [[NSMenuItem alloc] init];
-  item->_title = "-";
+  item->_isSeparator = YES;
   return item;
 }
 - (instancetype)initWithTitle:(NSString*)title action:(SEL)action keyEquivalent:(NSString*)key {
@@ -329,6 +338,11 @@ void choose(NSMenuItem* item) {
   ((void (*)(id, SEL, id))objc_msgSend)(item.target, item->_action, item);
 }
 std::string title(NSMenuItem* item) { return item->_title; }
+bool isSeparator(NSMenuItem* item) { return item->_isSeparator; }
+void move(NSWindow* window, CGRect place) {
+  window->_place = place;
+  [(NSView*)window.contentView setFrameSize:place.size];
+}
 }  // namespace fake
 
 // What a status item's button shows, in words.

@@ -178,8 +178,10 @@ CFDictionaryRef CGImageSourceCopyPropertiesAtIndex(CGImageSourceRef source, size
 }
 CGImageRef CGImageSourceCreateThumbnailAtIndex(CGImageSourceRef source, size_t,
                                                CFDictionaryRef options) {
-  say("decode " + source->data + " with " +
-      std::to_string(((__bridge NSDictionary*)options).count));
+  NSDictionary* asked = (__bridge NSDictionary*)options;
+  NSNumber* longest = [asked objectForKey:(__bridge id)kCGImageSourceThumbnailMaxPixelSize];
+  say("decode " + source->data + " with " + std::to_string(asked.count) + " to " +
+      std::to_string(longest.longLongValue));
   auto* image = new CGImage;
   image->pixels = {2, 2, {11, 12, 21, 22}};  // row and column
   return image;

@@ -122,5 +122,9 @@ bool lets(NSEventType type, NSWindow* window, bool isRepeat = false);
 
 void choose(NSMenuItem* item);
 std::string title(NSMenuItem* item);
+bool isSeparator(NSMenuItem* item);
+
+// As the system does it, without being asked.
+void move(NSWindow* window, CGRect place);
 
 }  // namespace fake

@@ -71,6 +71,7 @@ extern "C" __kindof NSApplication* NSApp;
 
 @interface NSView : NSResponder
 - (instancetype)initWithFrame:(NSRect)frameRect;
+- (void)setFrameSize:(NSSize)newSize;
 - (void)drawRect:(NSRect)dirtyRect;
 @property(readonly, getter=isFlipped) BOOL flipped;
 @property(readonly, getter=isOpaque) BOOL opaque;
@@ -114,6 +115,7 @@ static const NSWindowLevel NSScreenSaverWindowLevel = 1000;
 @property(readonly) NSRect frame;
 @property(readonly, getter=isVisible) BOOL visible;
 @property(readonly) CGFloat backingScaleFactor;
+@property(readonly) NSRect frame;
 - (void)setFrame:(NSRect)frameRect display:(BOOL)flag;
 - (void)setFrameOrigin:(NSPoint)point;
 - (void)orderFrontRegardless;
@@ -146,6 +148,7 @@ typedef NS_OPTIONS(unsigned long long, NSEventMask) {
 @property(class, readonly, copy) NSArray<NSScreen*>* screens;
 @property(class, nullable, readonly, strong) NSScreen* mainScreen;
 @property(readonly) NSRect frame;
+@property(readonly) CGFloat backingScaleFactor;
 @end
 
 // The menu
