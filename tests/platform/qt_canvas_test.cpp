@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "support/overlay_screen.h"
 
 namespace torvane {
@@ -159,6 +161,64 @@ TEST(RenderedPicture, FillsTheSlideAndLiesUnderTheInk) {
   EXPECT_EQ(shown.pixelColor(200, 100), QColor(Qt::blue));
   EXPECT_EQ(qAlpha(shown.pixel(200, 36)), 0);  // the slide begins at 37.5
   EXPECT_EQ(shown.pixelColor(200, 38), QColor(Qt::blue));
+}
+
+std::shared_ptr<QtPicture> pictureOf(int width, int height,
+                                     const std::function<QRgb(int x, int y)>& colour) {
+  QImage image(width, height, QImage::Format_ARGB32_Premultiplied);
+  for (int y = 0; y < height; ++y) {
+    for (int x = 0; x < width; ++x) image.setPixel(x, y, colour(x, y));
+  }
+  return std::make_shared<QtPicture>(image);
+}
+
+TEST(RenderedPicture, BeginsAndEndsAtFractionsOfAPixel) {
+  OverlayView view;
+  view.setOverlayImage(pictureOf(3, 5, [](int, int) { return qRgb(0, 0, 255); }));
+  const QImage shown = painted(view, 400, 300);  // from 37.5 to 262.5
+  for (const int x : {0, 200, 399}) {
+    EXPECT_EQ(qAlpha(shown.pixel(x, 36)), 0);
+    EXPECT_NEAR(qAlpha(shown.pixel(x, 37)), 127.5, 2);
+    EXPECT_EQ(qAlpha(shown.pixel(x, 38)), 255);
+    EXPECT_EQ(qAlpha(shown.pixel(x, 261)), 255);
+    EXPECT_NEAR(qAlpha(shown.pixel(x, 262)), 127.5, 2);
+    EXPECT_EQ(qAlpha(shown.pixel(x, 263)), 0);
+  }
+  EXPECT_NEAR(alphaSum(shown), 400 * 225, 400 * 0.02);
+}
+
+TEST(RenderedPicture, LiesWhereTheInkOverItLies) {
+  OverlayView view;
+  // The picture's middle row of three, and a line through its upper edge.
+  view.setOverlayImage(pictureOf(
+      1, 300, [](int, int y) { return y >= 100 && y < 200 ? qRgba(0, 0, 255, 255) : 0; }));
+  const double sum = alphaSumOfColumn(painted(view, 401, 300), 200);
+  EXPECT_NEAR(sum, 401 * 0.5625 / 3, 0.1);
+}
+
+TEST(RenderedPicture, IsEnlargedSmoothly) {
+  OverlayView view;
+  view.setOverlayImage(pictureOf(2, 1, [](int x, int) { return qRgb(255 * x, 0, 0); }));
+  const QImage shown = painted(view, 400, 225);
+  int last = 0, steps = 0;
+  for (int x = 0; x < 400; ++x) {
+    const int red = qRed(shown.pixel(x, 100));
+    ASSERT_GE(red, last) << x;
+    EXPECT_LE(red - last, 4) << x;
+    steps += red != last ? 1 : 0;
+    last = red;
+  }
+  EXPECT_EQ(last, 255);
+  EXPECT_GT(steps, 100);
+}
+
+TEST(RenderedPicture, IsMadeSmallerSmoothly) {
+  OverlayView view;
+  view.setOverlayImage(pictureOf(1600, 900, [](int x, int y) {
+    return (x + y) % 2 == 0 ? qRgb(255, 255, 255) : qRgb(0, 0, 0);
+  }));
+  const QImage shown = painted(view, 320, 180);
+  for (int i = 10; i < 170; i += 7) EXPECT_NEAR(qRed(shown.pixel(i, i)), 127, 30) << i;
 }
 
 TEST(QtCanvas, DrawsInPixelsOnAFineScreen) {

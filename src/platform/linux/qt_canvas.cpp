@@ -1,8 +1,8 @@
 #include "platform/linux/qt_canvas.h"
 
 #include <QPainter>
-#include <cmath>
 #include <cstring>
+#include <utility>
 
 namespace torvane {
 namespace {
@@ -10,16 +10,37 @@ namespace {
 // The system red. Opaque, so that a premultiplied pixel of it is the colour itself.
 const QColor kInk(255, 59, 48);
 
+QImage scaled(const QImage& image, const QSize& size) {
+  if (image.size() == size) return image;
+  return image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
+      .convertToFormat(QImage::Format_ARGB32_Premultiplied);
+}
+
+// At fractions of a pixel in two steps, as QPainter looks at four pixels alone, which is too few of
+// a large picture. The first is one pixel too large: QPainter would round the place of a picture
+// that it need not scale.
+PlacedPixels laidOut(const QImage& image, const QRectF& place) {
+  const QRect touched = place.toAlignedRect();
+  if (QRectF(touched) == place) return {touched.topLeft(), scaled(image, touched.size())};
+  QImage laid(touched.size(), QImage::Format_ARGB32_Premultiplied);
+  laid.fill(Qt::transparent);
+  QPainter painter(&laid);
+  painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
+  painter.drawImage(place.translated(-touched.topLeft()),
+                    scaled(image, touched.size() + QSize(1, 1)));
+  painter.end();
+  return {touched.topLeft(), std::move(laid)};
+}
+
 }  // namespace
 
-QImage QtPicture::scaledTo(const QSize& size) const {
-  if (size == image_.size()) return image_;
+PlacedPixels QtPicture::laidInto(const QRectF& place) const {
   const std::lock_guard lock(mutex_);
-  if (scaled_.size() != size) {
-    scaled_ = image_.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
-                  .convertToFormat(QImage::Format_ARGB32_Premultiplied);
+  if (place != place_) {
+    place_ = place;
+    laid_ = laidOut(image_, place);
   }
-  return scaled_;
+  return laid_;
 }
 
 QtCanvas::QtCanvas(const Rect& area, double scale)
@@ -37,12 +58,12 @@ QRect QtCanvas::toPixels(const Rect& area) const {
 }
 
 void QtCanvas::drawPicture(const Picture& picture, const Rect& into) {
-  const auto edge = [&](double v) { return static_cast<int>(std::lround(v * scale_)); };
-  const QPoint from(edge(into.x), edge(into.y));
-  const QSize size(edge(into.right()) - from.x(), edge(into.bottom()) - from.y());
-  if (size.isEmpty()) return;
+  if (into.isEmpty()) return;
+  const auto& source = static_cast<const QtPicture&>(picture);
+  const PlacedPixels laid = source.laidInto(
+      {into.x * scale_, into.y * scale_, into.width * scale_, into.height * scale_});
   QPainter painter(&image_);
-  painter.drawImage(from - origin(), static_cast<const QtPicture&>(picture).scaledTo(size));
+  painter.drawImage(laid.at - origin(), laid.pixels);
 }
 
 void QtCanvas::strokeLines(const Lines& lines, double width) {

@@ -2,6 +2,7 @@
 
 #include <QImage>
 #include <QPoint>
+#include <QRectF>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -11,18 +12,28 @@
 
 namespace torvane {
 
-// A decoded picture. The size it was last drawn at is kept.
+// Pixels and where the first of them lies.
+struct PlacedPixels {
+  QPoint at;
+  QImage pixels;
+};
+
+// A decoded picture. How it was last drawn is kept.
 class QtPicture final : public Picture {
  public:
   explicit QtPicture(QImage image) : image_(std::move(image)) {}
 
   [[nodiscard]] const QImage& image() const { return image_; }
-  [[nodiscard]] QImage scaledTo(const QSize& size) const;
+
+  // Stretched into a place that may begin and end at fractions of a pixel: the pixels at its edges
+  // are as translucent as they are outside of it.
+  [[nodiscard]] PlacedPixels laidInto(const QRectF& place) const;
 
  private:
   QImage image_;
   mutable std::mutex mutex_;
-  mutable QImage scaled_;
+  mutable QRectF place_;
+  mutable PlacedPixels laid_;
 };
 
 // Premultiplied pixels for a part of the view. Pictures and ovals are QPainter's; lines are
