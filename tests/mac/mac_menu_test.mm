@@ -36,15 +36,16 @@ struct CoreMenu final : MenuDelegate {
     return [this, what] { chosen = what; };
   }
   std::vector<MenuItem> menuNeedsUpdate() override {
-    return statusMenu(inputs, {.startServer = choosing("start"),
-                               .stopServer = choosing("stop"),
-                               .forgetPairedDevices = choosing("forget"),
-                               .installUpdate = choosing("install"),
-                               .checkForUpdatesClicked = choosing("check"),
-                               .offerFullDiskAccess = choosing("offer"),
-                               .showHowItWorks = choosing("show"),
-                               .toggleLaunchAtLogin = choosing("toggle"),
-                               .quit = choosing("quit")});
+    return statusMenu(kMacTexts, inputs,
+                      {.startServer = choosing("start"),
+                       .stopServer = choosing("stop"),
+                       .forgetPairedDevices = choosing("forget"),
+                       .installUpdate = choosing("install"),
+                       .checkForUpdatesClicked = choosing("check"),
+                       .offerFullDiskAccess = choosing("offer"),
+                       .showHowItWorks = choosing("show"),
+                       .toggleLaunchAtLogin = choosing("toggle"),
+                       .quit = choosing("quit")});
   }
   Lines lines() {
     Lines lines;
