@@ -48,6 +48,12 @@ void addLinkStatus(Menu& menu, const StatusMenuInputs& inputs) {
   }
 }
 
+// A quiet answer to a question that the show itself raises.
+void addInkHint(Menu& menu, const StatusMenuInputs& inputs) {
+  if (!inputs.hasInkHardEdges) return;
+  menu.push_back(information("Ink has hard edges: this desktop has no compositor"));
+}
+
 void addEngine(Menu& menu, const DesktopTexts& texts, const StatusMenuInputs& inputs,
                const StatusMenuActions& actions) {
   if (inputs.serverRunning) {
@@ -86,6 +92,7 @@ std::vector<MenuItem> statusMenu(const DesktopTexts& texts, const StatusMenuInpu
                                  const StatusMenuActions& actions) {
   Menu menu;
   addLinkStatus(menu, inputs);
+  addInkHint(menu, inputs);
   menu.push_back(separator());
   addEngine(menu, texts, inputs, actions);
   menu.push_back(separator());
@@ -107,6 +114,7 @@ StatusMenuInputs BridgeDelegate::statusMenuInputs() const {
       .addresses = platform_.peerLink.addresses(),
       .connectedPeers = connectedPeers,
       .displayName = peerID.displayName,
+      .hasInkHardEdges = overlay && !overlay->hasSoftEdges(),
       .serverRunning = serverRunning,
       .pairedNames = {},
       .availableUpdate = availableUpdate,

@@ -16,6 +16,7 @@ struct StatusMenuInputs {
   std::vector<std::string> addresses;       // by which devices can connect
   std::vector<std::string> connectedPeers;  // display names, in order
   std::string displayName;                  // this computer's, as iPads see it
+  bool hasInkHardEdges = false;
   bool serverRunning = false;
   std::vector<std::string> pairedNames;  // in any order
   std::optional<std::string> availableUpdate;

@@ -14,9 +14,14 @@ class OverlaySurface {
  public:
   virtual ~OverlaySurface() = default;
 
-  [[nodiscard]] virtual Rect frame() const = 0;  // what was last set, to the bit
+  // Where it is now, wherever it was put: the system moves windows when displays come and go. Where
+  // nothing moved it, the same to the bit as what was set.
+  [[nodiscard]] virtual Rect frame() const = 0;
   virtual void setFrame(const Rect& frame) = 0;  // and paints the content anew
   [[nodiscard]] virtual bool isVisible() const = 0;
+
+  // Whether its pixels can be translucent now. Where they cannot, each is ink or not.
+  [[nodiscard]] virtual bool hasSoftEdges() const = 0;
 
   // Shows it in front, whichever program is active. Neither call minds being made twice.
   virtual void orderFrontRegardless() = 0;

@@ -112,6 +112,16 @@ TEST_F(StatusMenuValue, AnAdvertisingErrorLeavesTheAddress) {
   EXPECT_EQ(lines()[1], "(Connect by address: 192.0.2.7:48484)");
 }
 
+TEST_F(StatusMenuValue, TellsWhyInkHasHardEdgesBelowTheLink) {
+  const auto usual = lines();
+  inputs.hasInkHardEdges = true;
+  auto expected = usual;
+  expected.insert(expected.begin() + 1, "(Ink has hard edges: this desktop has no compositor)");
+  EXPECT_EQ(lines(), expected);
+  inputs.connectedPeers = {"Ann's iPad", "Zoe's iPad"};
+  EXPECT_EQ(lines()[3], "(Ink has hard edges: this desktop has no compositor)");
+}
+
 TEST_F(StatusMenuValue, WithoutPairedDevicesTheUpdateFollowsTheSecondSeparator) {
   inputs.availableUpdate = "413";
   EXPECT_EQ(lines()[4], "-");

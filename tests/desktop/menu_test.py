@@ -11,22 +11,24 @@ usage: menu_test.py BUILD_FOLDER PICTURE_FOLDER
 import json
 import os
 import sys
+import urllib.request
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "support"))
 
-from private_desktop import PATIENCE, skip_where_incomplete, wait_until  # noqa: E402
+from private_desktop import PATIENCE, PICOM, skip_where_incomplete, wait_until  # noqa: E402
 
 skip_where_incomplete(("dbus", "gi"))
 
 from discovery_double import start_discovery  # noqa: E402
 from helper_program import (  # noqa: E402
-    ANSWERED_BEFORE, PROGRAM, engine_answers, engine_listens, pair, start_helper)
+    ANSWERED_BEFORE, ENGINE_PORT, PROGRAM, engine_answers, engine_listens, pair, start_helper)
 from menu_stage import PanelStage, main  # noqa: E402
 from menu_texts import (  # noqa: E402
     ENGINE_OFF, ENGINE_ON, FORGET, REST, connect_by_address, connected_menu, paired)
 
 HOW = "How Does This Work?"
 LOGIN = "Launch at Login"
+HARD_EDGES = "Ink has hard edges: this desktop has no compositor"
 
 
 class MenuTest(PanelStage):
@@ -93,6 +95,22 @@ class MenuTest(PanelStage):
         self.assertEqual(lines[first:lines.index(FORGET)], expected)
 
     # What it does
+
+    def test_tells_what_a_compositor_would_give_once_ink_was_shown(self):
+        self.start_with_engine()
+        self.assertNotIn(HARD_EDGES, self.item.labels())
+        self.show("start")
+        self.wait_for_line(HARD_EDGES)
+        self.assertEqual(self.item.labels()[1:3], [HARD_EDGES, "-"])
+        self.show("end")
+        self.wait_for_line(HARD_EDGES)
+        self.desktop.start_compositor(PICOM)
+        wait_until(lambda: HARD_EDGES not in self.item.labels(), "no such line")
+
+    def show(self, change):
+        address = f"http://127.0.0.1:{ENGINE_PORT}/api/show/{change}"
+        with urllib.request.urlopen(urllib.request.Request(address, method="POST")) as answer:
+            answer.read()
 
     def test_stops_and_starts_the_engine(self):
         self.start_with_engine()

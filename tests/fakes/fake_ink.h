@@ -43,6 +43,7 @@ struct ShownOverlay {
   Rect frame;
   std::vector<Rect> framesSet;  // after it was made
   bool isVisible = false;
+  bool hasSoftEdges = true;
   int timesFronted = 0;
   int timesOrderedOut = 0;
   int invalidations = 0;
@@ -78,6 +79,7 @@ class FakeOverlaySurfaces final : public OverlaySurfaces {
       shown_.framesSet.push_back(frame);
     }
     [[nodiscard]] bool isVisible() const override { return shown_.isVisible; }
+    [[nodiscard]] bool hasSoftEdges() const override { return shown_.hasSoftEdges; }
     void orderFrontRegardless() override {
       shown_.isVisible = true;
       ++shown_.timesFronted;

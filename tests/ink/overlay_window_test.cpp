@@ -57,6 +57,41 @@ TEST_F(OverlayWindow, SearchRunsOnThe1st25thAnd50thCallOnly) {
   EXPECT_EQ(shown.timesFronted, 1);
 }
 
+TEST_F(OverlayWindow, ComesBackToTheShowFromWhereverItWasMoved) {
+  showOn(kRight);
+  present();
+  shown.frame = kPrimary;  // by the system, as displays came and went
+  present(23);
+  EXPECT_EQ(shown.frame, kPrimary);
+  present();
+  EXPECT_EQ(shown.frame, kRight);
+  EXPECT_EQ(shown.framesSet, std::vector<Rect>{kRight});
+}
+
+TEST_F(OverlayWindow, ThatIsInItsPlaceIsNotSetAgain) {
+  showOn(kRight);
+  present(100);
+  EXPECT_TRUE(shown.framesSet.empty());
+  EXPECT_EQ(shown.frame, kRight);
+}
+
+TEST_F(OverlayWindow, MenuTellsThatInkHasHardEdgesOnceThereWasInkToSee) {
+  const auto tells = [this] {
+    const auto menu = helper->menuNeedsUpdate();
+    return std::any_of(menu.begin(), menu.end(), [](const MenuItem& item) {
+      return item.title == "Ink has hard edges: this desktop has no compositor";
+    });
+  };
+  shown.hasSoftEdges = false;
+  EXPECT_FALSE(tells());  // nothing was ever drawn
+  present();
+  EXPECT_TRUE(tells());
+  helper->updateOverlayWindow(false);
+  EXPECT_TRUE(tells());
+  shown.hasSoftEdges = true;  // a compositor was started
+  EXPECT_FALSE(tells());
+}
+
 TEST_F(OverlayWindow, CoversTheMainScreenWhenNoShowIsFound) {
   platform.screens.focused = 1;
   present();

@@ -37,8 +37,6 @@ class OverlaySurfaceTest : public testing::Test {
     view_.setNeedsDisplay();
   }
 
-  QRegion shape() { return window_->windowHandle()->mask(); }
-
   // What the window shows, in pixels.
   QImage shown() {
     QApplication::processEvents();
@@ -125,21 +123,6 @@ TEST_F(OverlaySurfaceTest, LeavesOutTheWindowThatHasTheKeyboard) {
   EXPECT_EQ(shown().pixelColor(kOnLine), QColor(255, 59, 48));
 }
 
-TEST_F(OverlaySurfaceTest, IsNotCutToInkUnderTheWindowThatHasTheKeyboard) {
-  surface_->orderFrontRegardless();
-  window_->setTranslucent(false);
-  drawLine();
-  shown();
-  ASSERT_TRUE(shape().contains(kOnLine));
-  window_->setHole({600, 380, 100, 40});
-  shown();
-  EXPECT_FALSE(shape().contains(kOnLine));
-  EXPECT_TRUE(shape().contains(kOnLine - QPoint(200, 0)));
-  window_->setHole({});
-  shown();
-  EXPECT_TRUE(shape().contains(kOnLine));
-}
-
 TEST_F(OverlaySurfaceTest, DrawsInPixelsOnAFineScreen) {
   surface_->setFrame({1280, 32, 1024, 768});
   surface_->orderFrontRegardless();
@@ -186,35 +169,105 @@ TEST_F(OverlaySurfaceTest, FinishesALongRebuildByItself) {
   EXPECT_EQ(shown().pixelColor(400, 450), QColor(255, 59, 48));
 }
 
-TEST_F(OverlaySurfaceTest, IsCutToTheInkWhereWindowsCannotBeTranslucent) {
-  surface_->orderFrontRegardless();
-  window_->setTranslucent(false);
-  EXPECT_FALSE(shape().isEmpty());  // which would mean no shape at all
-  EXPECT_FALSE(shape().contains(kOnLine));
+// A window's shape as the X server would keep it.
+class KeptShape final : public WindowShape {
+ public:
+  explicit KeptShape(QImage& bits) : bits_(bits) {}
+
+  void makeWhole(QWindow& window) override { begin(window, 1); }
+  void set(QWindow& window, const QImage& bits) override {
+    begin(window, 0);
+    add(window, {}, bits);
+  }
+  void add(QWindow&, const QPoint& at, const QImage& bits) override {
+    for (int y = 0; y < bits.height(); ++y) {
+      for (int x = 0; x < bits.width(); ++x) {
+        const QPoint place = at + QPoint(x, y);
+        if (bits_.valid(place) && bits.pixelIndex(x, y) == 1) bits_.setPixel(place, 1);
+      }
+    }
+  }
+
+ private:
+  void begin(const QWindow& window, uint value) {
+    bits_ = QImage(window.size() * window.devicePixelRatio(), QImage::Format_MonoLSB);
+    bits_.fill(value);
+  }
+  QImage& bits_;
+};
+
+class ShapedOverlayTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    window_.setGeometry(0, 0, 1280, 800);
+    window_.show();
+    window_.setTranslucent(false);
+  }
+
+  void drawLine() {
+    view_.begin(1, {0.2, 0.5});
+    view_.append(1, {0.8, 0.5});
+    view_.setNeedsDisplay();
+  }
+  int pixels() {
+    int count = 0;
+    for (int y = 0; y < bits_.height(); ++y) {
+      for (int x = 0; x < bits_.width(); ++x) count += bits_.pixelIndex(x, y);
+    }
+    return count;
+  }
+  bool isIn(const QPoint& point) { return bits_.valid(point) && bits_.pixelIndex(point) == 1; }
+
+  StillClock clock_;
+  OverlayView view_;
+  QImage bits_;
+  OverlayWidget window_{view_, clock_, std::make_unique<KeptShape>(bits_)};
+};
+
+TEST_F(ShapedOverlayTest, IsCutToTheInkWhereWindowsCannotBeTranslucent) {
+  QApplication::processEvents();
+  EXPECT_EQ(pixels(), 0);
   drawLine();
-  ASSERT_TRUE(runEventsUntil([this] { return shape().contains(kOnLine); }));
-  EXPECT_FALSE(shape().contains(QPoint(640, 300)));
-  EXPECT_TRUE(shape().contains(QPoint(640, 397)));
+  ASSERT_TRUE(runEventsUntil([this] { return isIn(kOnLine); }));
+  EXPECT_TRUE(isIn({640, 397}));
+  EXPECT_FALSE(isIn({640, 300}));
+  EXPECT_NEAR(pixels(), 6.4 * 768 + 3.2 * 3.2 * 3.14, 768);  // the line and its round ends
 }
 
-TEST_F(OverlaySurfaceTest, KeepsToTheInkAsItGoesAndComes) {
-  surface_->orderFrontRegardless();
-  window_->setTranslucent(false);
+TEST_F(ShapedOverlayTest, KeepsToTheInkAsItGoesAndComes) {
   for (int times = 0; times < 2; ++times) {
     drawLine();
-    ASSERT_TRUE(runEventsUntil([this] { return shape().contains(kOnLine); }));
+    ASSERT_TRUE(runEventsUntil([this] { return isIn(kOnLine); }));
     view_.remove({1});
     view_.setNeedsDisplay();
-    ASSERT_TRUE(runEventsUntil([this] { return !shape().contains(kOnLine); }));
-    EXPECT_FALSE(shape().isEmpty());
+    ASSERT_TRUE(runEventsUntil([this] { return !isIn(kOnLine); }));
+    EXPECT_EQ(pixels(), 0);
   }
 }
 
-TEST_F(OverlaySurfaceTest, IsWholeAgainWithACompositor) {
-  window_->setTranslucent(false);
-  EXPECT_FALSE(shape().isEmpty());
-  window_->setTranslucent(true);
-  EXPECT_TRUE(shape().isEmpty());
+TEST_F(ShapedOverlayTest, IsWholeAgainWithACompositor) {
+  QApplication::processEvents();
+  EXPECT_EQ(pixels(), 0);
+  window_.setTranslucent(true);
+  EXPECT_EQ(pixels(), 1280 * 800);
+}
+
+TEST_F(ShapedOverlayTest, IsNotCutToInkUnderTheWindowThatHasTheKeyboard) {
+  drawLine();
+  ASSERT_TRUE(runEventsUntil([this] { return isIn(kOnLine); }));
+  window_.setHole({600, 380, 100, 40});
+  ASSERT_TRUE(runEventsUntil([this] { return !isIn(kOnLine); }));
+  EXPECT_TRUE(isIn(kOnLine - QPoint(200, 0)));
+  window_.setHole({});
+  ASSERT_TRUE(runEventsUntil([this] { return isIn(kOnLine); }));
+}
+
+TEST_F(ShapedOverlayTest, FollowsAWindowOfAnotherSize) {
+  drawLine();
+  ASSERT_TRUE(runEventsUntil([this] { return isIn(kOnLine); }));
+  window_.resize(640, 400);
+  ASSERT_TRUE(runEventsUntil([this] { return isIn({320, 200}); }));
+  EXPECT_FALSE(isIn(kOnLine));
 }
 
 }  // namespace

@@ -1,9 +1,9 @@
 #include "platform/linux/overlay_widget.h"
 
-#include <QBitmap>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QWindow>
+#include <utility>
 
 namespace torvane {
 namespace {
@@ -11,6 +11,12 @@ namespace {
 Rect rectOf(const QRect& rect) {
   return {static_cast<double>(rect.x()), static_cast<double>(rect.y()),
           static_cast<double>(rect.width()), static_cast<double>(rect.height())};
+}
+
+QImage nothing() {
+  QImage bit(1, 1, QImage::Format_MonoLSB);
+  bit.fill(0);
+  return bit;
 }
 
 // The colours as they are before they are made translucent.
@@ -22,12 +28,14 @@ QImage opaque(const QImage& pixels) {
 
 }  // namespace
 
-OverlayWidget::OverlayWidget(OverlayView& content, const Clock& clock)
+OverlayWidget::OverlayWidget(OverlayView& content, const Clock& clock,
+                             std::unique_ptr<WindowShape> shape)
     : QWidget(nullptr, Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
                            Qt::WindowTransparentForInput | Qt::WindowDoesNotAcceptFocus |
                            Qt::BypassWindowManagerHint),
       content_(content),
-      clock_(clock) {
+      clock_(clock),
+      shape_(std::move(shape)) {
   setAttribute(Qt::WA_TranslucentBackground);
   setAttribute(Qt::WA_TransparentForMouseEvents);
   setAttribute(Qt::WA_ShowWithoutActivating);
@@ -45,9 +53,13 @@ OverlayWidget::~OverlayWidget() {
 void OverlayWidget::setTranslucent(bool isTranslucent) {
   if (isTranslucent == isTranslucent_) return;
   isTranslucent_ = isTranslucent;
-  shape_ = {};
   winId();  // makes the window, so that it has its shape before it is shown
-  applyShape();
+  ink_ = {};
+  if (isTranslucent) {
+    shape_->makeWhole(*windowHandle());
+  } else {
+    shape_->set(*windowHandle(), nothing());
+  }
   update();
 }
 
@@ -59,7 +71,6 @@ void OverlayWidget::setHole(const QRect& hole) {
 }
 
 void OverlayWidget::resizeEvent(QResizeEvent*) {
-  shape_ = {};
   content_.setSize(width(), height());
 }
 
@@ -78,36 +89,39 @@ void OverlayWidget::paintEvent(QPaintEvent* event) {
   const double ratio = devicePixelRatioF();
   if (ratio_ != 0 && ratio_ != ratio) content_.discardLayer();
   ratio_ = ratio;
+  if (!isTranslucent_) ink_.setSize((QSizeF(size()) * ratio_).toSize());
   const QRegion hole = hole_.translated(-pos());
   for (const QRect& part : event->region().subtracted(hole)) paintPart(part);
-  shape_ = shape_.subtracted(hole);
+  if (isTranslucent_) return;
+  for (const QRect& part : event->region().intersected(hole)) leaveOut(part);
   applyShape();
 }
 
 void OverlayWidget::paintPart(const QRect& dirty) {
   QtCanvas canvas(rectOf(dirty), ratio_);
   content_.draw(canvas, rectOf(dirty), clock_.mediaTime());
-  if (!isTranslucent_) cutOut(dirty, canvas.image());
+  if (!isTranslucent_) ink_.replacePart(canvas.origin(), canvas.image());
   QPainter painter(this);
   painter.setCompositionMode(QPainter::CompositionMode_Source);
   painter.scale(1 / ratio_, 1 / ratio_);
   painter.drawImage(canvas.origin(), isTranslucent_ ? canvas.image() : opaque(canvas.image()));
 }
 
-void OverlayWidget::cutOut(const QRect& dirty, const QImage& pixels) {
-  const QImage drawn =
-      pixels.createAlphaMask(Qt::ThresholdDither).convertToFormat(QImage::Format_Mono);
-  const QRegion ink(QBitmap::fromImage(drawn.scaled(dirty.size())));
-  shape_ = shape_.subtracted(dirty).united(ink.translated(dirty.topLeft()));
+void OverlayWidget::leaveOut(const QRect& part) {
+  const QtCanvas nothing(rectOf(part), ratio_);
+  ink_.replacePart(nothing.origin(), nothing.image());
 }
 
 // The window's own shape, which holds before what was painted reaches the screen: a widget's mask
-// would keep it from ever painting what lies outside. An empty shape means none to Qt: a pixel
-// outside stands for nothing.
+// would keep it from ever painting what lies outside.
 void OverlayWidget::applyShape() {
-  const QRegion nothing(-1, -1, 1, 1);
-  const QRegion shape = isTranslucent_ ? QRegion() : shape_.isEmpty() ? nothing : shape_;
-  if (windowHandle()->mask() != shape) windowHandle()->setMask(shape);
+  const auto change = ink_.takeChange();
+  if (!change) return;
+  if (change->takesAway) {
+    shape_->set(*windowHandle(), ink_.bits());
+  } else {
+    shape_->add(*windowHandle(), change->where.topLeft(), ink_.bits().copy(change->where));
+  }
 }
 
 }  // namespace torvane

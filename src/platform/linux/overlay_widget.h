@@ -1,12 +1,14 @@
 #pragma once
 
-#include <QRegion>
 #include <QTimer>
 #include <QWidget>
+#include <memory>
 
 #include "app/clock.h"
 #include "ink/overlay_view.h"
+#include "platform/linux/ink_shape.h"
 #include "platform/linux/qt_canvas.h"
+#include "platform/linux/window_shape.h"
 
 namespace torvane {
 
@@ -14,7 +16,7 @@ namespace torvane {
 // ink where nothing can make windows translucent.
 class OverlayWidget final : public QWidget, private OverlayDisplay {
  public:
-  OverlayWidget(OverlayView& content, const Clock& clock);
+  OverlayWidget(OverlayView& content, const Clock& clock, std::unique_ptr<WindowShape> shape);
   ~OverlayWidget() override;
 
   void setTranslucent(bool isTranslucent);
@@ -29,7 +31,7 @@ class OverlayWidget final : public QWidget, private OverlayDisplay {
  private:
   void invalidate(const Rect& viewPart) override;
   void paintPart(const QRect& dirty);
-  void cutOut(const QRect& dirty, const QImage& pixels);
+  void leaveOut(const QRect& part);
   void applyShape();
 
   OverlayView& content_;
@@ -39,7 +41,8 @@ class OverlayWidget final : public QWidget, private OverlayDisplay {
   QTimer soon_;       // fires when other events had their turn
   double ratio_ = 0;  // pixels per point when it was last painted
   bool isTranslucent_ = true;
-  QRegion shape_;  // where the ink is, while not translucent
+  InkShape ink_;  // while not translucent
+  std::unique_ptr<WindowShape> shape_;
 };
 
 }  // namespace torvane

@@ -30,7 +30,7 @@ void flush() {
 
 QtOverlaySurface::QtOverlaySurface(const Rect& frame, OverlayView& content, const Clock& clock,
                                    X11Watch* x11)
-    : content_(content), x11_(x11), widget_(content, clock) {
+    : content_(content), x11_(x11), widget_(content, clock, makeX11WindowShape()) {
   compositorStart_.setSingleShot(true);
   compositorStart_.setInterval(kCompositorStartMilliseconds);
   QObject::connect(&compositorStart_, &QTimer::timeout, &widget_, [this] { followCompositor(); });
@@ -42,8 +42,12 @@ QtOverlaySurface::~QtOverlaySurface() {
   listen(false);
 }
 
+Rect QtOverlaySurface::frame() const {
+  return QtScreens::frameOf(widget_.geometry());
+}
+
 void QtOverlaySurface::setFrame(const Rect& frame) {
-  frame_ = frame;
+  wanted_ = frame;
   widget_.setGeometry(QtScreens::geometryOf(frame));
   widget_.update();
 }
@@ -88,7 +92,7 @@ void QtOverlaySurface::followScreens() {
 }
 
 void QtOverlaySurface::comeToFront() {
-  const QRect wanted = QtScreens::geometryOf(frame_);
+  const QRect wanted = QtScreens::geometryOf(wanted_);
   if (widget_.geometry() != wanted) widget_.setGeometry(wanted);
   widget_.raise();
   flush();

@@ -21,9 +21,10 @@ class QtOverlaySurface final : public OverlaySurface {
   QtOverlaySurface(const QtOverlaySurface&) = delete;
   QtOverlaySurface& operator=(const QtOverlaySurface&) = delete;
 
-  [[nodiscard]] Rect frame() const override { return frame_; }
+  [[nodiscard]] Rect frame() const override;
   void setFrame(const Rect& frame) override;
   [[nodiscard]] bool isVisible() const override { return widget_.isVisible(); }
+  [[nodiscard]] bool hasSoftEdges() const override { return !x11_ || x11_->hasCompositor(); }
   void orderFrontRegardless() override;
   void orderOut() override;
 
@@ -33,7 +34,7 @@ class QtOverlaySurface final : public OverlaySurface {
   void comeToFront();
   void followCompositor();
 
-  Rect frame_;
+  Rect wanted_;  // where it was put last
   OverlayView& content_;
   X11Watch* x11_;
   OverlayWidget widget_;

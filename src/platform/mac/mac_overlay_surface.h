@@ -23,16 +23,16 @@ class MacOverlaySurface final : public OverlaySurface, private OverlayDisplay {
   MacOverlaySurface(const MacOverlaySurface&) = delete;
   MacOverlaySurface& operator=(const MacOverlaySurface&) = delete;
 
-  [[nodiscard]] Rect frame() const override { return frame_; }
+  [[nodiscard]] Rect frame() const override;
   void setFrame(const Rect& frame) override;
   [[nodiscard]] bool isVisible() const override;
+  [[nodiscard]] bool hasSoftEdges() const override { return true; }
   void orderFrontRegardless() override;
   void orderOut() override;
 
  private:
   void invalidate(const Rect& viewPart) override;
 
-  Rect frame_;
   OverlayView& content_;
   NSWindow* window_;
   TorvaneOverlayContent* view_;

@@ -25,6 +25,13 @@
   _content = nullptr;
 }
 
+// As large as the window is, whoever resizes that.
+- (void)setFrameSize:(NSSize)newSize {
+  [super setFrameSize:newSize];
+  if (_content == nullptr) return;
+  torvane::atEdge([&] { _content->setSize(newSize.width, newSize.height); });
+}
+
 - (BOOL)isFlipped {
   return YES;
 }
@@ -73,8 +80,7 @@ NSWindow* makeWindow(const Rect& frame) {
 }  // namespace
 
 MacOverlaySurface::MacOverlaySurface(const Rect& frame, OverlayView& content, const Clock& clock)
-    : frame_(frame),
-      content_(content),
+    : content_(content),
       window_(makeWindow(frame)),
       view_([[TorvaneOverlayContent alloc] initWithFrame:CGRectMake(0, 0, frame.width, frame.height)
                                                  content:&content
@@ -90,9 +96,10 @@ MacOverlaySurface::~MacOverlaySurface() {
   [window_ orderOut:nil];
 }
 
+// The system moves windows on its own when displays come and go.
+Rect MacOverlaySurface::frame() const { return toRect(window_.frame); }
+
 void MacOverlaySurface::setFrame(const Rect& frame) {
-  frame_ = frame;
-  content_.setSize(frame.width, frame.height);
   [view_ setNeedsDisplay:YES];
   [window_ setFrame:toCGRect(frame) display:YES];
 }
