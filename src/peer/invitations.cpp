@@ -47,8 +47,9 @@ void BridgeDelegate::advertiserDidReceiveInvitation(Invitation invitation,
 void BridgeDelegate::handleInvitation(const Invitation& invitation,
                                       const InvitationHandler& handler) {
   assertMainThread();
-  const auto& [peer, context, digits] = invitation;
-  const auto key = context ? SigningPublicKey::fromRaw(*context) : std::nullopt;
+  const PeerID& peer = invitation.peer;
+  const auto key =
+      invitation.context ? SigningPublicKey::fromRaw(*invitation.context) : std::nullopt;
   if (!key) {
     handler(false, nullptr);
     warnLegacyClient(peer.displayName);
@@ -66,9 +67,9 @@ void BridgeDelegate::handleInvitation(const Invitation& invitation,
   }
   inviteNames[deviceKey] = peer.displayName;
   // Those of the first one stay: who could invite until the digits suit him would need no luck.
-  if (digits) inviteDigits.emplace(deviceKey, *digits);
+  if (invitation.digits) inviteDigits.emplace(deviceKey, *invitation.digits);
   pendingInvites[deviceKey].push_back(
-      [this, peer = peer, deviceKey, handler](bool accept, std::shared_ptr<PeerSession> into) {
+      [this, peer, deviceKey, handler](bool accept, std::shared_ptr<PeerSession> into) {
         if (accept) admitPeer(peer, deviceKey);
         handler(accept, std::move(into));
       });

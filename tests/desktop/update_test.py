@@ -240,7 +240,7 @@ class UpdateTest(unittest.TestCase):
         self.assertEqual(self.build_that_answers(), BUILD)
 
         SITE.hold.clear()
-        self.confirm(CHECK)
+        self.confirm()
         wait_until(lambda: "Updating…" in self.labels(), "the menu")
         self.assertNotIn(OFFER, self.labels())
         SITE.hold.set()
