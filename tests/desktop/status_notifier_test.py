@@ -70,7 +70,7 @@ class StatusNotifierTest(unittest.TestCase):
         self.wait_for("connected")
         after = self.item.picture()
         self.assertNotEqual(before, after)
-        self.assertAlmostEqual(max(before[2][0::4]), 140, delta=2)
+        self.assertAlmostEqual(max(before[2][0::4]), 217, delta=2)
         self.assertEqual(max(after[2][0::4]), 255)
         tooltip = str(self.item.properties()["ToolTip"][2])
         self.assertEqual(tooltip.replace("\u2060", ""), "connected (<b>R&D</b>)")

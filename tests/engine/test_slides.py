@@ -2,6 +2,7 @@
 from __future__ import annotations
 
 import struct
+import time
 import zlib
 
 from engine_support import EngineTest
@@ -11,8 +12,17 @@ from torvane_engine.presenters.sample_drawing import draw_slide
 
 
 class SlideTest(EngineTest):
+    def state_once_looked(self, patience=10):
+        """The state once the engine has looked for an office, which it does beside its answers."""
+        for _ in range(patience * 20):
+            state = self.engine.get("/api/state")
+            if state["problem"] is not None:
+                break
+            time.sleep(0.05)
+        return state
+
     def test_state_at_start(self):
-        self.assertEqual(self.engine.get("/api/state"), {
+        self.assertEqual(self.state_once_looked(), {
             "version": VERSION, "deck": "Torvane sample deck", "document": "sample",
             "slide": 1, "count": 5, "title": "Welcome to Torvane", "step": 0, "steps": 0,
             "presenting": False, "blank": False, "atEnd": False, "aspect": 0.5625,

@@ -146,9 +146,8 @@ TEST_F(CurlHttpPinTest, AMethodThatIsNoTokenIsRefused) {
 }
 
 TEST_F(CurlHttpPinTest, AContentTypeWithControlCharactersIsRefused) {
-  for (const std::string& type :
-       {std::string("a/b\r\nX-Injected: 1"), std::string("a/b\n"), std::string("a\0b", 3),
-        std::string("a/b\x7f"), std::string("a/b\tc")}) {
+  for (const std::string& type : {std::string("a/b\r\nX-Injected: 1"), std::string("a/b\n"),
+                                  std::string("a\0b", 3), std::string("a/b\x7f")}) {
     HttpRequest request = to(engine);
     request.method = "POST";
     request.contentType = type;

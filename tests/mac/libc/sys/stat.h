@@ -12,6 +12,7 @@
 #define S_ISREG(m) (((m)&S_IFMT) == S_IFREG)
 #define S_ISLNK(m) (((m)&S_IFMT) == S_IFLNK)
 #define S_IWGRP 0000020
+#define S_ISVTX 0001000
 #define S_IWOTH 0000002
 #define S_IRWXU 0000700
 #define S_IRWXG 0000070
