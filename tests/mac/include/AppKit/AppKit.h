@@ -115,7 +115,6 @@ static const NSWindowLevel NSScreenSaverWindowLevel = 1000;
 @property(readonly) NSRect frame;
 @property(readonly, getter=isVisible) BOOL visible;
 @property(readonly) CGFloat backingScaleFactor;
-@property(readonly) NSRect frame;
 - (void)setFrame:(NSRect)frameRect display:(BOOL)flag;
 - (void)setFrameOrigin:(NSPoint)point;
 - (void)orderFrontRegardless;
