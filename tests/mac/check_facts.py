@@ -123,8 +123,8 @@ def agrees(ctype, fact):
         return fact not in ("number", "boolean", "void")
     if "*" in ctype or "[" in ctype or ctype.endswith(("Ref", "_t")) or ctype == "CFTypeRef":
         return fact not in ("boolean", "void")
-    if ctype in ("NSRect", "CGRect"):
-        return fact == "CGRect"
+    if re.match(r"(NS|CG)(Rect|Point|Size)$", ctype):
+        return fact == "CG" + ctype[2:]
     return fact in ("number", f"interop.Enum<typeof {ctype}>", ctype)
 
 

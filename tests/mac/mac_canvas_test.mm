@@ -37,7 +37,7 @@ TEST_F(MacCanvasOnScreen, DrawsOvalsWhereTheyAre) {
 }
 
 TEST_F(MacCanvasOnScreen, DrawsPicturesUpright) {
-  const auto picture = decodedPicture(toBytes("public.png 2 2"));
+  const auto picture = decodedPicture(toBytes("public.png 2 2"), PixelSize{1920, 1080});
   ASSERT_TRUE(picture);
   canvas_.drawPicture(*picture, {110, 210, 20, 10});
   canvas_.copyTo(fake::screen());

@@ -114,6 +114,7 @@ TEST_F(MacMenu, OfTheProgramShowsItsState) {
                      "0 enabled unchecked Start Server", "separator",
                      "0 disabled unchecked Paired devices:", "1 disabled unchecked Zoë's iPad",
                      "0 enabled unchecked Forget Paired Devices…", "separator",
+                     "0 enabled unchecked Check for Updates",
                      "0 enabled unchecked How Does This Work?", "0 enabled checked Launch at Login",
                      "0 enabled unchecked Quit"}));
   });

@@ -230,15 +230,15 @@ TEST_F(MacPeers, LetsAPairedDeviceInHoweverManyStrangersWait) {
     fake::settle();
     ASSERT_EQ(*paired, "yes 0");
     int refused = 0;
-    std::shared_ptr<std::string> again;
+    bool isUp = false;
     system().onAlert = [&](const fake::Alert&) {
-      if (again) return 1001;
+      if (std::exchange(isUp, true)) return 1001;
       for (int i = 0; i < 80; ++i) {
         const test::SigningDevice stranger(static_cast<std::uint8_t>(i + 10));
         if (*invite(pad(), stranger) == "no") ++refused;
         fake::advance(30);
       }
-      again = invite(pad(), device_);
+      const auto again = invite(pad(), device_);
       fake::settle();
       EXPECT_EQ(*again, "yes 0");
       return 1001;

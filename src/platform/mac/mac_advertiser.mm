@@ -58,11 +58,6 @@ class OpenInvitation {
   return self;
 }
 
-// The framework does not tell where a peer comes from.
-- (torvane::InvitationValve::Waiting)waitingWithKey:(const std::optional<torvane::Bytes>&)key {
-  return _valve.letIn(torvane::makeInviter(key, "", *_registered), CACurrentMediaTime());
-}
-
 - (void)advertiser:(MCNearbyServiceAdvertiser*)advertiser
     didReceiveInvitationFromPeer:(MCPeerID*)peerID
                      withContext:(NSData*)context
@@ -71,9 +66,11 @@ class OpenInvitation {
   torvane::atEdge([&] {
     std::optional<torvane::Bytes> key;
     if (context != nil) key = torvane::toBytes(context);
+    // The framework does not tell where a peer comes from.
+    const torvane::Inviter inviter = torvane::makeInviter(key, "", *_registered);
     // Strangers are numbered for good, so only those are that the valve lets in.
     const bool isNamed = torvane::shownPeerName(torvane::toText(peerID.displayName)).has_value();
-    const auto waiting = isNamed ? [self waitingWithKey:key] : nullptr;
+    const auto waiting = isNamed ? _valve.letIn(inviter, CACurrentMediaTime()) : nullptr;
     const auto peer = waiting ? _tokens->identify(peerID) : std::nullopt;
     if (!peer) {
       invitationHandler(NO, nil);

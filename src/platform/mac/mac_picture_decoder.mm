@@ -46,11 +46,11 @@ bool isSmallEnough(const Sides& sides) {
 }
 
 // The longer side of the picture once it is no larger than it takes to cover the screen.
-std::int64_t longestSideKept(const Sides& sides, const PixelSize& screen) {
+long long longestSideKept(const Sides& sides, const PixelSize& screen) {
   const auto longest = static_cast<double>(std::max(sides.width, sides.height));
   const double scale = std::max(screen.width / static_cast<double>(sides.width),
                                 screen.height / static_cast<double>(sides.height));
-  return static_cast<std::int64_t>(std::ceil(longest * std::min(scale, 1.0)));
+  return static_cast<long long>(std::ceil(longest * std::min(scale, 1.0)));
 }
 
 PixelSize largestScreen() {
