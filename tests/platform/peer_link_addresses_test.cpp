@@ -2,7 +2,11 @@
 #include <gtest/gtest.h>
 #include <net/if.h>
 #include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <deque>
 
 #include "platform/linux/own_addresses.h"
@@ -38,11 +42,14 @@ class Networks {
     entries_.back().ifa_addr = nullptr;
     return *this;
   }
-  [[nodiscard]] Texts addresses() const {
-    return addressesOf(entries_.empty() ? nullptr : &entries_.front(), 48484);
-  }
+  [[nodiscard]] Texts addresses() const { return addressesOf(list(), 48484); }
+  [[nodiscard]] Texts hostAddresses() const { return hostAddressesOf(list()); }
 
  private:
+  [[nodiscard]] const ifaddrs* list() const {
+    return entries_.empty() ? nullptr : &entries_.front();
+  }
+
   std::deque<ifaddrs> entries_;
   std::deque<sockaddr_storage> addresses_;
 };
@@ -76,6 +83,38 @@ TEST(OwnAddresses, AreFourAtMost) {
 
 TEST(OwnAddresses, OfNoNetworkAreNone) {
   EXPECT_EQ(Networks().addresses(), Texts());
+  EXPECT_EQ(Networks().hostAddresses(), Texts());
+}
+
+// A page on this computer may call it by each of them.
+TEST(OwnHosts, HaveEveryAddressWithoutItsZone) {
+  Networks networks;
+  networks.add("lo", "127.0.0.1", kUp | IFF_LOOPBACK)
+      .add("lo", "::1", kUp | IFF_LOOPBACK)
+      .addWithoutAddress("tun0")
+      .add("eth0", "198.51.100.4", IFF_UP)
+      .add("wlan0", "fe80::1")
+      .add("wlan0", "2001:DB8:0:0::7");
+  EXPECT_EQ(networks.hostAddresses(),
+            (Texts{"127.0.0.1", "::1", "198.51.100.4", "fe80::1", "2001:db8::7"}));
+}
+
+TEST(OwnHosts, AreThoseOfTheSocketAndThisComputer) {
+  const int socket = ::socket(AF_INET, SOCK_STREAM, 0);
+  sockaddr_in address{};
+  socklen_t size = sizeof address;
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  ASSERT_EQ(::bind(socket, reinterpret_cast<sockaddr*>(&address), size), 0);
+  ASSERT_EQ(::getsockname(socket, reinterpret_cast<sockaddr*>(&address), &size), 0);
+  const OwnHosts own = ownHosts(socket);
+  ::close(socket);
+  EXPECT_EQ(own.port, ntohs(address.sin_port));
+  std::array<char, 256> name{};
+  ASSERT_EQ(::gethostname(name.data(), name.size() - 1), 0);
+  EXPECT_EQ(own.hostName, name.data());
+  EXPECT_EQ(std::ranges::count(own.addresses, "127.0.0.1"), 1);
+  EXPECT_EQ(ownHosts(-1).port, 0);
 }
 
 TEST(OwnAddresses, AreThoseOfThePortWhileTheLinkListens) {

@@ -14,7 +14,7 @@
 #include <boost/beast/websocket.hpp>
 #include <boost/beast/websocket/ssl.hpp>
 
-#include "platform/linux/interface_hosts.h"
+#include "platform/linux/own_addresses.h"
 #include "platform/linux/peer_link_invitation.h"
 #include "platform/linux/peer_link_request.h"
 #include "platform/linux/peer_link_tls.h"
