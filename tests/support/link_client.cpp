@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <boost/asio/connect.hpp>
 #include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/read.hpp>
 #include <boost/asio/ssl/context.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <boost/beast/core.hpp>
@@ -205,6 +206,14 @@ bool LinkClient::sendRaw(ByteView data) {
     net::async_write(parts_->stream.next_layer(), net::buffer(data.data(), data.size()),
                      std::move(done));
   });
+}
+
+std::optional<std::string> LinkClient::receiveRaw() {
+  std::string received;
+  auto buffer = net::dynamic_buffer(received);
+  parts_->run(
+      [&](auto done) { net::async_read(parts_->stream.next_layer(), buffer, std::move(done)); });
+  return parts_->lastError == net::error::timed_out ? std::nullopt : std::optional(received);
 }
 
 bool LinkClient::waitForEnd() {

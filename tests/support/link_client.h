@@ -84,6 +84,8 @@ class LinkClient {
 
   // Raw bytes inside TLS, past the WebSocket; for misbehaviour.
   bool sendRaw(ByteView data);
+  // All bytes inside TLS up to the end of the connection; none when that did not come.
+  std::optional<std::string> receiveRaw();
   // Waits, reading and answering nothing of the WebSocket, until the server has closed; true when
   // it did so before the deadline.
   bool waitForEnd();

@@ -109,8 +109,9 @@ class BeastConnection final : public PeerConnection,
                             on(&BeastConnection::didReadRequest));
   }
 
-  void didReadRequest(Error error, std::size_t) {
-    if (error) return end();
+  void didReadRequest(Error error, std::size_t size) {
+    // The parser's own limit is one for the request line and one for all else.
+    if (error || size > kMaxRequestHeader) return end();
     const LinkRequest request = readLinkRequest(parser_->get());
     const bool isPage = request.originCount > 0;  // which alone is asked how it calls this computer
     const auto handle = beast::get_lowest_layer(stream_).native_handle();
