@@ -109,8 +109,8 @@ class HelperTest(unittest.TestCase):
         helper.send_signal(signal.SIGTERM)
         self.assert_ends(helper)
 
-    def test_ignores_its_arguments(self):
-        helper = self.start_as_if_welcomed("--help", "-platform", "nonsense")
+    def test_ignores_other_arguments(self):
+        helper = self.start_as_if_welcomed("--reverse", "-platform", "nonsense")
         helper.send_signal(signal.SIGTERM)
         self.assert_ends(helper)
 

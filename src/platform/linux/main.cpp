@@ -1,13 +1,16 @@
 // The program on a Linux desktop: makes every adapter once and runs until it is told to end.
 
 #include <QApplication>
+#include <cstdio>
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 #include "app/bridge_delegate.h"
 #include "platform/linux/curl_http_session.h"
+#include "platform/linux/display_guard.h"
 #include "platform/linux/folder_bundle.h"
 #include "platform/linux/former_log.h"
 #include "platform/linux/granted_permissions.h"
@@ -131,21 +134,50 @@ int run(LinuxProcessInfo& processInfo, SingleInstance& instance) {
   return status;
 }
 
+constexpr const char* kHelp =
+    "torvane-p2p-helper: lets an iPad run the presentation on this computer\n\n"
+    "Usage: torvane-p2p-helper [--help | --version]\n\n"
+    "Puts an icon with a menu into the status area, and runs until \"Quit\" is chosen there. "
+    "Started\n"
+    "a second time, it brings the one that runs to the front. \"man torvane-p2p-helper\" says "
+    "more;\n"
+    "\"torvane-ipad\" stands in for an iPad on the command line.\n\n"
+    "Ends with 0 when it was quit or ran already, and with 1 where there is no desktop.\n";
+
+// What is asked of it instead of running; null when nothing is.
+const char* replyTo(int count, char** arguments) {
+  for (int i = 1; i < count; ++i) {
+    const std::string_view argument = arguments[i];
+    if (argument == "--help" || argument == "-h") return kHelp;
+    if (argument == "--version") {
+      return "torvane-p2p-helper " TORVANE_VERSION " (build " TORVANE_BUILD_NUMBER ")\n";
+    }
+  }
+  return nullptr;
+}
+
+// Ends the program where there is no display.
+std::unique_ptr<QApplication> makeApplication(char** argv) {
+  // Overlay and alerts have to stand above other windows, which Wayland leaves to no program; its
+  // sessions have an X server for that. One that has none does without the overlay.
+  if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "xcb;wayland");
+  static int onlyTheName = 1;  // Qt keeps it
+  const DisplayGuard guard;
+  return std::make_unique<QApplication>(onlyTheName, argv);
+}
+
 }  // namespace
 }  // namespace torvane
 
-// There is no command line: whatever is given is ignored, by Qt too.
-int main(int, char** argv) {
+// Any other argument is ignored, by Qt too.
+int main(int argc, char** argv) {
+  if (const char* reply = torvane::replyTo(argc, argv)) return std::fputs(reply, stdout) < 0;
   // As it is for the engine, before anything is added to it.
   torvane::LinuxProcessInfo processInfo;
   const auto instance =
       torvane::SingleInstance::claim(torvane::sessionFolder(), torvane::mainBundlePath());
   if (!instance) return 0;  // the one that runs has come to the front
-  // Overlay and alerts have to stand above other windows, which Wayland leaves to no program; its
-  // sessions have an X server for that. One that has none does without the overlay.
-  if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "xcb;wayland");
-  int onlyTheName = 1;
-  QApplication application(onlyTheName, argv);
+  const auto application = torvane::makeApplication(argv);
   torvane::configureQt();
   return torvane::run(processInfo, *instance);
 }
