@@ -8,9 +8,11 @@ namespace {
 using Kind = LinkFailure::Kind;
 
 TEST(LinkFailure, SaysWhatToDoWhenNobodyAnswers) {
-  EXPECT_EQ(explain({Kind::unreachable, "Connection refused"}, "mini:48484"),
-            "No helper answered at mini:48484 (Connection refused). Is Torvane P2P Helper "
-            "running?");
+  EXPECT_EQ(explain({Kind::unreachable, "no program listens there"}, "mini:48484"),
+            "No helper answered at mini:48484 (no program listens there). Is Torvane P2P Helper "
+            "running on that computer?");
+  EXPECT_EQ(explain({Kind::unreachable, ""}, "mini:48484"),
+            "No helper answered at mini:48484. Is Torvane P2P Helper running on that computer?");
 }
 
 TEST(LinkFailure, SaysHowToTrustANewCertificate) {

@@ -20,6 +20,43 @@ TEST(StateText, DescribesWhatTheEngineReports) {
                           "Engine: version 1.0"}));
 }
 
+TEST(StateText, SaysWhatKeepsThePresentationFromBeingDrivenFirst) {
+  EXPECT_EQ(describeState(state(R"({"deck":"","slide":0,"count":0,"problem":"Open one."})")),
+            (Lines{"Open one.", "Presentation: ", "No presentation is open"}));
+  EXPECT_EQ(describeState(state(R"({"problem":null,"progress":null})")), Lines{});
+}
+
+TEST(StateText, CountsEffectsAndNamesTheEndAndADarkScreen) {
+  EXPECT_EQ(describeState(state(R"({"slide":2,"count":2,"step":1,"steps":3,"title":"x",
+                                    "atEnd":true,"presenting":true,"blank":true})")),
+            (Lines{"Slide 2 of 2, step 1 of 3: x (the show is past it)",
+                   "The slide show is running, and its screen is dark"}));
+  EXPECT_EQ(describePlace(state(R"({"slide":2,"count":2,"step":0,"steps":0})")), "Slide 2 of 2");
+}
+
+TEST(StateText, TellsWhatTakesLong) {
+  const auto progress = [](const std::string& task) {
+    return describeState(state(R"({"progress":{"task":")" + task + R"(","done":5,"total":20}})"));
+  };
+  EXPECT_EQ(progress("slides"), Lines{"Reading the slides: 5 of 20"});
+  EXPECT_EQ(progress("pictures"), Lines{"Making small pictures: 5 of 20"});
+  EXPECT_EQ(progress("jump"), Lines{"On the way to another slide: 5 of 20"});
+  EXPECT_EQ(progress("new"), Lines{"new: 5 of 20"});
+}
+
+TEST(StateText, TellsWhatBecomesOfThePdf) {
+  const auto made = [](const std::string& name, const std::string& message) {
+    return describeState(state(R"({"export":{"state":")" + name +
+                               R"(","done":5,"total":20,"message":)" + message + "}}"));
+  };
+  EXPECT_EQ(made("idle", "null"), Lines{});
+  EXPECT_EQ(made("running", "null"), Lines{"Making the PDF: 5 of 20"});
+  EXPECT_EQ(made("waiting", "null"), Lines{"The PDF is made after the slide show"});
+  EXPECT_EQ(made("waiting", R"("Later.")"), Lines{"Later."});
+  EXPECT_EQ(made("failed", R"("The disk is full.")"), Lines{"The disk is full."});
+  EXPECT_EQ(made("done", "null"), Lines{"The PDF is ready"});
+}
+
 TEST(StateText, LeavesOutWhatIsMissingOrOfAnotherType) {
   EXPECT_EQ(describeState(state("{}")), Lines{});
   EXPECT_EQ(describeState(state(R"({"slide":"2","presenting":1,"title":"x"})")), Lines{});

@@ -3,10 +3,10 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <fstream>
 
 #include "protocol/base64.h"
 #include "protocol/utf8.h"
+#include "torvane_ipad/output_file.h"
 #include "torvane_ipad/printable.h"
 
 namespace torvane::ipad {
@@ -28,14 +28,6 @@ Exit writeToTerminal(std::string_view body, const Console& console) {
   return Exit::ok;
 }
 
-Exit writeToFile(std::string_view body, const std::string& file, const Console& console) {
-  std::ofstream stream(file, std::ios::binary | std::ios::trunc);
-  stream.write(body.data(), static_cast<std::streamsize>(body.size()));
-  stream.close();
-  if (!stream) return console.fail(Exit::usage, "The answer cannot be written to " + file + ".");
-  return Exit::ok;
-}
-
 void sayJson(const Reply& reply, const Console& console) {
   JsonObject fact{{"status", reply.status}, {"contentType", printable(reply.contentType)}};
   if (reply.error) fact["error"] = printable(*reply.error);
@@ -49,21 +41,12 @@ void sayJson(const Reply& reply, const Console& console) {
 
 }  // namespace
 
-std::string problemOf(const Reply& reply) {
-  if (reply.error) return "The helper could not reach the engine: " + printable(*reply.error) + ".";
-  if (reply.status < 400) return {};
-  const auto body = parseJsonObject(asText(reply.body));
-  const auto why = body ? stringMember(*body, "error") : std::nullopt;
-  return "The engine answered with status " + std::to_string(reply.status) +
-         (why ? ": " + printable(*why) + "." : ".");
-}
-
-Exit printReply(const Reply& reply, const std::string& file, const Console& console) {
+Exit printReply(const Reply& reply, const std::string& problem, const std::string& file,
+                const Console& console) {
   const std::string_view body = asText(reply.body);
-  const std::string problem = problemOf(reply);
   Exit exit = Exit::ok;
   if (!file.empty() && problem.empty()) {
-    exit = writeToFile(body, file, console);
+    if (!writeOutput(file, body)) exit = console.fail(Exit::usage, cannotWrite(file));
   } else if (console.isJson()) {
     sayJson(reply, console);
   } else if (::isatty(STDOUT_FILENO) != 0) {
@@ -72,15 +55,6 @@ Exit printReply(const Reply& reply, const std::string& file, const Console& cons
     writeBytes(body);
   }
   return problem.empty() ? exit : console.fail(Exit::refused, problem);
-}
-
-std::optional<JsonObject> objectIn(const Reply& reply, const Console& console) {
-  std::string problem = problemOf(reply);
-  auto object = parseJsonObject(asText(reply.body));
-  if (problem.empty() && object) return object;
-  if (problem.empty()) problem = "The answer is no JSON object.";
-  (void)console.fail(Exit::refused, problem);
-  return std::nullopt;
 }
 
 }  // namespace torvane::ipad

@@ -24,16 +24,24 @@ std::string optionHelp(const OptionSpec& option) {
   return text + "\n";
 }
 
-std::string commonHelp() {
-  std::string text;
-  for (const OptionSpec& option : commonOptions()) text += optionHelp(option);
+std::string optionsHelp(const std::string& heading, std::span<const OptionSpec> options) {
+  std::string text = "\n" + heading + ":\n";
+  for (const OptionSpec& option : options) text += optionHelp(option);
   return text;
 }
 
+std::string linkHelp() {
+  return optionsHelp("Options of every command that reaches a helper", linkOptions());
+}
+
+std::string commonHelp() {
+  return optionsHelp("Options of every command", commonOptions());
+}
+
 constexpr const char* kExitHelp =
-    "Ends with 0 when all went well, 1 when the helper refused or answered with an\n"
-    "error, 2 when the command line or a local file is wrong, 3 when no trusted\n"
-    "helper could be reached or the connection was lost.\n";
+    "Ends with 0 when all went well, 1 when the helper, the engine or the presentation\n"
+    "program did not do it, 2 when the command line or a local file is wrong, 3 when no\n"
+    "trusted helper could be reached or the connection was lost.\n";
 
 }  // namespace
 
@@ -46,7 +54,7 @@ std::string generalHelp() {
     if (!command.operands.empty()) head += " " + std::string(command.operands);
     text += padded(head) + std::string(command.summary) + "\n";
   }
-  text += "\nOptions of every command:\n" + commonHelp();
+  text += linkHelp() + commonHelp();
   text +=
       "\n\"torvane-ipad COMMAND --help\" says more about a command. A first try:\n"
       "  torvane-ipad find\n"
@@ -63,7 +71,8 @@ std::string commandHelp(const CommandSpec& command) {
     text += "\nOptions:\n";
     for (const std::string_view name : command.options) text += optionHelp(*findOption(name));
   }
-  text += "\nOptions of every command:\n" + commonHelp();
+  if (command.reachesHelper) text += linkHelp();
+  text += commonHelp();
   text += "\nExample:\n  " + std::string(command.example) + "\n\n";
   return text + kExitHelp;
 }

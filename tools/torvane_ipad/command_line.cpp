@@ -15,7 +15,8 @@ class Parser {
 
   CommandLine parse() {
     for (; next_ < arguments_.size() && line_.error.empty(); ++next_) readOne();
-    if (!line_.options.help && line_.error.empty()) check();
+    const bool isQuestion = line_.options.help || line_.options.version;
+    if (!isQuestion && line_.error.empty()) check();
     return std::move(line_);
   }
 
@@ -65,7 +66,7 @@ class Parser {
 
   // What can only be judged when everything was read.
   void check() {
-    const Options& options = line_.options;
+    Options& options = line_.options;
     if (options.command.empty()) return fail("Say what to do.");
     const CommandSpec* command = findCommand(options.command);
     if (command == nullptr) return fail("There is no command \"" + options.command + "\".");
@@ -78,8 +79,9 @@ class Parser {
       return fail("\"" + options.command + "\" needs " + std::string(command->operands) + ".");
     }
     if (options.operands.size() > command->mostOperands) {
-      fail("\"" + options.operands[command->mostOperands] + "\" is one argument too many.");
+      return fail("\"" + options.operands[command->mostOperands] + "\" is one argument too many.");
     }
+    if (command->check != nullptr) fail(command->check(options));
   }
 
   void fail(std::string error) {

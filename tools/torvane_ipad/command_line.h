@@ -12,7 +12,8 @@ struct CommandLine {
   std::string error;  // empty: everything was understood
 };
 
-// `arguments` without the program's name. A call for help needs nothing else to be right.
+// `arguments` without the program's name. A call for help or the version
+// needs nothing else to be right.
 [[nodiscard]] CommandLine parseCommandLine(std::span<const std::string> arguments);
 
 }  // namespace torvane::ipad

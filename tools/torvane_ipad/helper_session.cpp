@@ -1,5 +1,6 @@
 #include "torvane_ipad/helper_session.h"
 
+#include <algorithm>
 #include <condition_variable>
 #include <iterator>
 #include <mutex>
@@ -10,7 +11,7 @@ namespace {
 // A paired device is accepted at once; after this long the helper's user was asked.
 constexpr auto kUserWasAsked = std::chrono::milliseconds(500);
 // What a helper may send that nobody has asked for.
-constexpr std::size_t kMostUnread = 64U * 1024 * 1024;
+constexpr std::size_t kMostUnread = 80U * 1024 * 1024;
 
 }  // namespace
 
@@ -146,11 +147,11 @@ std::optional<LinkFailure> HelperSession::authenticate() {
   return LinkFailure{LinkFailure::Kind::misbehaviour, "it gave no challenge"};
 }
 
-std::variant<Reply, LinkFailure> HelperSession::request(const Request& request) {
+std::variant<Reply, LinkFailure> HelperSession::request(const Request& request, Duration patience) {
   const auto outgoing = requests_.sign(request);
   if (!outgoing) return LinkFailure{LinkFailure::Kind::misbehaviour, "the request is not UTF-8"};
   send(outgoing->frame);
-  auto answer = mailbox_->awaitReply(outgoing->id, timeout_);
+  auto answer = mailbox_->awaitReply(outgoing->id, std::max(timeout_, patience));
   if (const auto* failure = std::get_if<LinkFailure>(&answer)) return *failure;
   return std::move(std::get<std::vector<Reply>>(answer).back());
 }

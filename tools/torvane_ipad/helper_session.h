@@ -35,7 +35,9 @@ class HelperSession {
   // Asks for the challenge that requests are signed with.
   [[nodiscard]] std::optional<LinkFailure> authenticate();
 
-  [[nodiscard]] std::variant<Reply, LinkFailure> request(const Request& request);
+  // Waits for the answer as long as the constructor was told, or for `patience` where that is more.
+  [[nodiscard]] std::variant<Reply, LinkFailure> request(const Request& request,
+                                                         Duration patience = {});
 
   // Sends a frame as it is.
   void send(const Bytes& frame);

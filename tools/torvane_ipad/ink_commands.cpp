@@ -6,13 +6,12 @@
 #include <chrono>
 #include <cmath>
 
-#include "torvane_ipad/answers.h"
 #include "torvane_ipad/commands.h"
+#include "torvane_ipad/engine_session.h"
 #include "torvane_ipad/ink_figures.h"
 #include "torvane_ipad/ink_strokes.h"
 #include "torvane_ipad/interrupt.h"
 #include "torvane_ipad/private_files.h"
-#include "torvane_ipad/reach_helper.h"
 
 namespace torvane::ipad {
 namespace {
@@ -29,42 +28,10 @@ constexpr double kLaserLap = 2;            // seconds for a figure there and bac
 constexpr std::size_t kMostFileBytes = 16 * 1024 * 1024;
 constexpr std::size_t kMostEventsPerRequest = 5000;  // well under the engine's 1 MiB
 
-// A session that ink is sent through. What goes wrong is reported; then exit() says what it was.
-class InkSession {
- public:
-  InkSession(const Options& options, const Console& console)
-      : console_(console),
-        reach_(HelperReach::prepare(options, console, exit_)),
-        session_(reach_ ? reach_->open({}, exit_) : nullptr) {}
-
-  [[nodiscard]] bool isOpen() const { return session_ != nullptr; }
-  [[nodiscard]] Exit exit() const { return exit_; }
-
-  // The engine's state after these events; none when they did not get there.
-  std::optional<JsonObject> send(JsonArray events) {
-    return post("/api/ink", *serializeJson({{"events", std::move(events)}}));
-  }
-  std::optional<JsonObject> undo() { return post("/api/ink/undo", {}); }
-
- private:
-  std::optional<JsonObject> post(const std::string& path, std::string_view body) {
-    Request request{.path = path, .method = "POST", .body = toBytes(body)};
-    if (!body.empty()) request.contentType = "application/json";
-    const auto answer = session_->request(request);
-    if (const auto* failure = std::get_if<LinkFailure>(&answer)) {
-      exit_ = reach_->fail(*failure);
-      return std::nullopt;
-    }
-    auto state = objectIn(std::get<Reply>(answer), console_);
-    if (!state) exit_ = Exit::refused;
-    return state;
-  }
-
-  const Console& console_;
-  Exit exit_ = Exit::ok;
-  std::unique_ptr<HelperReach> reach_;
-  std::unique_ptr<HelperSession> session_;
-};
+// The engine's state after these events; none when they did not get there.
+std::optional<JsonObject> send(EngineSession& session, JsonArray events) {
+  return session.post("/api/ink", {{"events", std::move(events)}});
+}
 
 // Positive, so that it is easily typed, and unlikely to have been used on the slide before.
 std::int64_t newStrokeId() {
@@ -76,10 +43,6 @@ std::optional<Strokes> strokesToDraw(const Options& options, const Console& cons
   if (options.operands.empty()) {
     const std::size_t points = options.points > 0 ? options.points : kUsualPoints;
     return Strokes{figureStroke(options.figure.empty() ? "spiral" : options.figure, points)};
-  }
-  if (!options.figure.empty() || options.points > 0) {
-    (void)console.fail(Exit::usage, "Draw either a figure or a file.");
-    return std::nullopt;
   }
   const std::string& name = options.operands[0];
   const auto text =
@@ -99,14 +62,14 @@ std::optional<Strokes> strokesToDraw(const Options& options, const Console& cons
 
 // Sends the parts evenly over `seconds`. How many events that were when it was interrupted or done;
 // none when a part did not get there.
-std::optional<std::size_t> sendInTime(InkSession& session, const std::vector<JsonArray>& parts,
+std::optional<std::size_t> sendInTime(EngineSession& session, const std::vector<JsonArray>& parts,
                                       double seconds) {
   const auto start = Clock::now();
   std::size_t sent = 0;
   for (std::size_t i = 0; i < parts.size() && !wasInterrupted(); ++i) {
     const double due = seconds * static_cast<double>(i) / static_cast<double>(parts.size());
     sleepUnlessInterrupted(start + Seconds(due) - Clock::now());
-    if (!session.send(parts[i])) return std::nullopt;
+    if (!send(session, parts[i])) return std::nullopt;
     sent += parts[i].size();
   }
   return sent;
@@ -138,7 +101,7 @@ Exit drawInk(const Options& options, const Console& console) {
   const std::int64_t firstId = newStrokeId();
   const JsonArray events = strokeEvents(*strokes, firstId);
   if (events.empty()) return console.fail(Exit::usage, "There is nothing to draw.");
-  InkSession session(options, console);
+  EngineSession session(options, console);
   if (!session.isOpen()) return session.exit();
 
   noticeInterrupts();
@@ -153,34 +116,34 @@ Exit drawInk(const Options& options, const Console& console) {
 }
 
 Exit moveLaser(const Options& options, const Console& console) {
-  InkSession session(options, console);
+  EngineSession session(options, console);
   if (!session.isOpen()) return session.exit();
   noticeInterrupts();
   const auto start = Clock::now();
   Seconds time(0);
   std::size_t places = 0;
   while (!wasInterrupted() && (options.forTime == 0 || time.count() < options.forTime)) {
-    if (!session.send(laserEvent(laserPoint(options.figure, time)))) return session.exit();
+    if (!send(session, laserEvent(laserPoint(options.figure, time)))) return session.exit();
     ++places;
     sleepUnlessInterrupted(start + time + Seconds(1 / kSendsPerSecond) - Clock::now());
     time = Clock::now() - start;
   }
-  if (!session.send(plainEvent("laserend"))) return session.exit();
+  if (!send(session, plainEvent("laserend"))) return session.exit();
   console.say("laser", "The laser dot went to " + countOf(places, "place") + ".",
               {{"places", places}});
   return Exit::ok;
 }
 
 Exit clearInk(const Options& options, const Console& console) {
-  InkSession session(options, console);
-  if (!session.isOpen() || !session.send(plainEvent("clear"))) return session.exit();
+  EngineSession session(options, console);
+  if (!session.isOpen() || !send(session, plainEvent("clear"))) return session.exit();
   console.say("clear", "The slide has no ink any more.", {});
   return Exit::ok;
 }
 
 Exit undoStroke(const Options& options, const Console& console) {
-  InkSession session(options, console);
-  const auto state = session.isOpen() ? session.undo() : std::nullopt;
+  EngineSession session(options, console);
+  const auto state = session.isOpen() ? session.post("/api/ink/undo") : std::nullopt;
   if (!state) return session.exit();
   const auto left = integerMember(*state, "strokes").value_or(0);
   console.say("undo", "The slide has " + countOf(static_cast<std::size_t>(left), "stroke") + ".",

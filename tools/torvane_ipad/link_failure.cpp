@@ -29,8 +29,8 @@ std::string withDetail(const std::string& text, const std::string& detail) {
 std::string explain(const LinkFailure& failure, const std::string& helper) {
   switch (failure.kind) {
     case LinkFailure::Kind::unreachable:
-      return "No helper answered at " + helper + " (" + printable(failure.detail) +
-             "). Is Torvane P2P Helper running?";
+      return withDetail("No helper answered at " + helper, failure.detail) +
+             " Is Torvane P2P Helper running on that computer?";
     case LinkFailure::Kind::notAHelper:
       return withDetail("What answered at " + helper + " is no Torvane P2P Helper", failure.detail);
     case LinkFailure::Kind::otherHelper:
@@ -52,10 +52,11 @@ std::string explain(const LinkFailure& failure, const std::string& helper) {
              "and try again, or wait longer with --approval.";
     case LinkFailure::Kind::noAnswer:
       return "The helper at " + helper +
-             " did not answer in time. It drops requests that it does not accept, such as a path "
-             "that makes no address; --timeout lets this program wait longer.";
+             " did not answer in time. If its engine hangs, choose \"Stop Server\" and \"Start "
+             "Server\" there; --timeout lets this program wait longer.";
     case LinkFailure::Kind::lost:
-      return withDetail("The connection to the helper at " + helper + " was lost", failure.detail);
+      return withDetail("The connection to the helper at " + helper + " was lost", failure.detail) +
+             " Try again when the helper runs.";
     case LinkFailure::Kind::misbehaviour:
       return withDetail("The helper at " + helper + " broke the rules of the peer link",
                         failure.detail);

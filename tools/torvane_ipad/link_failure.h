@@ -9,7 +9,7 @@ namespace torvane::ipad {
 // Why a connection did not come about or ended.
 struct LinkFailure {
   enum class Kind {
-    unreachable,    // nothing answered; `detail` is the system's text
+    unreachable,    // nothing answered
     notAHelper,     // something else answered
     otherHelper,    // another certificate than the trusted one; `detail` is its fingerprint
     strangeHelper,  // one that this device was never paired with; `detail` likewise
@@ -20,7 +20,7 @@ struct LinkFailure {
     misbehaviour,   // the helper broke the protocol
   };
   Kind kind = Kind::lost;
-  std::string detail;
+  std::string detail;  // for the kinds that name no other: why, in plain words, or empty
 };
 
 // A sentence or two that say what happened and what to do. `helper` is host:port.

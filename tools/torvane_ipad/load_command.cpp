@@ -25,7 +25,7 @@ LoadPlan planFrom(const Options& options) {
           nanoseconds(options.seconds),
           options.inFlight,
           options.rate,
-          options.path,
+          options.path.empty() ? "/api/state" : options.path,
           options.echoSlides,
           nanoseconds(options.timeout)};
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,7 @@ struct Options {
   std::string command;
   std::vector<std::string> operands;
   bool help = false;
+  bool version = false;
 
   std::string host;        // empty: look for a helper
   std::uint16_t port = 0;  // 0: the helper's usual port
@@ -28,8 +30,12 @@ struct Options {
   std::uint32_t peers = 0;  // 0: not given
 
   std::string method = "POST";
-  std::string contentType = "application/json";
-  std::string output;  // empty: standard output
+  std::string contentType;  // empty: application/json
+  std::string output;       // empty: standard output
+
+  std::uint32_t slide = 0;    // the number that an operand says; 0: the current one
+  std::uint32_t width = 0;    // of a picture, in pixels; 0: the engine's own choice
+  std::optional<bool> black;  // none: the opposite of what it is
 
   double every = 1;    // seconds between two looks
   double forTime = 0;  // seconds to watch; 0: until interrupted
@@ -38,11 +44,11 @@ struct Options {
   std::uint32_t points = 0;  // of a figure; 0: not given
   double duration = 0;       // seconds for a drawing; 0: not given
 
-  std::uint64_t requests = 0;  // of all peers together; 0: as many as `seconds` allows
-  double seconds = 0;          // 0: until all requests are answered
-  std::uint32_t inFlight = 1;  // unanswered requests of one peer
-  double rate = 0;             // requests a second of all peers together; 0: as fast as possible
-  std::string path = "/api/state";
+  std::uint64_t requests = 0;    // of all peers together; 0: as many as `seconds` allows
+  double seconds = 0;            // 0: until all requests are answered
+  std::uint32_t inFlight = 1;    // unanswered requests of one peer
+  double rate = 0;               // requests a second of all peers together; 0: as fast as possible
+  std::string path;              // empty: /api/state
   std::uint64_t greedy = 0;      // requests of one more device, all at once; 0: there is none
   std::uint32_t echoSlides = 0;  // 0: no check of what an answer is about
 };

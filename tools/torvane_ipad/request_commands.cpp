@@ -2,9 +2,9 @@
 
 #include "torvane_ipad/answers.h"
 #include "torvane_ipad/commands.h"
+#include "torvane_ipad/engine_session.h"
 #include "torvane_ipad/printable.h"
 #include "torvane_ipad/private_files.h"
-#include "torvane_ipad/reach_helper.h"
 
 namespace torvane::ipad {
 namespace {
@@ -12,38 +12,28 @@ namespace {
 // A message carries at most 16 MiB; the rest is for the headers.
 constexpr std::size_t kMostBody = 16 * 1024 * 1024 - 64 * 1024;
 
-// The answer to one request on a connection of its own; none after a failure was reported.
-std::optional<Reply> askOnce(const Request& request, const Options& options, const Console& console,
-                             Exit& exit) {
-  const auto reach = HelperReach::prepare(options, console, exit);
-  if (!reach) return std::nullopt;
-  const auto session = reach->open({}, exit);
-  if (!session) return std::nullopt;
-  auto answer = session->request(request);
-  if (auto* reply = std::get_if<Reply>(&answer)) return std::move(*reply);
-  exit = reach->fail(std::get<LinkFailure>(answer));
-  return std::nullopt;
+Exit askAndPrint(const Request& request, const Options& options, const Console& console) {
+  EngineSession session(options, console);
+  const auto reply = session.isOpen() ? session.ask(request) : std::nullopt;
+  if (!reply) return session.exit();
+  return printReply(*reply, session.problemOf(*reply), options.output, console);
 }
 
 }  // namespace
 
 Exit showInfo(const Options& options, const Console& console) {
-  Exit exit = Exit::ok;
-  const auto reply = askOnce({.path = "/p2p/bridge-info"}, options, console, exit);
-  if (!reply) return exit;
-  const auto info = objectIn(*reply, console);
-  if (!info) return Exit::refused;
+  EngineSession session(options, console);
+  const auto info = session.isOpen() ? session.get("/p2p/bridge-info") : std::nullopt;
+  if (!info) return session.exit();
   const auto version = stringMember(*info, "version");
-  if (!version) return console.fail(Exit::refused, "The helper named no build number.");
+  if (!version) return session.fail("The helper named no build number.");
   console.say("info", "The helper is build " + printable(*version) + ".",
               {{"version", printable(*version)}});
   return Exit::ok;
 }
 
 Exit getPath(const Options& options, const Console& console) {
-  Exit exit = Exit::ok;
-  const auto reply = askOnce({.path = options.operands[0]}, options, console, exit);
-  return reply ? printReply(*reply, options.output, console) : exit;
+  return askAndPrint({.path = options.operands[0]}, options, console);
 }
 
 Exit postFile(const Options& options, const Console& console) {
@@ -55,11 +45,9 @@ Exit postFile(const Options& options, const Console& console) {
       return console.fail(Exit::usage, file + " cannot be read or is larger than 16 MB.");
     }
     request.body = toBytes(*text);
-    request.contentType = options.contentType;
+    request.contentType = options.contentType.empty() ? "application/json" : options.contentType;
   }
-  Exit exit = Exit::ok;
-  const auto reply = askOnce(request, options, console, exit);
-  return reply ? printReply(*reply, options.output, console) : exit;
+  return askAndPrint(request, options, console);
 }
 
 }  // namespace torvane::ipad

@@ -78,7 +78,7 @@ class Search {
     result_.problem = error == AVAHI_ERR_NO_DAEMON || error == AVAHI_ERR_DBUS_ERROR ||
                               error == AVAHI_ERR_DISCONNECTED
                           ? "the Avahi service is not running"
-                          : avahi_strerror(error);
+                          : "the Avahi service does not search";
     return false;
   }
 

@@ -2,10 +2,9 @@
 
 #include <chrono>
 
-#include "torvane_ipad/answers.h"
 #include "torvane_ipad/commands.h"
+#include "torvane_ipad/engine_session.h"
 #include "torvane_ipad/interrupt.h"
-#include "torvane_ipad/reach_helper.h"
 #include "torvane_ipad/state_text.h"
 
 namespace torvane::ipad {
@@ -25,9 +24,8 @@ class Watch {
  public:
   explicit Watch(const Console& console) : console_(console) {}
 
-  // Says what is new in an answer to kStateRequest.
-  void take(const Reply& reply) {
-    const std::string problem = problemOf(reply);
+  // Says what is new in an answer to kStateRequest; `problem` is what went wrong, if anything did.
+  void take(const Reply& reply, const std::string& problem) {
     const auto state = parseJsonObject(asText(reply.body));
     if (problem != problem_) {
       problem_ = problem;
@@ -49,31 +47,24 @@ class Watch {
 }  // namespace
 
 Exit showState(const Options& options, const Console& console) {
-  Exit exit = Exit::ok;
-  const auto reach = HelperReach::prepare(options, console, exit);
-  const auto session = reach ? reach->open({}, exit) : nullptr;
-  if (!session) return exit;
-  const auto answer = session->request(kStateRequest);
-  if (const auto* failure = std::get_if<LinkFailure>(&answer)) return reach->fail(*failure);
-  const auto state = objectIn(std::get<Reply>(answer), console);
-  if (!state) return Exit::refused;
+  EngineSession session(options, console);
+  const auto state = session.isOpen() ? session.get(kStateRequest.path) : std::nullopt;
+  if (!state) return session.exit();
   sayState(*state, describeState(*state), console);
   return Exit::ok;
 }
 
 Exit watchState(const Options& options, const Console& console) {
-  Exit exit = Exit::ok;
-  const auto reach = HelperReach::prepare(options, console, exit);
-  const auto session = reach ? reach->open({}, exit) : nullptr;
-  if (!session) return exit;
+  EngineSession session(options, console);
+  if (!session.isOpen()) return session.exit();
 
   noticeInterrupts();
   const auto start = std::chrono::steady_clock::now();
   Watch watch(console);
   while (!wasInterrupted()) {
-    const auto answer = session->request(kStateRequest);
-    if (const auto* failure = std::get_if<LinkFailure>(&answer)) return reach->fail(*failure);
-    watch.take(std::get<Reply>(answer));
+    const auto reply = session.ask(kStateRequest);
+    if (!reply) return session.exit();
+    watch.take(*reply, session.problemOf(*reply));
     const Seconds left = start + Seconds(options.forTime) - std::chrono::steady_clock::now();
     if (options.forTime > 0 && left.count() <= 0) break;
     const Seconds pause(options.every);

@@ -26,16 +26,53 @@ std::optional<std::string> deckLine(const JsonObject& state) {
 std::optional<std::string> slideLine(const JsonObject& state) {
   const auto slide = number(state, "slide");
   if (!slide) return std::nullopt;
+  if (integerMember(state, "count") == 0) return "No presentation is open";
   std::string line = "Slide " + *slide;
   if (const auto count = number(state, "count")) line += " of " + *count;
+  const auto steps = integerMember(state, "steps").value_or(0);
+  if (steps > 0)
+    line += ", step " + number(state, "step").value_or("0") + " of " + std::to_string(steps);
   if (const auto title = text(state, "title"); title && !title->empty()) line += ": " + *title;
-  return line;
+  return isTrue(state, "atEnd") ? line + " (the show is past it)" : line;
 }
 
 std::optional<std::string> showLine(const JsonObject& state) {
   const auto* presenting = state.if_contains("presenting");
   if (presenting == nullptr || !presenting->is_bool()) return std::nullopt;
-  return presenting->get_bool() ? "The slide show is running" : "The slide show is not running";
+  if (!presenting->get_bool()) return "The slide show is not running";
+  return isTrue(state, "blank") ? "The slide show is running, and its screen is dark"
+                                : "The slide show is running";
+}
+
+std::optional<std::string> problemLine(const JsonObject& state) {
+  return text(state, "problem");
+}
+
+// "Reading the slides: 57 of 200"
+std::optional<std::string> progressLine(const JsonObject& state) {
+  const JsonObject progress = objectMember(state, "progress");
+  const auto task = stringMember(progress, "task");
+  const auto done = number(progress, "done");
+  const auto total = number(progress, "total");
+  if (!task || !done || !total) return std::nullopt;
+  const std::string what = *task == "slides"     ? "Reading the slides"
+                           : *task == "pictures" ? "Making small pictures"
+                           : *task == "jump"     ? "On the way to another slide"
+                                                 : printable(*task);
+  return what + ": " + *done + " of " + *total;
+}
+
+std::optional<std::string> exportLine(const JsonObject& state) {
+  const JsonObject made = objectMember(state, "export");
+  const std::string what = textOf(made, "state");
+  const auto message = text(made, "message");
+  if (what == "done") return "The PDF is ready";
+  if (what == "running") {
+    return "Making the PDF: " + number(made, "done").value_or("0") + " of " +
+           number(made, "total").value_or("0");
+  }
+  if (what == "waiting") return message.value_or("The PDF is made after the slide show");
+  return what == "failed" ? std::optional(message.value_or("No PDF could be made")) : std::nullopt;
 }
 
 std::optional<std::string> strokesLine(const JsonObject& state) {
@@ -54,9 +91,29 @@ std::optional<std::string> engineLine(const JsonObject& state) {
 }
 
 constexpr std::optional<std::string> (*kLines[])(const JsonObject&) = {
-    deckLine, slideLine, showLine, strokesLine, overlayLine, engineLine};
+    problemLine, deckLine,     slideLine,  showLine,  strokesLine,
+    overlayLine, progressLine, exportLine, engineLine};
 
 }  // namespace
+
+std::string describePlace(const JsonObject& state) {
+  const auto slide = slideLine(state);
+  return slide.value_or("The engine does not say at which slide the presentation is");
+}
+
+bool isTrue(const JsonObject& object, std::string_view key) {
+  const auto* value = object.if_contains(key);
+  return value != nullptr && value->is_bool() && value->get_bool();
+}
+
+std::string textOf(const JsonObject& object, std::string_view key) {
+  return text(object, key).value_or("");
+}
+
+JsonObject objectMember(const JsonObject& object, std::string_view key) {
+  const auto* value = object.if_contains(key);
+  return value != nullptr && value->is_object() ? value->get_object() : JsonObject{};
+}
 
 std::vector<std::string> describeState(const JsonObject& state) {
   std::vector<std::string> lines;

@@ -17,6 +17,7 @@
 
 #include "torvane_ipad/certificate_fingerprint.h"
 #include "torvane_ipad/handshake.h"
+#include "torvane_ipad/link_error.h"
 
 namespace torvane::ipad {
 namespace asio = boost::asio;
@@ -27,8 +28,9 @@ using Tcp = asio::ip::tcp;
 
 namespace {
 
-constexpr std::size_t kMostFrameSize = 16 * 1024 * 1024;
-constexpr std::size_t kReadAhead = 64 * 1024;
+constexpr std::size_t kMostFrameSize = 64 * 1024 * 1024;  // a PDF of many slides
+constexpr std::size_t kReadStep = 64 * 1024;
+constexpr std::size_t kMostTextSize = 64 * 1024;  // what follows is judged by its own limit
 constexpr const char* kTarget = "/link";
 constexpr const char* kSubprotocol = "torvane.link.2";
 constexpr auto kCloseTime = std::chrono::seconds(1);
@@ -124,7 +126,7 @@ class WebSocketConnection : public PeerConnection,
     socket_.set_option(websocket::stream_base::decorator([](websocket::request_type& request) {
       request.set(beast::http::field::sec_websocket_protocol, kSubprotocol);
     }));
-    socket_.read_message_max(0);  // the buffer is the limit
+    socket_.read_message_max(0);  // which depends on the phase, see read()
     const bool needsBrackets = settings_.host.find(':') != std::string::npos;
     const std::string host = needsBrackets ? "[" + settings_.host + "]" : settings_.host;
     socket_.async_handshake(response_, host + ":" + std::to_string(settings_.port), kTarget,
@@ -151,15 +153,21 @@ class WebSocketConnection : public PeerConnection,
   // ----------------------------------------------------------------------------- messages
 
   void read() {
-    socket_.async_read(buffer_, [self = shared_from_this()](Error error, std::size_t) {
-      if (error == websocket::error::buffer_overflow || self->buffer_.size() > kMostFrameSize) {
-        return self->end(LinkFailure::Kind::misbehaviour, "it sent a message over 16 MiB");
-      }
+    socket_.async_read_some(buffer_, kReadStep, [self = shared_from_this()](Error error, auto) {
       if (!self->goesOn(error, LinkFailure::Kind::lost)) return;
-      self->received();
-      self->buffer_.consume(self->buffer_.size());
+      if (self->buffer_.size() > self->mostMessageSize()) {
+        return self->end(LinkFailure::Kind::misbehaviour, "it sent a message that is too long");
+      }
+      if (self->socket_.is_message_done()) {
+        self->received();
+        self->buffer_.consume(self->buffer_.size());
+      }
       if (self->phase_ != Phase::ended) self->read();
     });
+  }
+
+  [[nodiscard]] std::size_t mostMessageSize() const {
+    return phase_ == Phase::accepted ? kMostFrameSize : kMostTextSize;
   }
 
   void received() {
@@ -222,9 +230,7 @@ class WebSocketConnection : public PeerConnection,
     if (error == websocket::error::closed && !reason.empty()) {
       return {reason.data(), reason.size()};
     }
-    if (error == websocket::error::closed) return "the helper closed it";
-    if (error == beast::error::timeout) return "the helper fell silent";
-    return error.message();
+    return inWords(error);
   }
 
   void end(LinkFailure::Kind kind, std::string detail) {
@@ -264,7 +270,7 @@ class WebSocketConnection : public PeerConnection,
   asio::steady_timer deadline_;
   websocket::stream<beast::ssl_stream<beast::tcp_stream>> socket_;
   websocket::response_type response_;
-  beast::flat_buffer buffer_{kMostFrameSize + kReadAhead};
+  beast::flat_buffer buffer_;
   std::deque<Outgoing> unsent_;
   Phase phase_ = Phase::connecting;
   bool isStarting_ = true;              // until the invitation was received

@@ -21,11 +21,12 @@ constexpr mode_t kPrivateFile = 0600;
 constexpr std::size_t kPiece = 16 << 10;  // bytes that are read at once
 
 // A complete new file beside `path`, under a name of its own; empty when it cannot be written.
-std::string writeAside(const std::string& path, std::string_view content) {
+std::string writeAside(const std::string& path, std::string_view content, mode_t mode) {
   std::string aside = path + ".XXXXXX";
   const UniqueFd file(::mkostemp(aside.data(), O_CLOEXEC));  // makes it with mode 0600
   if (!file) return {};
-  if (writeAll(file.get(), content) && ::fsync(file.get()) == 0) return aside;
+  const bool isWhole = writeAll(file.get(), content) && ::fchmod(file.get(), mode) == 0;
+  if (isWhole && ::fsync(file.get()) == 0) return aside;
   ::unlink(aside.c_str());
   return {};
 }
@@ -41,7 +42,11 @@ bool makePrivateFolder(const std::string& path) {
 }
 
 bool writePrivateFile(const std::string& path, std::string_view content) {
-  const std::string aside = writeAside(path, content);
+  return replaceFile(path, content, kPrivateFile);
+}
+
+bool replaceFile(const std::string& path, std::string_view content, mode_t mode) {
+  const std::string aside = writeAside(path, content, mode);
   if (aside.empty()) return false;
   if (std::rename(aside.c_str(), path.c_str()) == 0) return true;
   ::unlink(aside.c_str());
@@ -49,7 +54,7 @@ bool writePrivateFile(const std::string& path, std::string_view content) {
 }
 
 bool createPrivateFile(const std::string& path, std::string_view content) {
-  const std::string aside = writeAside(path, content);
+  const std::string aside = writeAside(path, content, kPrivateFile);
   if (aside.empty()) return false;
   const bool isNew = ::link(aside.c_str(), path.c_str()) == 0;
   ::unlink(aside.c_str());

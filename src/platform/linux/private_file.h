@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -14,6 +16,9 @@ namespace torvane {
 
 // Writes a file aside, with mode 0600, syncs it and moves it into its place.
 [[nodiscard]] bool writePrivateFile(const std::string& path, std::string_view content);
+
+// The same for a file that is not private, with this mode.
+[[nodiscard]] bool replaceFile(const std::string& path, std::string_view content, mode_t mode);
 
 // The same, but leaves a file that is there already alone, and says so with false.
 [[nodiscard]] bool createPrivateFile(const std::string& path, std::string_view content);

@@ -1,0 +1,159 @@
+// What is saved in a file: the picture of a slide, all slides as a PDF.
+
+#include <chrono>
+
+#include "torvane_ipad/commands.h"
+#include "torvane_ipad/engine_session.h"
+#include "torvane_ipad/interrupt.h"
+#include "torvane_ipad/output_file.h"
+#include "torvane_ipad/progress_line.h"
+#include "torvane_ipad/state_text.h"
+
+namespace torvane::ipad {
+namespace {
+
+// A picture takes 10 s at most, after another one that is being made.
+constexpr auto kPicturePatience = std::chrono::seconds(25);
+// As long as the helper waits for the engine's answer.
+constexpr auto kDownloadPatience = std::chrono::seconds(300);
+constexpr std::chrono::duration<double> kPause(0.25);
+constexpr int kMostIdleLooks = 8;  // until an export that was asked for must have begun
+
+std::string sizeText(std::size_t bytes) {
+  constexpr std::size_t kKilo = 1000;
+  if (bytes < 10 * kKilo) return std::to_string(bytes) + " bytes";
+  if (bytes < 10 * kKilo * kKilo) return std::to_string(bytes / kKilo) + " kB";
+  return std::to_string(bytes / kKilo / kKilo) + " MB";
+}
+
+// Writes the answer's body. `what` is it, for the sentence.
+Exit save(const Reply& reply, const std::string& file, const std::string& what,
+          const Console& console) {
+  if (!writeOutput(file, asText(reply.body))) return console.fail(Exit::usage, cannotWrite(file));
+  if (file == "-") return Exit::ok;
+  console.say("saved", "Saved " + what + " in " + file + ", " + sizeText(reply.body.size()) + ".",
+              {{"file", file}, {"bytes", reply.body.size()}});
+  return Exit::ok;
+}
+
+std::string picturePath(const Options& options) {
+  const std::string path = "/api/slides/" + std::to_string(options.slide) + "/picture";
+  return options.width == 0 ? path : path + "?width=" + std::to_string(options.width);
+}
+
+// Why there is no picture of this slide.
+std::string pictureProblem(EngineSession& session, const Reply& reply, std::uint32_t slide) {
+  constexpr std::int64_t kNotFound = 404;
+  constexpr std::int64_t kUnavailable = 503;
+  const std::string name = std::to_string(slide);
+  if (reply.status == kNotFound) {
+    return "There is no slide " + name + ". \"torvane-ipad slides\" lists those that there are.";
+  }
+  if (reply.status == kUnavailable) {
+    return "The picture of slide " + name + " cannot be made now. Try again in a moment.";
+  }
+  return session.problemOf(reply);
+}
+
+// Waits for the PDF that was asked for.
+class ExportWait {
+ public:
+  ExportWait(EngineSession& session, const Console& console)
+      : session_(session), console_(console), line_(console) {}
+
+  // Whether it is there; else the reason was reported.
+  bool untilDone(JsonObject state) {
+    noticeInterrupts();
+    while (true) {
+      if (const auto isDone = look(objectMember(state, "export"))) return *isDone;
+      sleepUnlessInterrupted(kPause);
+      if (wasInterrupted()) return refuse("Interrupted. Nothing was saved.");
+      auto next = session_.get("/api/state");
+      if (!next) return false;
+      state = std::move(*next);
+    }
+  }
+
+ private:
+  // None while it is on its way.
+  std::optional<bool> look(const JsonObject& made) {
+    const std::string state = textOf(made, "state");
+    const std::string message = textOf(made, "message");
+    if (state == "done") return true;
+    if (state == "failed") return refuse(message.empty() ? "No PDF could be made." : message);
+    if (state == "running") {
+      return tell(made);
+    }
+    if (state == "waiting") {
+      return await(message.empty() ? "The PDF is made once the slide show ends." : message);
+    }
+    if (++idleLooks_ < kMostIdleLooks) return std::nullopt;
+    return refuse("The engine has made no PDF; it may have been started anew. Try again.");
+  }
+
+  std::optional<bool> tell(const JsonObject& made) {
+    const auto done = integerMember(made, "done").value_or(0);
+    const auto total = integerMember(made, "total").value_or(0);
+    const std::string far = total > 0 ? ": " + std::to_string(done) + " of " + std::to_string(total)
+                                      : std::string(" …");
+    line_.show("Making the PDF" + far, {{"task", "export"}, {"done", done}, {"total", total}});
+    return std::nullopt;
+  }
+
+  // Said once, whoever looks: it may take until the talk is over.
+  std::optional<bool> await(const std::string& message) {
+    if (message == awaited_) return std::nullopt;
+    awaited_ = message;
+    line_.clear();
+    console_.note(message);
+    return std::nullopt;
+  }
+
+  bool refuse(const std::string& sentence) {
+    line_.clear();
+    session_.fail(sentence);
+    return false;
+  }
+
+  EngineSession& session_;
+  const Console& console_;
+  ProgressLine line_;
+  std::string awaited_;
+  int idleLooks_ = 0;
+};
+
+}  // namespace
+
+Exit savePicture(const Options& options, const Console& console) {
+  const std::string& file = options.operands[1];
+  if (const auto problem = outputProblem(file); !problem.empty()) {
+    return console.fail(Exit::usage, problem);
+  }
+  EngineSession session(options, console);
+  const auto reply = session.isOpen()
+                         ? session.ask({.path = picturePath(options)}, kPicturePatience)
+                         : std::nullopt;
+  if (!reply) return session.exit();
+  const std::string problem = pictureProblem(session, *reply, options.slide);
+  if (!problem.empty()) return session.fail(problem);
+  const std::string kind = reply->contentType == "image/jpeg" ? "JPEG" : "PNG";
+  return save(*reply, file, "slide " + std::to_string(options.slide) + " as a " + kind + " picture",
+              console);
+}
+
+Exit exportSlides(const Options& options, const Console& console) {
+  const std::string& file = options.operands[0];
+  if (const auto problem = outputProblem(file); !problem.empty()) {
+    return console.fail(Exit::usage, problem);
+  }
+  EngineSession session(options, console);
+  const auto state = session.isOpen() ? session.post("/api/export") : std::nullopt;
+  if (!state || !ExportWait(session, console).untilDone(*state)) return session.exit();
+  const auto reply = session.ask({.path = "/api/export"}, kDownloadPatience);
+  if (!reply) return session.exit();
+  const std::string problem = session.problemOf(*reply);
+  if (!problem.empty()) return session.fail(problem);
+  return save(*reply, file, "the slides as a PDF", console);
+}
+
+}  // namespace torvane::ipad
