@@ -38,22 +38,35 @@ install(FILES ${made}/${component}.metainfo.xml DESTINATION share/metainfo)
 install(FILES ${packaging}/${name}.svg DESTINATION share/icons/hicolor/scalable/apps)
 install(FILES ${packaging}/${name}-symbolic.svg DESTINATION share/icons/hicolor/symbolic/apps)
 
-# Manual pages and Debian's documents, packed; the date is the environment's SOURCE_DATE_EPOCH.
+# Manual pages and Debian's documents, packed, and what shells complete; the date is the
+# environment's SOURCE_DATE_EPOCH.
 string(TIMESTAMP TORVANE_PACKAGE_DATE "%a, %d %b %Y %H:%M:%S +0000" UTC)
 set(TORVANE_BUNDLE_PARENT ${CMAKE_INSTALL_PREFIX}/lib)
 configure_file(${packaging}/${name}.1.in ${made}/${name}.1 @ONLY)
 configure_file(${packaging}/changelog.in ${made}/changelog @ONLY)
 add_custom_command(OUTPUT ${made}/torvane-ipad.1
   COMMAND ${TORVANE_PYTHON} ${packaging}/man-page $<TARGET_FILE:torvane-ipad> > torvane-ipad.1
-  DEPENDS torvane-ipad ${packaging}/man-page WORKING_DIRECTORY ${made} VERBATIM)
+  DEPENDS torvane-ipad ${packaging}/man-page ${packaging}/program_help.py WORKING_DIRECTORY ${made} VERBATIM)
+foreach(shell bash zsh)
+  add_custom_command(OUTPUT ${made}/completion.${shell}
+    COMMAND ${TORVANE_PYTHON} ${packaging}/completions ${shell} $<TARGET_FILE:torvane-ipad>
+      > completion.${shell}
+    DEPENDS torvane-ipad ${packaging}/completions ${packaging}/program_help.py
+    WORKING_DIRECTORY ${made} VERBATIM)
+  list(APPEND texts ${made}/completion.${shell})
+endforeach()
 foreach(text ${name}.1 torvane-ipad.1 changelog)
   add_custom_command(OUTPUT ${made}/${text}.gz
     COMMAND ${TORVANE_GZIP} -9nkf ${text}
     DEPENDS ${made}/${text} WORKING_DIRECTORY ${made} VERBATIM)
-  list(APPEND packed ${made}/${text}.gz)
+  list(APPEND texts ${made}/${text}.gz)
 endforeach()
-add_custom_target(packed_texts ALL DEPENDS ${packed})
+add_custom_target(packed_texts ALL DEPENDS ${texts})
 install(FILES ${made}/${name}.1.gz ${made}/torvane-ipad.1.gz DESTINATION share/man/man1)
+install(FILES ${made}/completion.bash DESTINATION share/bash-completion/completions
+  RENAME torvane-ipad)
+install(FILES ${made}/completion.zsh DESTINATION share/zsh/vendor-completions
+  RENAME _torvane-ipad)
 install(FILES ${made}/changelog.gz ${packaging}/copyright DESTINATION share/doc/${name})
 install(FILES ${packaging}/lintian-overrides DESTINATION share/lintian/overrides RENAME ${name})
 
