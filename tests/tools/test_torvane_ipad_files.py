@@ -89,6 +89,12 @@ class Preview(FileTest):
             self.check(self.ipad("preview", "3", self.file), 1, sentence)
             self.assertEqual((self.content(), self.names()), (b"the old one", ["saved"]))
 
+    def test_a_picture_that_cannot_be_made_has_a_reason(self):
+        self.engine.answers[PICTURE_PATH] = (503, "application/json", b'{"error":"not now"}')
+        self.engine.state["problem"] = "LibreOffice does not answer."
+        self.check(self.ipad("preview", "3", self.file), 1, "The picture of slide 3 cannot be made "
+                   "now. LibreOffice does not answer.")
+
     def test_the_old_file_stays_when_the_connection_breaks(self):
         class Leaving(ScriptedHelper):
             async def serve_request(self, ws, header, body):

@@ -51,6 +51,12 @@ class Lists(ShowTest):
         self.assertEqual((fact["event"], fact["current"], fact["count"]), ("slides", 1, 4))
         self.assertEqual(fact["slides"][2], {"slide": 3, "title": "Results", "hidden": False})
 
+    def test_slides_come_with_what_keeps_the_presentation_from_being_driven(self):
+        self.engine.state["problem"] = UNO
+        result = self.ipad("slides")
+        self.assertEqual((result.returncode, result.stderr.decode()), (0, UNO + "\n"))
+        self.assertIn("> 1  Welcome\n", result.stdout.decode())
+
     def test_slides_of_a_presentation_that_is_being_read(self):
         self.engine.state["progress"] = {"task": "slides", "done": 2, "total": 4}
         result = self.ipad("slides")
@@ -96,8 +102,10 @@ class Lists(ShowTest):
         self.engine.late = 2
         self.assertEqual(self.said("documents", "twin"),
                          "\"Another\" is driven now. Slide 1 of 4: Welcome\n")
-        self.assertEqual(self.said("documents", "My talk"),
-                         "\"My talk\" is driven now. Slide 1 of 4: Welcome\n")
+        for name in ("My talk", "My"):
+            self.engine.state["document"] = "twin"
+            self.assertEqual(self.said("documents", name),
+                             "\"My talk\" is driven now. Slide 1 of 4: Welcome\n")
         self.assertEqual(self.engine.state["document"], "talk")
 
     def test_a_document_that_is_not_clear_is_refused(self):
@@ -141,6 +149,11 @@ class Moves(ShowTest):
         self.assertEqual(self.said("next"), "Nothing moved: Slide 4 of 4: Thanks\n")
         self.engine.state["presenting"] = True
         self.assertEqual(self.said("next"), "Slide 4 of 4: Thanks (the show is past it)\n")
+
+    def test_next_on_a_dark_screen(self):
+        self.engine.state.update(slide=4, blank=True)
+        self.assertEqual(self.said("next"),
+                         "Nothing moved: Slide 4 of 4: Thanks (the screen is dark)\n")
 
     def test_previous(self):
         self.engine.state["slide"] = 2

@@ -50,13 +50,26 @@ std::string documentLine(const JsonObject& document, const std::string& current)
          (isTrue(document, "presenting") ? ", its show is running" : "");
 }
 
-// The ids of those that are meant: the one with this id, else all with this title.
+using IsMeant = bool (*)(const JsonObject& document, const std::string& name);
+
+bool hasId(const JsonObject& document, const std::string& name) {
+  return stringMember(document, "id") == name;
+}
+bool hasTitle(const JsonObject& document, const std::string& name) {
+  return stringMember(document, "title") == name;
+}
+bool hasTitleWithBeginning(const JsonObject& document, const std::string& name) {
+  return !name.empty() && stringMember(document, "title").value_or("").starts_with(name);
+}
+
+// The ids of those that are meant: the one with this id, else those with this title, else those
+// whose title begins like this.
 std::vector<std::string> idsOf(const std::vector<JsonObject>& documents, const std::string& name) {
   std::vector<std::string> found;
-  for (const char* key : {"id", "title"}) {
+  for (const IsMeant isMeant : {hasId, hasTitle, hasTitleWithBeginning}) {
     for (const JsonObject& document : documents) {
       const auto id = stringMember(document, "id");
-      if (id && stringMember(document, key) == name) found.push_back(*id);
+      if (id && isMeant(document, name)) found.push_back(*id);
     }
     if (!found.empty()) break;
   }
@@ -135,6 +148,8 @@ Exit listSlides(const Options& options, const Console& console) {
   const std::size_t width = std::to_string(slides.size()).size();
   for (const JsonObject& slide : slides)
     console.say("slides", slideLine(slide, current, width), {});
+  // Such as why these are the slides of the sample.
+  if (const auto problem = textOf(*state, "problem"); !problem.empty()) console.note(problem);
   if (isBeingRead(*state)) {
     console.note("The presentation is being read still; some titles are missing.");
   }

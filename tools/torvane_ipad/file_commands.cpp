@@ -50,7 +50,10 @@ std::string pictureProblem(EngineSession& session, const Reply& reply, std::uint
     return "There is no slide " + name + ". \"torvane-ipad slides\" lists those that there are.";
   }
   if (reply.status == kUnavailable) {
-    return "The picture of slide " + name + " cannot be made now. Try again in a moment.";
+    const auto state = session.get("/api/state");
+    const std::string why = state ? textOf(*state, "problem") : "";
+    return "The picture of slide " + name + " cannot be made now. " +
+           (why.empty() ? "Try again in a moment." : why);
   }
   return session.problemOf(reply);
 }

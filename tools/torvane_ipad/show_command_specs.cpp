@@ -48,8 +48,8 @@ std::vector<CommandSpec> deckCommands() {
        .mostOperands = 1,
        .summary = "List the open presentations, or choose one",
        .details = "Lists the presentations that are open at the computer: \">\" marks the one\n"
-                  "that is driven, and the id of each stands in brackets. With ID, which may be\n"
-                  "a title of the list too, drives that one from now on.",
+                  "that is driven, and the id of each stands in brackets. With ID, or the title\n"
+                  "of one of them or how it begins, drives that one from now on.",
        .example = "torvane-ipad documents \"Quarterly review\"",
        .run = chooseDocument},
       {.name = "slides",

@@ -15,7 +15,8 @@ std::int64_t number(const JsonObject& state, std::string_view key) {
 
 bool isAtSamePlace(const JsonObject& a, const JsonObject& b) {
   return number(a, "slide") == number(b, "slide") && number(a, "step") == number(b, "step") &&
-         isTrue(a, "atEnd") == isTrue(b, "atEnd") && textOf(a, "document") == textOf(b, "document");
+         isTrue(a, "atEnd") == isTrue(b, "atEnd") && isTrue(a, "blank") == isTrue(b, "blank") &&
+         textOf(a, "document") == textOf(b, "document");
 }
 
 bool isAtFirst(const JsonObject& state) {

@@ -98,7 +98,8 @@ constexpr std::optional<std::string> (*kLines[])(const JsonObject&) = {
 
 std::string describePlace(const JsonObject& state) {
   const auto slide = slideLine(state);
-  return slide.value_or("The engine does not say at which slide the presentation is");
+  if (!slide) return "The engine does not say at which slide the presentation is";
+  return isTrue(state, "blank") ? *slide + " (the screen is dark)" : *slide;
 }
 
 bool isTrue(const JsonObject& object, std::string_view key) {
