@@ -40,6 +40,15 @@ TEST(LinkFailure, ExplainsEachReasonForARefusal) {
   EXPECT_NE(refusal("odd\n").find("(odd?)"), std::string::npos);
 }
 
+TEST(LinkFailure, SaysWhatToDoWithWhatIsNoHelper) {
+  EXPECT_EQ(explain({Kind::notAHelper, "it hung up"}, "mini:1"),
+            "What answered at mini:1 is no Torvane P2P Helper (it hung up). Look for its address "
+            "with \"torvane-ipad find\" or in its menu.");
+  EXPECT_EQ(explain({Kind::misbehaviour, ""}, "mini:1"),
+            "The helper at mini:1 broke the rules of the peer link. Update it and this program to "
+            "the same version.");
+}
+
 TEST(LinkFailure, EndsTheProgramByItsKind) {
   for (const auto kind :
        {Kind::unreachable, Kind::notAHelper, Kind::otherHelper, Kind::strangeHelper, Kind::lost}) {

@@ -10,7 +10,10 @@ std::string explainRefusal(const std::string& reason, const std::string& helper)
   if (reason == "declined") {
     return start + ": its user chose not to pair it. After the helper was restarted it asks again.";
   }
-  if (reason == "proof") return start + ": it did not accept the proof of this device's key.";
+  if (reason == "proof")
+    return start +
+           ": it did not accept the proof of this device's key. "
+           "Update it and this program to the same version.";
   if (reason == "name") {
     return start + ": it does not accept the name. Choose another one with --name.";
   }
@@ -32,7 +35,9 @@ std::string explain(const LinkFailure& failure, const std::string& helper) {
       return withDetail("No helper answered at " + helper, failure.detail) +
              " Is Torvane P2P Helper running on that computer?";
     case LinkFailure::Kind::notAHelper:
-      return withDetail("What answered at " + helper + " is no Torvane P2P Helper", failure.detail);
+      return withDetail("What answered at " + helper + " is no Torvane P2P Helper",
+                        failure.detail) +
+             " Look for its address with \"torvane-ipad find\" or in its menu.";
     case LinkFailure::Kind::otherHelper:
       return "The helper at " + helper +
              " shows another certificate than the one remembered for it, so nothing was sent. "
@@ -59,7 +64,8 @@ std::string explain(const LinkFailure& failure, const std::string& helper) {
              " Try again when the helper runs.";
     case LinkFailure::Kind::misbehaviour:
       return withDetail("The helper at " + helper + " broke the rules of the peer link",
-                        failure.detail);
+                        failure.detail) +
+             " Update it and this program to the same version.";
   }
   return {};
 }
