@@ -109,6 +109,14 @@ class HelperTest(unittest.TestCase):
         helper.send_signal(signal.SIGTERM)
         self.assert_ends(helper)
 
+    def test_tells_what_was_wrong_with_a_display_that_it_did_without(self):
+        del self.desktop.environment["DISPLAY"]
+        self.desktop.environment["QT_QPA_PLATFORM"] = "xcb;minimal"
+        helper = self.start_as_if_welcomed()
+        self.assertIn("could not connect to display", self.desktop.log("helper"))
+        helper.send_signal(signal.SIGTERM)
+        self.assert_ends(helper)
+
     def test_ignores_other_arguments(self):
         helper = self.start_as_if_welcomed("--reverse", "-platform", "nonsense")
         helper.send_signal(signal.SIGTERM)
