@@ -45,16 +45,20 @@ TEST(StateText, TellsWhatTakesLong) {
 }
 
 TEST(StateText, TellsWhatBecomesOfThePdf) {
-  const auto made = [](const std::string& name, const std::string& message) {
-    return describeState(state(R"({"export":{"state":")" + name +
-                               R"(","done":5,"total":20,"message":)" + message + "}}"));
+  const auto made = [](const std::string& members) {
+    return describeState(state(R"({"export":{"document":"x",)" + members + "}}"));
   };
-  EXPECT_EQ(made("idle", "null"), Lines{});
-  EXPECT_EQ(made("running", "null"), Lines{"Making the PDF: 5 of 20"});
-  EXPECT_EQ(made("waiting", "null"), Lines{"The PDF is made after the slide show"});
-  EXPECT_EQ(made("waiting", R"("Later.")"), Lines{"Later."});
-  EXPECT_EQ(made("failed", R"("The disk is full.")"), Lines{"The disk is full."});
-  EXPECT_EQ(made("done", "null"), Lines{"The PDF is ready"});
+  EXPECT_EQ(made(R"("state":"none")"), Lines{});
+  EXPECT_EQ(made(R"("state":"running","progress":null)"), Lines{"Making the PDF …"});
+  EXPECT_EQ(made(R"("state":"running","progress":{"task":"pages","done":5,"total":20})"),
+            Lines{"Making the PDF: 5 of 20"});
+  EXPECT_EQ(made(R"("state":"running","progress":{"task":"ink","done":5,"total":20})"),
+            Lines{"Drawing the ink on the PDF: 5 of 20"});
+  EXPECT_EQ(made(R"("state":"waiting","sentence":"Later.")"), Lines{"Later."});
+  EXPECT_EQ(made(R"("state":"waiting","sentence":null)"),
+            Lines{"The PDF is made when the slide show ends."});
+  EXPECT_EQ(made(R"("state":"failed","sentence":"The disk is full.")"), Lines{"The disk is full."});
+  EXPECT_EQ(made(R"("state":"done")"), Lines{"The PDF is ready"});
 }
 
 TEST(StateText, LeavesOutWhatIsMissingOrOfAnotherType) {

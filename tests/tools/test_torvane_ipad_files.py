@@ -16,8 +16,10 @@ PDF = b"%PDF-1.7\n" + bytes(range(256)) * 8
 PICTURE_PATH = ("GET", "/api/slides/3/picture")
 
 
-def made(state, done=0, total=0, message=None):
-    return {"state": state, "done": done, "total": total, "message": message}
+def made(state, done=0, total=0, sentence=None, task="pages"):
+    """The state's "export"."""
+    return {"state": state, "document": "talk", "sentence": sentence,
+            "progress": {"task": task, "done": done, "total": total} if total else None}
 
 
 class FileTest(KnownHelperTest):
@@ -67,6 +69,13 @@ class Preview(FileTest):
         self.check(self.ipad("preview", "3", self.file), 0)
         self.assertEqual(self.content(), PICTURE)
         self.assertEqual(stat.S_IMODE(os.stat(self.file).st_mode), 0o640)
+
+    def test_the_old_file_is_whole_until_the_new_one_is(self):
+        self.put(b"the old one" * 100)
+        os.link(self.file, self.home + "/old")  # what somebody has open
+        self.check(self.ipad("preview", "3", self.file), 0)
+        self.assertEqual(self.content(), PICTURE)
+        self.assertEqual(self.content(self.home + "/old"), b"the old one" * 100)
 
     def test_new_file_has_the_usual_mode(self):
         self.check(self.run_tool(self.helper, "preview", "3", self.file, umask=0o027), 0)
@@ -140,42 +149,44 @@ class Preview(FileTest):
 
 class Export(FileTest):
     def test_is_waited_for_and_saved(self):
-        self.engine.exports = [made("idle"), made("running", 1, 4), made("running", 3, 4),
-                               made("done", 4, 4)]
+        self.engine.exports = [made("running"), made("running", 1, 4),
+                               made("running", 3, 4, task="ink"), made("done")]
         said = self.check(self.ipad("export", self.file, "--json"), 0)
         facts = [json.loads(line) for line in said.splitlines()]
         self.assertEqual(facts, [
-            {"event": "progress", "task": "export", "done": 1, "total": 4},
-            {"event": "progress", "task": "export", "done": 3, "total": 4},
+            {"event": "progress", "task": "pages", "done": 1, "total": 4},
+            {"event": "progress", "task": "ink", "done": 3, "total": 4},
             {"event": "saved", "file": self.file, "bytes": len(PDF)}])
         self.assertEqual(self.content(), PDF)
         self.assertEqual((self.engine.asked[0], self.engine.asked[-1]),
                          ("POST /api/export", "GET /api/export"))
 
     def test_tells_a_terminal_how_far_it_is(self):
-        self.engine.exports = [made("running", 1, 4), made("running", 3, 4), made("done")]
+        self.engine.exports = [made("running", 1, 4), made("running", 3, 4, task="ink"),
+                               made("done")]
         status, shown = self.run_on_terminal(self.helper, "export", self.file)
         self.assertEqual(status, 0)
-        self.assertEqual(shown, "\r\x1b[KMaking the PDF: 1 of 4\r\x1b[KMaking the PDF: 3 of 4"
+        self.assertEqual(shown, "\r\x1b[KMaking the PDF: 1 of 4"
+                         "\r\x1b[KDrawing the ink on the PDF: 3 of 4"
                          f"\r\x1b[KSaved the slides as a PDF in {self.file}, 2057 bytes.\r\n")
 
     def test_says_once_that_it_is_put_off(self):
-        late = "The PDF is made when the slide show has ended."
-        self.engine.exports = [made("waiting", message=late)] * 3 + [made("done")]
+        late = "The export starts when the show ends."
+        self.engine.exports = [made("waiting", sentence=late)] * 3 + [made("done")]
         result = self.ipad("export", self.file)
         self.assertEqual((result.returncode, result.stderr.decode()), (0, late + "\n"))
         self.assertEqual(self.content(), PDF)
 
     def test_that_fails_keeps_the_old_file(self):
         self.put()
-        for message, said in (("The disk is full.", "The disk is full."),
+        for sentence, said in (("The disk is full.", "The disk is full."),
                               (None, "No PDF could be made.")):
-            self.engine.exports = [made("running"), made("failed", message=message)]
+            self.engine.exports = [made("running"), made("failed", sentence=sentence)]
             self.check(self.ipad("export", self.file), 1, said)
             self.assertEqual((self.content(), self.names()), (b"the old one", ["saved"]))
 
     def test_of_an_engine_that_was_started_anew(self):
-        self.engine.exports = [made("running"), made("idle")]
+        self.engine.exports = [made("running"), made("none")]
         self.check(self.ipad("export", self.file), 1, "it may have been started anew. Try again.")
         self.assertEqual(self.names(), [])
 

@@ -233,8 +233,9 @@ class Engines(ShowTest):
 
         self.helper = self.start(HalfEngine(CERTIFICATES[0]))
         for command in (["get", "/x"], ["slides"], ["preview", "1", self.home + "/x"]):
-            self.assertEqual(self.refused(*command), "The engine gave no whole answer to this. Try "
-                             "again, or look into its log on \"Scripted\".")
+            self.assertEqual(self.refused(*command), "The engine's answer broke off, or was longer "
+                             "than the 63 MiB that the link carries. Try again, or look into the "
+                             "engine's log on \"Scripted\".")
 
     def test_old(self):
         for path in ("/api/blank", "/api/export"):

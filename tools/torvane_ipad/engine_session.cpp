@@ -43,8 +43,8 @@ std::string EngineSession::problemOf(const Reply& reply) {
   if (reply.error) {
     return isEngineOff()
                ? "The engine is not running: choose \"Start Server\" on " + helperName() + "."
-               : "The engine gave no whole answer to this. Try again, or look into its "
-                 "log on " +
+               : "The engine's answer broke off, or was longer than the 63 MiB that the link "
+                 "carries. Try again, or look into the engine's log on " +
                      helperName() + ".";
   }
   if (reply.status < 400) return {};

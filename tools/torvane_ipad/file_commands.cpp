@@ -81,35 +81,29 @@ class ExportWait {
   // None while it is on its way.
   std::optional<bool> look(const JsonObject& made) {
     const std::string state = textOf(made, "state");
-    const std::string message = textOf(made, "message");
     if (state == "done") return true;
-    if (state == "failed") return refuse(message.empty() ? "No PDF could be made." : message);
+    if (state == "failed") return refuse(describeExport(made));
     if (state == "running") {
-      return tell(made);
+      tell(made);
+    } else if (state == "waiting") {
+      await(describeExport(made));
+    } else if (++idleLooks_ == kMostIdleLooks) {
+      return refuse("The engine has made no PDF; it may have been started anew. Try again.");
     }
-    if (state == "waiting") {
-      return await(message.empty() ? "The PDF is made once the slide show ends." : message);
-    }
-    if (++idleLooks_ < kMostIdleLooks) return std::nullopt;
-    return refuse("The engine has made no PDF; it may have been started anew. Try again.");
+    return std::nullopt;
   }
 
-  std::optional<bool> tell(const JsonObject& made) {
-    const auto done = integerMember(made, "done").value_or(0);
-    const auto total = integerMember(made, "total").value_or(0);
-    const std::string far = total > 0 ? ": " + std::to_string(done) + " of " + std::to_string(total)
-                                      : std::string(" …");
-    line_.show("Making the PDF" + far, {{"task", "export"}, {"done", done}, {"total", total}});
-    return std::nullopt;
+  void tell(const JsonObject& made) {
+    JsonObject fact = objectMember(made, "progress");
+    if (!fact.empty()) line_.show(describeExport(made), fact);
   }
 
   // Said once, whoever looks: it may take until the talk is over.
-  std::optional<bool> await(const std::string& message) {
-    if (message == awaited_) return std::nullopt;
-    awaited_ = message;
+  void await(const std::string& sentence) {
+    if (sentence == awaited_) return;
+    awaited_ = sentence;
     line_.clear();
-    console_.note(message);
-    return std::nullopt;
+    console_.note(sentence);
   }
 
   bool refuse(const std::string& sentence) {

@@ -48,31 +48,33 @@ std::optional<std::string> problemLine(const JsonObject& state) {
   return text(state, "problem");
 }
 
-// "Reading the slides: 57 of 200"
-std::optional<std::string> progressLine(const JsonObject& state) {
-  const JsonObject progress = objectMember(state, "progress");
-  const auto task = stringMember(progress, "task");
+// "57 of 200"; empty where there is no such progress.
+std::string howFar(const JsonObject& progress) {
   const auto done = number(progress, "done");
   const auto total = number(progress, "total");
-  if (!task || !done || !total) return std::nullopt;
-  const std::string what = *task == "slides"     ? "Reading the slides"
-                           : *task == "pictures" ? "Making small pictures"
-                           : *task == "jump"     ? "On the way to another slide"
-                                                 : printable(*task);
-  return what + ": " + *done + " of " + *total;
+  return done && total ? *done + " of " + *total : "";
+}
+
+std::optional<std::string> progressLine(const JsonObject& state) {
+  const JsonObject progress = objectMember(state, "progress");
+  const std::string task = textOf(progress, "task");
+  const std::string far = howFar(progress);
+  if (task.empty() || far.empty()) return std::nullopt;
+  if (task == "slides") return "Reading the slides: " + far;
+  if (task == "pictures") return "Making small pictures: " + far;
+  return (task == "jump" ? "On the way to another slide" : task) + ": " + far;
+}
+
+std::string exportProgress(const JsonObject& progress) {
+  const std::string far = howFar(progress);
+  const bool isInk = textOf(progress, "task") == "ink";
+  return (isInk ? "Drawing the ink on the PDF" : "Making the PDF") +
+         (far.empty() ? " …" : ": " + far);
 }
 
 std::optional<std::string> exportLine(const JsonObject& state) {
-  const JsonObject made = objectMember(state, "export");
-  const std::string what = textOf(made, "state");
-  const auto message = text(made, "message");
-  if (what == "done") return "The PDF is ready";
-  if (what == "running") {
-    return "Making the PDF: " + number(made, "done").value_or("0") + " of " +
-           number(made, "total").value_or("0");
-  }
-  if (what == "waiting") return message.value_or("The PDF is made after the slide show");
-  return what == "failed" ? std::optional(message.value_or("No PDF could be made")) : std::nullopt;
+  auto words = describeExport(objectMember(state, "export"));
+  return words.empty() ? std::nullopt : std::optional(std::move(words));
 }
 
 std::optional<std::string> strokesLine(const JsonObject& state) {
@@ -100,6 +102,15 @@ std::string describePlace(const JsonObject& state) {
   const auto slide = slideLine(state);
   if (!slide) return "The engine does not say at which slide the presentation is";
   return isTrue(state, "blank") ? *slide + " (the screen is dark)" : *slide;
+}
+
+std::string describeExport(const JsonObject& made) {
+  const std::string state = textOf(made, "state");
+  const auto sentence = text(made, "sentence");
+  if (state == "done") return "The PDF is ready";
+  if (state == "running") return exportProgress(objectMember(made, "progress"));
+  if (state == "waiting") return sentence.value_or("The PDF is made when the slide show ends.");
+  return state == "failed" ? sentence.value_or("No PDF could be made.") : "";
 }
 
 bool isTrue(const JsonObject& object, std::string_view key) {

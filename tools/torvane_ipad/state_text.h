@@ -18,6 +18,9 @@ namespace torvane::ipad {
 // Where the presentation is: "Slide 4 of 20, step 1 of 3: Results".
 [[nodiscard]] std::string describePlace(const JsonObject& state);
 
+// What becomes of the PDF, from the state's "export"; empty while none was asked for.
+[[nodiscard]] std::string describeExport(const JsonObject& made);
+
 // A member that is true; anything else counts as false.
 [[nodiscard]] bool isTrue(const JsonObject& object, std::string_view key);
 
