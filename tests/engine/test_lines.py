@@ -2,10 +2,11 @@
 from __future__ import annotations
 
 import os
+import subprocess
 import time
 import unittest
 
-from engine_support import DEADLINE, PYTHON
+from engine_support import DEADLINE, PYTHON, SCRIPT
 from torvane_engine.presenters import lines
 from torvane_engine.presenters.lines import Gone, LineProcess, Silent
 
@@ -16,6 +17,18 @@ def answer(question, **members): say(json.dumps({"id": question["id"], **members
 for line in sys.stdin:
     question = json.loads(line)
     do = question["do"]
+"""
+
+
+ANSWERING = """
+import sys
+sys.path.insert(0, sys.argv[1])
+from torvane_engine.presenters.line_child import answer_lines
+def respond(question, report):
+    report(1, 2)
+    while question["do"] == "hang": pass
+    return {"answer": question["do"]}
+answer_lines(respond)
 """
 
 
@@ -60,6 +73,25 @@ answer(question, process=os.getpid())
         child.ask({"do": ""}, DEADLINE)
         self.assertRaises(Silent, child.ask, {"do": "x" * 1000000}, 0.1)
 
+    def test_progress_gives_more_time_but_not_for_ever(self):
+        child = self.child("""
+for done in range(int(do)):
+    answer(question, progress=[done, 9])
+    time.sleep(0.1)
+answer(question, answer="whole")
+""")
+        told = []
+        answer = child.ask({"do": "6"}, 0.5, lambda *done: told.append(done), DEADLINE)
+        self.assertEqual((answer["answer"], told), ("whole", [(done, 9) for done in range(6)]))
+        self.assertRaises(Silent, child.ask, {"do": "1000"}, 0.5, lambda *_: None, 1.0)
+        self.assertFalse(child.is_running)
+
+    def test_progress_that_stops_is_silence(self):
+        child = self.child("answer(question, progress=[1, 2]); time.sleep(1000)")
+        before = time.monotonic()
+        self.assertRaises(Silent, child.ask, {"do": ""}, 0.2, lambda *_: None, 10 * DEADLINE)
+        self.assertLess(time.monotonic() - before, DEADLINE)
+
     def test_child_that_dies_or_talks_nonsense_is_gone(self):
         for body in ("os._exit(3)", "say('{\\n')", "say('[]\\n')", "say('\\xff\\n')",
                      "say('[' * 100000 + '\\n')", "say('x' * 3000)"):
@@ -71,6 +103,27 @@ answer(question, process=os.getpid())
                     self.assertFalse(child.is_running)
             finally:
                 lines.MAX_LINE = limit
+
+    def test_children_of_the_engine_answer_with_progress(self):
+        child = LineProcess([PYTHON, "-c", ANSWERING, str(SCRIPT.parent)])
+        self.addCleanup(child.end)
+        told = []
+        for text in ("one", "two"):
+            self.assertEqual(child.ask({"do": text}, DEADLINE, lambda *done: told.append(done))
+                             ["answer"], text)
+        self.assertEqual(told, [(1, 2)] * 2)
+        self.assertEqual(child.ask({"do": ""}, DEADLINE)["progress"], [1, 2])
+
+    def test_children_of_the_engine_end_with_it_in_the_middle_of_an_answer(self):
+        child = subprocess.Popen([PYTHON, "-c", ANSWERING, str(SCRIPT.parent)],
+                                 stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+        self.addCleanup(child.kill)
+        child.stdin.write(b'{"id":1,"do":"hang"}\n')
+        child.stdin.flush()
+        self.assertIn(b"progress", child.stdout.readline())
+        child.stdin.close()
+        self.assertEqual(child.wait(DEADLINE), 0)
+        child.stdout.close()
 
     def test_program_that_does_not_exist_is_gone(self):
         self.assertRaises(Gone, LineProcess(["/nowhere/program"]).ask, {"do": ""}, DEADLINE)

@@ -1,15 +1,20 @@
 """Talks in lines with something that may hang or die: one JSON object for a question, one for its
-answer, and a time limit for each."""
+answer, and a time limit for each. Lines that tell the progress of a long answer may come first."""
 from __future__ import annotations
 
 import json
+import math
 import os
 import select
 import subprocess
+import sys
 import time
-from typing import Any, Dict, Optional, Sequence
+from typing import Any, Callable, Dict, Optional, Sequence
 
 MAX_LINE = 4 * 1024 * 1024
+PACKAGES = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+
+Report = Callable[[int, int], None]  # how much is done of how much
 
 
 class Gone(Exception):
@@ -28,9 +33,12 @@ class Lines:
         self._received = b""
         self._number = 0
 
-    def ask(self, question: Dict[str, Any], seconds: float) -> Dict[str, Any]:
-        """Raises Gone and Silent. Late answers to earlier questions are passed over."""
-        deadline = time.monotonic() + seconds
+    def ask(self, question: Dict[str, Any], seconds: float, report: Optional[Report] = None,
+            in_all: float = math.inf) -> Dict[str, Any]:
+        """Raises Gone and Silent. Late answers to earlier questions are passed over. With `report`,
+        `seconds` begin anew with each progress, until there were `in_all` of them."""
+        start = time.monotonic()
+        deadline = start + seconds
         self._number += 1
         self._write(json.dumps({**question, "id": self._number}).encode("ascii") + b"\n", deadline)
         while True:
@@ -40,8 +48,12 @@ class Lines:
                 raise Gone("no JSON") from None
             if not isinstance(answer, dict):
                 raise Gone("no JSON object")
-            if answer.get("id") == self._number:
+            if answer.get("id") != self._number:
+                continue
+            if report is None or "progress" not in answer:
                 return answer
+            report(*answer["progress"])
+            deadline = min(time.monotonic() + seconds, start + in_all)
 
     def _write(self, data: bytes, deadline: float) -> None:
         while data:
@@ -86,12 +98,14 @@ class LineProcess:
     def is_running(self) -> bool:
         return self._process is not None
 
-    def ask(self, question: Dict[str, Any], seconds: float) -> Dict[str, Any]:
-        """Raises Gone and Silent, having ended the process: it can only be started anew then."""
+    def ask(self, question: Dict[str, Any], seconds: float, report: Optional[Report] = None,
+            in_all: float = math.inf) -> Dict[str, Any]:
+        """As Lines.ask. Raises Gone and Silent, having ended the process: it can only be started
+        anew then."""
         if self._process is None:
             self._start()
         try:
-            return self._lines.ask(question, seconds)
+            return self._lines.ask(question, seconds, report, in_all)
         except (Gone, Silent):
             self.end()
             raise
@@ -115,3 +129,9 @@ class LineProcess:
         process.stdin.close()
         process.stdout.close()
         process.wait()
+
+
+def python_child(package: str) -> LineProcess:
+    """A process that runs the __main__ of a package of the engine's."""
+    return LineProcess([sys.executable, "-B", "-m", package],
+                       {**os.environ, "PYTHONPATH": PACKAGES, "PYTHONDONTWRITEBYTECODE": "1"})

@@ -1,14 +1,10 @@
-"""The child process that speaks with the office: a question is a line of JSON, so is its answer.
-It ends with its standard input, also in the middle of a call that never returns."""
+"""The child process that speaks with the office, whose calls may never return."""
 from __future__ import annotations
 
-import json
-import os
-import queue
-import sys
-import threading
 from typing import Any, Dict, Optional
 
+from ..line_child import answer_lines
+from ..lines import Report
 from ..presenter import Absent, Refused, Unavailable
 from . import running_office
 from .running_office import NOT_RUNNING
@@ -41,7 +37,7 @@ def answer(question: Dict[str, Any]) -> Any:
     return getattr(desktop().show(), kind)(*arguments)
 
 
-def respond(question: Dict[str, Any]) -> Dict[str, Any]:
+def respond(question: Dict[str, Any], _: Report) -> Dict[str, Any]:
     global DESKTOP
     try:
         return {"answer": answer(question)}
@@ -55,20 +51,4 @@ def respond(question: Dict[str, Any]) -> Dict[str, Any]:
         return {"problem": "fault", "text": f"{type(error).__name__}: {error}"[:300]}
 
 
-def main() -> None:
-    questions: queue.Queue = queue.Queue()
-
-    def read() -> None:
-        for line in sys.stdin:
-            questions.put(line)
-        os._exit(0)
-
-    threading.Thread(target=read, daemon=True).start()
-    while True:
-        question = json.loads(questions.get())
-        line = json.dumps({"id": question["id"], **respond(question)})
-        sys.stdout.write(line + "\n")
-        sys.stdout.flush()
-
-
-main()
+answer_lines(respond)
