@@ -6,7 +6,7 @@ from typing import Any, Callable, Dict
 
 from .checks import check_event, parse_object
 from .engine import Engine
-from .http_message import Answer, Handler, HttpError, Request, json_answer
+from .http_message import Answer, Handler, HttpError, Request, attachment, json_answer
 from .presenters.presenter import Refused
 
 MAX_BODY = 1024 * 1024           # bytes of a JSON request
@@ -38,6 +38,7 @@ class Api:
             "/api/ink/undo": {"POST": lambda *_: json_answer(engine.undo_ink())},
             "/api/ink/events": {"GET": self._ink_events},
             "/api/ink/overlay": {"GET": self._overlay, "POST": self._set_overlay},
+            "/api/export": {"GET": self._exported, "POST": self._export},
             "/api/shutdown": {"POST": self._shutdown},
         }
 
@@ -133,6 +134,20 @@ class Api:
             if body.startswith(magic):
                 return json_answer(self._engine.set_overlay((body, content_type)))
         raise HttpError(415, "the picture must be PNG or JPEG")
+
+    def _export(self, _: Request, body: bytes) -> Answer:
+        document = parse_object(body).get("document") if body else None
+        if document is not None and not isinstance(document, str):
+            raise HttpError(400, "\"document\" must be the id of a presentation")
+        return json_answer(self._engine.export(document))
+
+    def _exported(self, *_: Any) -> Answer:
+        found = self._engine.exported()
+        if found is None:
+            raise HttpError(404, "no PDF was asked for; POST makes one")
+        title, data = found
+        return Answer(200, data, "application/pdf",
+                      "Cache-Control: no-store\r\n" + attachment(title, " annotated.pdf"))
 
     def _shutdown(self, *_: Any) -> Answer:
         return json_answer(self._engine.state())._replace(after=self._stop)

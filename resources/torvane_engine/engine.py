@@ -5,6 +5,7 @@ import threading
 from typing import Any, Dict, List, Optional, Tuple
 
 from . import VERSION
+from .export import Exporter
 from .ink import Event, Ink
 from .presenters.chooser import Chooser
 from .presenters.picture_cache import Picture
@@ -23,6 +24,7 @@ class Engine:
         self._overlay: Optional[Tuple[bytes, str]] = None
         self._overlay_version = 0
         self._lock = threading.Lock()  # of ink and overlay; nothing is waited for with it
+        self._exporter = Exporter(chooser, self._strokes)
 
     def state(self) -> Dict[str, Any]:
         with self._lock:
@@ -36,7 +38,7 @@ class Engine:
                     "aspect": look.aspect, "problem": self._chooser.problem(),
                     "progress": progress._asdict() if progress else None,
                     "strokes": self._ink.stroke_count, "inkSeq": self._ink.seq,
-                    "overlayV": self._overlay_version}
+                    "overlayV": self._overlay_version, "export": self._exporter.status()}
 
     def slides(self) -> Dict[str, Any]:
         shown = self._shown()
@@ -97,6 +99,22 @@ class Engine:
             self._overlay = overlay
             self._overlay_version += 1
         return self.state()
+
+    def export(self, document: Optional[str]) -> Dict[str, Any]:
+        """Raises Refused."""
+        self._exporter.start(document)
+        return self.state()
+
+    def exported(self) -> Optional[Tuple[str, Any]]:
+        """As Exporter.file()."""
+        return self._exporter.file()
+
+    def close(self) -> None:
+        self._exporter.close()
+
+    def _strokes(self, document: str, slide: int) -> List[List[Tuple[float, float]]]:
+        with self._lock:
+            return self._ink.strokes((document, slide))
 
     def _shown(self) -> Snapshot:
         return self._chooser.active().snapshot

@@ -2,8 +2,11 @@
 from __future__ import annotations
 
 import json
+import os
 import re
+import unicodedata
 from typing import Any, Callable, Dict, NamedTuple, Optional
+from urllib.parse import quote
 
 MAX_HEAD = 16 * 1024             # bytes of request line and header lines
 
@@ -33,7 +36,7 @@ class Request(NamedTuple):
 
 class Answer(NamedTuple):
     status: int
-    body: bytes
+    body: Any  # bytes or another buffer
     content_type: str = "application/json"
     headers: str = "Cache-Control: no-store\r\n"
     after: Optional[Callable[[], Any]] = None  # called when the answer has been sent
@@ -45,6 +48,19 @@ Handler = Callable[[Request, bytes], Answer]
 def json_answer(value: Dict[str, Any], status: int = 200, headers: str = "") -> Answer:
     body = json.dumps(value, separators=(",", ":")).encode("ascii")
     return Answer(status, body, headers="Cache-Control: no-store\r\n" + headers)
+
+
+MAX_NAME = 80  # characters of a title in the name of a file
+
+
+def attachment(title: str, ending: str) -> str:
+    """A header (RFC 6266) with the name of `title`, a file's, and another ending; for any disk."""
+    visible = "".join(one for one in os.path.splitext(title)[0]
+                      if not unicodedata.category(one).startswith("C"))
+    name = re.sub(r'[\\/:*?"<>|;%]', "_", visible)[:MAX_NAME].strip(" .") or "Presentation"
+    plain = re.sub(r"[^ -~]", "_", name)
+    return (f'Content-Disposition: attachment; filename="{plain}{ending}"; '
+            f"filename*=UTF-8''{quote(name + ending, safe='')}\r\n")
 
 
 TOKEN = r"[!#$%&'*+.^_`|~0-9A-Za-z-]+"

@@ -50,6 +50,11 @@ class Ink:
     def stroke_count(self) -> int:
         return len(self._page.strokes)
 
+    def strokes(self, slide: Any) -> List[List[Tuple[float, float]]]:
+        """Of any slide, oldest first; copies."""
+        page = self._pages.get(slide)
+        return [list(points) for points in page.strokes.values()] if page else []
+
     def show_slide(self, slide: Any) -> None:
         """`slide` is anything that stands for a slide; nothing happens while it is the same."""
         if slide == self.slide:

@@ -87,7 +87,8 @@ def run(port: int) -> int:
     port = listener.getsockname()[1]
     chooser = Chooser([PresenterThread(one) for one in presenters()])
     chooser.start()
-    api = Api(Engine(chooser), port, stop=lambda: waker.send(b"stop"))
+    engine = Engine(chooser)
+    api = Api(engine, port, stop=lambda: waker.send(b"stop"))
     threading.Thread(target=accept_connections, args=(listener, api), daemon=True).start()
     write_line(sys.stdout, f"Torvane engine listening on {ADDRESS}:{port} (pid {os.getpid()})")
     while not select.select([wake], [], [], PARENT_SECONDS)[0]:
@@ -95,6 +96,7 @@ def run(port: int) -> int:
             log_error("the helper has gone; ending")
             break
     chooser.close()
+    engine.close()
     return 0
 
 

@@ -21,6 +21,8 @@ class FakePresenter(Presenter):
         self.error = None    # raised by everything
         self.before = None   # called first by everything
         self.calls = []
+        self.pdf = None      # the file that an export writes; None refuses
+        self.exporting = None  # called in the middle of an export
 
     def set(self, **members):
         self.now_shown = self.now_shown._replace(**members)
@@ -75,3 +77,14 @@ class FakePresenter(Presenter):
     def picture(self, document, page, width):
         self._do("picture", document, page, width)
         return f"\x89PNG {document} {page} {width} r{self.now_shown.revision}".encode("latin-1")
+
+    def export_pdf(self, document, path, report):
+        self._do("export_pdf", document)
+        if self.pdf is None:
+            return super().export_pdf(document, path, report)
+        report(1, self.now_shown.count)
+        if self.exporting:
+            self.exporting()
+        with open(path, "wb") as file:
+            file.write(self.pdf)
+        return self.now_shown.count

@@ -24,11 +24,14 @@ class Child:
 
     def __init__(self):
         self.is_running, self.asked, self.answer = True, [], {"answer": None}
+        self.progress = []
 
-    def ask(self, question, seconds):
+    def ask(self, question, seconds, report, in_all):
         self.asked.append((question["do"], question["with"], seconds))
         if isinstance(self.answer, Exception):
             raise self.answer
+        for done in self.progress:
+            report(*done)
         return self.answer
 
     def end(self):
@@ -82,7 +85,7 @@ class ImpressTest(unittest.TestCase):
         self.assertFalse(self.child.is_running)
 
     def test_picture_is_read_from_a_folder_that_nobody_else_sees_and_removed(self):
-        def make(question, _):
+        def make(question, *_):
             path = question["with"][3]
             self.assertEqual(os.stat(os.path.dirname(path)).st_mode & 0o777, 0o700)
             with open(path, "wb") as file:
@@ -95,6 +98,12 @@ class ImpressTest(unittest.TestCase):
         self.assertFalse(os.path.exists(self.path))
         self.impress.close()
         self.assertFalse(os.path.exists(os.path.dirname(self.path)))
+
+    def test_export_tells_its_progress_and_how_many_slides_there_are(self):
+        told, self.child.progress, self.child.answer = [], [(0, 2), (1, 2)], {"answer": 2}
+        count = self.impress.export_pdf("a", "/x.pdf", lambda *done: told.append(done))
+        self.assertEqual((count, told), (2, [(0, 2), (1, 2)]))
+        self.assertEqual(self.child.asked, [("export_pdf", ("a", "/x.pdf"), 10.0)])
 
 
 @unittest.skipUnless(os.path.isdir("/proc/self"), "no /proc")

@@ -1,6 +1,7 @@
 """What a presenter's thread does and in which order, turn by turn under the test's clock."""
 from __future__ import annotations
 
+import tempfile
 import threading
 import unittest
 from unittest import mock
@@ -109,6 +110,18 @@ class TurnTest(unittest.TestCase):
         self.settle()
         self.assertRaises(Refused, late.wait, 0)
         self.assertEqual((self.named("next"), self.thread.snapshot.look.slide), ([], 1))
+
+    def test_patient_action_is_done_late_and_its_result_is_kept(self):
+        self.settle()
+        self.fake.pdf = b"%PDF"
+        with tempfile.TemporaryDirectory() as folder:
+            late = self.thread.submit("export_pdf", "d1", folder + "/x", lambda *_: None,
+                                      patience=30.0)
+            self.clock.now += 29.0
+            self.assertFalse(late.wait(0))
+            self.settle()
+            self.assertTrue(late.wait(0))
+        self.assertEqual(late.result, 3)
 
     def test_queue_is_limited(self):
         self.settle()

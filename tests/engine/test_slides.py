@@ -26,7 +26,8 @@ class SlideTest(EngineTest):
             "version": VERSION, "deck": "Torvane sample deck", "document": "sample",
             "slide": 1, "count": 5, "title": "Welcome to Torvane", "step": 0, "steps": 0,
             "presenting": False, "blank": False, "atEnd": False, "aspect": 0.5625,
-            "problem": NOT_RUNNING, "progress": None, "strokes": 0, "inkSeq": 0, "overlayV": 0})
+            "problem": NOT_RUNNING, "progress": None, "strokes": 0, "inkSeq": 0, "overlayV": 0,
+            "export": {"state": "none", "document": None, "progress": None, "sentence": None}})
 
     def test_goto_answers_with_the_new_state(self):
         state = self.engine.post("/api/goto", {"slide": 4})

@@ -8,6 +8,9 @@ from __future__ import annotations
 
 import http.client
 import json
+import shutil
+import subprocess
+import tempfile
 import threading
 import time
 
@@ -21,6 +24,7 @@ class PresenterSuite:
     hidden = 5         # a slide that shows leave out, or None
     count = 8
     aspect = 15.75 / 28
+    exports_in_show = False  # whether its shows go on while a PDF is made
     titles = [f"Slide {n} für alle" for n in range(1, 9)]
     notes = [f"Notes of slide {n}: Größe & <Maß>." if n < 8 else "" for n in range(1, 9)]
 
@@ -43,6 +47,31 @@ class PresenterSuite:
         """An action, and the state in which `members` hold."""
         self.engine.post(path, body)
         return self.wait_for(**members)
+
+    def exported(self):
+        """The PDF, once it is there."""
+        def there():
+            state = self.state()["export"]
+            self.assertNotEqual(state["state"], "failed", state["sentence"])
+            return state["state"] == "done"
+        wait_until(there, "the PDF", 60)
+        response, data = self.engine.request("GET", "/api/export")
+        self.assertEqual((response.status, response.headers["Content-Type"]),
+                         (200, "application/pdf"))
+        return data
+
+    def pixel_of_pdf(self, data, page, x, y):
+        """The colour at a part of a page; 100 pixels are a page's width."""
+        with tempfile.NamedTemporaryFile(suffix=".pdf") as file:
+            file.write(data)
+            file.flush()
+            picture = subprocess.run(
+                ["pdftoppm", "-f", str(page), "-l", str(page), "-scale-to-x", "100", "-scale-to-y",
+                 str(round(100 * self.aspect)), file.name], capture_output=True, check=True).stdout
+        _, size, _, pixels = picture.split(b"\n", 3)
+        width, height = map(int, size.split())
+        at = 3 * (int(y * height) * width + int(x * width))
+        return tuple(pixels[at:at + 3])
 
     def start_at(self, slide):
         self.go("/api/goto", {"slide": slide}, slide=slide)
@@ -153,6 +182,41 @@ class PresenterSuite:
         self.go("/api/next", slide=3, strokes=0)
         self.go("/api/previous", slide=2, strokes=1)
         self.engine.ink({"t": "clear"})
+
+    def test_pdf_has_every_slide_with_its_ink(self):
+        if not shutil.which("pdftoppm"):
+            self.skipTest("not installed: pdftoppm")
+        marks = {1: 0.3, self.hidden or 2: 0.5, self.count: 0.7}
+        for slide, y in marks.items():
+            self.go("/api/goto", {"slide": slide}, slide=slide)
+            # Many short strokes, as one is thinner than a pixel here.
+            for number in range(8):
+                self.engine.ink({"t": "begin", "id": number, "x": 0.95, "y": y + number * 0.005},
+                                {"t": "pt", "id": number, "x": 0.99, "y": y + number * 0.005})
+        before = self.engine.get("/api/documents")
+        self.engine.post("/api/export")
+        data = self.exported()
+        for slide in range(1, self.count + 1):
+            for y in marks.values():
+                red = self.pixel_of_pdf(data, slide, 0.97, y + 0.02) == (255, 59, 48)
+                self.assertEqual(red, marks.get(slide) == y, (slide, y))
+        self.assertEqual(self.engine.get("/api/documents"), before)
+        for slide in marks:
+            self.go("/api/goto", {"slide": slide}, slide=slide)
+            self.engine.ink({"t": "clear"})
+        self.go("/api/goto", {"slide": 1}, slide=1)
+
+    def test_pdf_holds_up_no_show(self):
+        self.start_at(2)
+        self.engine.post("/api/export")
+        if not self.exports_in_show:
+            waiting = self.state()["export"]
+            self.assertEqual((waiting["state"], waiting["sentence"]),
+                             ("waiting", "The export starts when the show ends."))
+            self.go("/api/next", slide=3)
+            self.assertEqual(self.state()["export"], waiting)
+            self.go("/api/show/end", presenting=False)
+        self.assertTrue(self.exported().startswith(b"%PDF-"))
 
     def test_what_is_pressed_at_the_computer_is_followed(self):
         self.start_at(1)

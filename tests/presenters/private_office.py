@@ -16,6 +16,28 @@ from engine_support import PYTHON, EngineProcess  # noqa: E402
 
 START = 90.0  # for an office on a busy machine
 
+# Saves a file again, with a password, in the office that will listen at a pipe.
+PROTECT = """
+import sys, time, uno
+from com.sun.star.beans import PropertyValue
+from com.sun.star.connection import NoConnectException
+pipe, source, target, password = sys.argv[1:]
+local = uno.getComponentContext()
+resolver = local.ServiceManager.createInstanceWithContext(
+    "com.sun.star.bridge.UnoUrlResolver", local)
+while True:
+    try:
+        context = resolver.resolve(f"uno:pipe,name={pipe};urp;StarOffice.ComponentContext")
+        break
+    except NoConnectException:
+        time.sleep(0.2)
+desktop = context.ServiceManager.createInstanceWithContext("com.sun.star.frame.Desktop", context)
+document = desktop.loadComponentFromURL(
+    uno.systemPathToFileUrl(source), "_blank", 0, (PropertyValue(Name="Hidden", Value=True),))
+protection = PropertyValue(Name="Password", Value=password)
+document.storeToURL(uno.systemPathToFileUrl(target), (protection,))
+"""
+
 
 def missing() -> str:
     """What is not installed of what these tests need."""
@@ -76,6 +98,18 @@ class PrivateOffice:
                        env=self.environment, stdout=self._log, stderr=self._log, timeout=START,
                        check=True)
 
+    def protect(self, source: str, target: str, password: str) -> None:
+        """With an office of its own."""
+        pipe = "protect" + os.path.basename(self.home)
+        office = self._spawn(["soffice", f"-env:UserInstallation=file://{self.home}/convert",
+                              "--headless", "--norestore", f"--accept=pipe,name={pipe};urp"])
+        try:
+            subprocess.run([PYTHON, "-c", PROTECT, pipe, source, target, password],
+                           stdout=self._log, stderr=self._log, timeout=START, check=True)
+        finally:
+            os.killpg(office.pid, signal.SIGKILL)
+            office.wait()
+
     def start_engine(self) -> EngineProcess:
         self.engine = EngineProcess(**{name: self.environment[name] for name in ("HOME", "DISPLAY")})
         return self.engine
@@ -83,6 +117,14 @@ class PrivateOffice:
     def key(self, name: str) -> None:
         """Pressed at the computer, in the window that has the keyboard."""
         subprocess.run(["xdotool", "key", name], env=self.environment, check=True)
+
+    def answer(self, window: str, text: str) -> None:
+        """Types into a window that asks for something, and confirms."""
+        wait_until(lambda: subprocess.run(
+            ["xdotool", "search", "--onlyvisible", "--name", window, "windowfocus", "--sync",
+             "type", text], env=self.environment, stdout=self._log, stderr=self._log)
+            .returncode == 0, f"a window {window}")
+        self.key("Return")
 
     def pid(self) -> int:
         """Of the office itself: what was started is a script and its child."""

@@ -30,11 +30,15 @@ class OfficeTest(unittest.TestCase):
         cls.office = PrivateOffice()
         cls.addClassCleanup(cls.office.close)
         decks.write(cls.office.path("deck.odp"), decks.slides(8), cls.size)
+        cls.start_office()
+        cls.engine = cls.office.start_engine()
+        cls.reach()
+
+    @classmethod
+    def start_office(cls):
         if cls.deck != "deck.odp":
             cls.office.convert(cls.office.path("deck.odp"), cls.deck.rpartition(".")[2])
         cls.office.start(cls.office.path(cls.deck))
-        cls.engine = cls.office.start_engine()
-        cls.reach()
 
     @classmethod
     def reach(cls):
@@ -42,6 +46,15 @@ class OfficeTest(unittest.TestCase):
 
     def press(self, key):
         self.office.key(key)
+
+    def export_states(self):
+        """Every one that is seen until the end of an export."""
+        seen = [self.engine.post("/api/export")["export"]]
+        while seen[-1]["state"] not in ("done", "failed"):
+            state = self.engine.get("/api/state")["export"]
+            if state != seen[-1]:
+                seen.append(state)
+        return seen
 
 
 class OdpTest(OfficeTest, PresenterSuite):
@@ -54,6 +67,22 @@ class FourToThreeTest(OfficeTest, PresenterSuite):
 
 class PptxTest(OfficeTest, PresenterSuite):
     deck = "deck.pptx"
+
+
+class PasswordTest(OfficeTest):
+    deck = "secret.odp"
+
+    @classmethod
+    def start_office(cls):
+        cls.office.protect(cls.office.path("deck.odp"), cls.office.path(cls.deck), "secret")
+        cls.office.start(cls.office.path(cls.deck))
+        cls.office.answer("Password", "secret")
+
+    def test_file_is_exported_as_it_is_open(self):
+        self.assertEqual(self.export_states()[-1]["state"], "done")
+        _, data = self.engine.request("GET", "/api/export")
+        self.assertNotIn(b"/Encrypt", data)
+        self.assertEqual(data.count(b"/Type/Page/"), 8)
 
 
 class TroubleTest(OfficeTest):
@@ -115,6 +144,61 @@ class TroubleTest(OfficeTest):
         times.sort()
         self.assertLess(times[len(times) // 2], 0.05)
         self.assertLess(times[-1], 1.0)  # 50 ms on a machine with nothing else to do
+
+    def close_document(self, name):
+        self.office.key("ctrl+w")  # the office would ask whether to save what had changed
+        wait_until(lambda: self.engine.get("/api/state")["deck"] != name, f"{name} is closed", SOON)
+
+    def test_export_is_told_page_by_page_and_changes_nothing(self):
+        many = self.office.path("many.odp")
+        decks.write(many, decks.slides(60))
+        with open(many, "rb") as file:
+            written, files = file.read(), sorted(os.listdir(self.office.home))
+        self.office.open(many)
+        wait_until(lambda: self.engine.get("/api/state")["deck"] == "many.odp", "many slides")
+        wait_until(lambda: not self.engine.get("/api/state")["progress"], "they are read")
+        state = self.engine.get("/api/state")
+        seen = self.export_states()
+        self.assertEqual(seen[-1]["state"], "done", seen[-1])
+        pages = [one["progress"]["done"] for one in seen
+                 if one["progress"] and one["progress"]["task"] == "pages"]
+        self.assertGreater(len(set(pages)), 3)
+        self.assertEqual(pages, sorted(pages))
+        response, data = self.engine.request("GET", "/api/export")
+        self.assertIn('"many annotated.pdf"', response.headers["Content-Disposition"])
+        self.assertEqual(data.count(b"/Type/Page/"), 60)
+        after = self.engine.get("/api/state")
+        self.assertEqual({**after, "export": None}, {**state, "export": None})
+        with open(many, "rb") as file:
+            self.assertEqual(file.read(), written)
+        self.assertEqual(sorted(set(os.listdir(self.office.home)) - {".~lock.many.odp#"}), files)
+        self.close_document("many.odp")
+
+    def test_office_that_freezes_during_an_export(self):
+        many = self.office.path("frozen.odp")
+        decks.write(many, decks.slides(200))
+        self.office.open(many)
+        wait_until(lambda: self.engine.get("/api/state")["deck"] == "frozen.odp", "many slides")
+        seen, times = self.watch()
+        process = self.office.pid()
+        self.engine.post("/api/export")
+        wait_until(lambda: self.engine.get("/api/state")["export"]["progress"], "it is under way")
+        os.kill(process, signal.SIGSTOP)
+        start = time.monotonic()
+        try:
+            state = wait_until(lambda: (lambda now: now["state"] == "failed" and now)(
+                self.engine.get("/api/state")["export"]), "it is given up", 30)
+            self.assertLess(time.monotonic() - start, 10 + WITHIN)
+            self.assertIn("does not answer", state["sentence"])
+            self.assertIn("does not answer", self.engine.get("/api/state")["problem"])
+            self.assertEqual(self.engine.call("GET", "/api/export"), (409, {"error": state["sentence"]}))
+        finally:
+            os.kill(process, signal.SIGCONT)
+        wait_until(lambda: self.engine.get("/api/state")["problem"] is None, "it is back")
+        self.assertEqual(self.export_states()[-1]["state"], "done")
+        self.close_document("frozen.odp")
+        times.sort()
+        self.assertLess(times[len(times) // 2], 0.05)
 
     def test_documents_come_and_go(self):
         first = self.engine.get("/api/documents")["document"]

@@ -9,6 +9,7 @@ from .presenter import Document, Refused
 from .presenter_thread import PresenterThread, Snapshot
 
 START_SECONDS = 0.3  # for the presenters' first looks, all together
+NOT_OPEN = "This presentation is not open."
 
 
 class Chooser:
@@ -70,13 +71,19 @@ class Chooser:
     def _by_thread(self) -> Dict[PresenterThread, Tuple[Document, ...]]:
         return {thread: thread.snapshot.look.documents for thread in self._threads}
 
+    def find(self, document: Optional[str]) -> Tuple[PresenterThread, Document]:
+        """An open presentation and who drives it; without an id the one that is driven. Raises
+        Refused."""
+        wanted = self.active().snapshot.look.document if document is None else document
+        for thread, documents in self._by_thread().items():
+            for one in documents:
+                if one.id == wanted:
+                    return thread, one
+        raise Refused((document is None and self.problem()) or NOT_OPEN)
+
     def choose(self, document: str, seconds: float) -> None:
         """Makes an open presentation the active one; waits `seconds` for it. Raises Refused."""
-        for thread, documents in self._by_thread().items():
-            if any(one.id == document for one in documents):
-                break
-        else:
-            raise Refused("This presentation is not open.")
+        thread, _ = self.find(document)
         showing = self.active()
         if showing is not thread and showing.snapshot.look.presenting:
             raise Refused("Another presentation is being shown: end its slide show first.")

@@ -9,6 +9,8 @@ from __future__ import annotations
 import abc
 from typing import Any, NamedTuple, Optional, Tuple
 
+from .lines import Report
+
 
 class Progress(NamedTuple):
     """Something that takes long. `task` is one of the words of docs/engine-api.md."""
@@ -73,8 +75,9 @@ class Presenter(abc.ABC):
 
     Every method but close() may raise Absent or Unavailable, after which look() is asked again until
     it succeeds. Every method has a time limit of its own making: look() 1.5 s, actions 2.5 s,
-    read_page() and picture() 10 s. A program that takes longer is given up (its process, script or
-    connection ended) and Unavailable is raised. Anything else that is raised is logged as a fault.
+    read_page() and picture() 10 s, export_pdf() 10 s without progress and 300 s altogether. A
+    program that takes longer is given up (its process, script or connection ended) and Unavailable
+    is raised. Anything else that is raised is logged as a fault.
 
     An action returns when what it did can be seen by look(), or after 0.25 s without that; it may
     raise Refused, and has done nothing then.
@@ -85,6 +88,7 @@ class Presenter(abc.ABC):
     retry_seconds = 1.0  # between two looks while it is absent or unavailable
     widths: Tuple[int, ...] = (320, 640, 1280, 1920)  # of pictures
     idle_width: Optional[int] = 320  # of the pictures that are made before anybody asks
+    exports_in_show = False  # whether export_pdf() holds up no show; else it waits for the end
 
     @abc.abstractmethod
     def look(self) -> Look:
@@ -127,6 +131,13 @@ class Presenter(abc.ABC):
     @abc.abstractmethod
     def picture(self, document: str, page: int, width: int) -> bytes:
         """The slide with all its objects as a PNG or JPEG file `width` pixels wide; without ink."""
+
+    def export_pdf(self, document: str, path: str, report: Report) -> int:
+        """Writes all slides without ink to a new PDF file, one page for each, hidden ones included:
+        page n is slide n. Returns how many there are. A program that shows a PDF copies it. `report`
+        is told how many pages of how many are done. Neither the document nor its file is touched.
+        Refused where it cannot be done or would hold up a show; what was begun is of no use then."""
+        raise Refused("This presentation cannot be made a PDF.")
 
     def close(self) -> None:
         """The engine ends or the presenter is no longer wanted. Must not wait for the program, and

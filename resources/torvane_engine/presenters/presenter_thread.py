@@ -39,16 +39,20 @@ class Ticket:
     def __init__(self, action: str, arguments: Tuple[Any, ...], expires: float) -> None:
         self.action, self.arguments, self.expires = action, arguments, expires
         self.refusal: Optional[str] = None
+        self.result: Any = None
         self._done = threading.Event()
 
     def finish(self, refusal: Optional[str] = None) -> None:
         self.refusal = refusal
         self._done.set()
 
-    def wait(self, seconds: float) -> None:
-        """Until the snapshot shows what the action did, at most `seconds`. Raises Refused."""
-        if self._done.wait(seconds) and self.refusal is not None:
+    def wait(self, seconds: float) -> bool:
+        """Until the snapshot shows what the action did, at most `seconds`; whether it does. Raises
+        Refused."""
+        done = self._done.wait(seconds)
+        if done and self.refusal is not None:
             raise Refused(self.refusal)
+        return done
 
 
 class PresenterThread:
@@ -75,14 +79,15 @@ class PresenterThread:
         self._wake.set()
         self.presenter.close()
 
-    def submit(self, action: str, *arguments: Any) -> Ticket:
-        """Queues an action, named by Presenter's method. Raises Refused, with the problem there is."""
+    def submit(self, action: str, *arguments: Any, patience: float = COMMAND_SECONDS) -> Ticket:
+        """Queues an action, named by Presenter's method, which is given up if it cannot begin within
+        `patience`. Raises Refused, with the problem there is."""
         snapshot = self.snapshot
         if snapshot.problem is not None:
             raise Refused(snapshot.problem)
         if len(self._commands) >= MAX_COMMANDS:
             raise Refused("Too many actions are waiting: try again.")
-        ticket = Ticket(action, arguments, self._clock() + COMMAND_SECONDS)
+        ticket = Ticket(action, arguments, self._clock() + patience)
         self._commands.append(ticket)
         self._wake.set()
         return ticket
@@ -137,7 +142,7 @@ class PresenterThread:
             return ticket.finish("The presentation did not answer in time.")
         refusal: Optional[str] = "The presentation did not answer."
         try:
-            getattr(self.presenter, ticket.action)(*ticket.arguments)
+            ticket.result = getattr(self.presenter, ticket.action)(*ticket.arguments)
             self._look()
             refusal = None
         except (Refused, Absent, Unavailable) as error:

@@ -24,7 +24,7 @@ def desktop() -> Any:
     return DESKTOP
 
 
-def answer(question: Dict[str, Any]) -> Any:
+def answer(question: Dict[str, Any], report: Report) -> Any:
     kind, arguments = question["do"], question.get("with", [])
     if kind in ("look", "choose"):
         return getattr(desktop(), kind)(*arguments)
@@ -34,13 +34,15 @@ def answer(question: Dict[str, Any]) -> Any:
         document, page, width, path = arguments
         return desktop().deck(document).picture(
             desktop().manager, desktop().context, page, width, path)
+    if kind == "export_pdf":
+        return desktop().export_pdf(*arguments, report)
     return getattr(desktop().show(), kind)(*arguments)
 
 
-def respond(question: Dict[str, Any], _: Report) -> Dict[str, Any]:
+def respond(question: Dict[str, Any], report: Report) -> Dict[str, Any]:
     global DESKTOP
     try:
-        return {"answer": answer(question)}
+        return {"answer": answer(question, report)}
     except (Absent, Refused, Unavailable) as error:
         return {"problem": type(error).__name__, "text": str(error)}
     except Exception as error:

@@ -4,9 +4,11 @@ from __future__ import annotations
 import time
 from typing import Any, Dict, List, Optional
 
+from ..lines import Report
 from ..presenter import Absent, Refused
 from .connection import connect
 from .document import Deck
+from .export import export_pdf
 from .show import Show
 
 LIST_SECONDS = 3.0  # between two looks at which documents are open: they take long
@@ -98,6 +100,15 @@ class Desktop:
             if deck.id == document:
                 return deck
         raise Refused("This presentation is not open any more.")
+
+    def export_pdf(self, document: str, path: str, report: Report) -> int:
+        """Refused in a show of any document: the office would stand still meanwhile."""
+        self._list()
+        if self._running:
+            raise Refused("A slide show runs: it would be held up.")
+        deck = self.deck(document)
+        export_pdf(deck.model, path, report)
+        return deck.count
 
     def choose(self, document: str) -> None:
         self._list()

@@ -3,11 +3,10 @@ from __future__ import annotations
 
 import os
 import shutil
-import sys
 import tempfile
-from typing import Any
+from typing import Any, Optional
 
-from ..lines import Gone, LineProcess, Silent
+from ..lines import Gone, Report, Silent, python_child
 from ..presenter import Absent, Document, Look, Page, Presenter, Refused, Unavailable
 from . import running_office
 
@@ -15,7 +14,7 @@ CALL_SECONDS = 1.5    # a look
 ACTION_SECONDS = 2.5  # an action: a show takes long to begin on a busy machine
 START_SECONDS = 5.0  # for the child, UNO and the way to the office
 LONG_SECONDS = 10.0
-PACKAGES = os.path.dirname(os.path.dirname(os.path.dirname(os.path.dirname(__file__))))
+EXPORT_SECONDS, ALL_EXPORT_SECONDS = 10.0, 300.0  # without progress; altogether
 SILENT = "LibreOffice does not answer: look whether it asks something on the computer."
 LOST = "The connection to LibreOffice was lost; it is being looked for."
 PROBLEMS = {"Absent": Absent, "Refused": Refused, "Unavailable": Unavailable}
@@ -25,18 +24,18 @@ class Impress(Presenter):
     name = "LibreOffice"
 
     def __init__(self, process: Any = None) -> None:
-        self._process = process or LineProcess(
-            [sys.executable, "-B", "-m", __package__],
-            {**os.environ, "PYTHONPATH": PACKAGES, "PYTHONDONTWRITEBYTECODE": "1"})
+        self._process = process or python_child(__package__)
         self._folder = tempfile.mkdtemp(prefix="torvane-")
 
-    def _ask(self, seconds: float, action: str, *arguments: Any) -> Any:
+    def _ask(self, seconds: float, action: str, *arguments: Any,
+             report: Optional[Report] = None) -> Any:
         if not self._process.is_running:
             if not running_office.may_run():
                 raise Absent(running_office.NOT_RUNNING)
             seconds = max(seconds, START_SECONDS)
         try:
-            answer = self._process.ask({"do": action, "with": arguments}, seconds)
+            answer = self._process.ask({"do": action, "with": arguments}, seconds, report,
+                                       ALL_EXPORT_SECONDS)
         except Silent:
             raise Unavailable(SILENT) from None
         except Gone:
@@ -86,6 +85,9 @@ class Impress(Presenter):
             data = file.read()
         os.remove(path)
         return data
+
+    def export_pdf(self, document: str, path: str, report: Report) -> int:
+        return self._ask(EXPORT_SECONDS, "export_pdf", document, path, report=report)
 
     def close(self) -> None:
         self._process.end()
