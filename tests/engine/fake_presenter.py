@@ -1,7 +1,7 @@
 """A presenter whose program is a few variables of the test, and a clock that the test moves."""
 from __future__ import annotations
 
-from torvane_engine.presenters.presenter import Document, Look, Page, Presenter, Refused
+from torvane_engine.presenters.presenter import Document, Look, NotYet, Page, Presenter, Refused
 
 
 class Clock:
@@ -23,6 +23,7 @@ class FakePresenter(Presenter):
         self.calls = []
         self.pdf = None      # the file that an export writes; None refuses
         self.exporting = None  # called in the middle of an export
+        self.pictures_take = 0  # questions for pictures that are answered "not yet"
 
     def set(self, **members):
         self.now_shown = self.now_shown._replace(**members)
@@ -76,6 +77,9 @@ class FakePresenter(Presenter):
 
     def picture(self, document, page, width):
         self._do("picture", document, page, width)
+        if self.pictures_take > 0:
+            self.pictures_take -= 1
+            raise NotYet()
         return f"\x89PNG {document} {page} {width} r{self.now_shown.revision}".encode("latin-1")
 
     def export_pdf(self, document, path, report):

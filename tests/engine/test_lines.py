@@ -55,6 +55,14 @@ say("\\n")
 """)
         self.assertEqual(child.ask({"do": ""}, DEADLINE)["answer"], "äää")
 
+    def test_answer_can_be_waited_for_again(self):
+        child = self.child("time.sleep(0.3); answer(question, answer=7)")
+        lines = child.lines()
+        lines.send({"do": ""}, DEADLINE)
+        self.assertRaises(Silent, lines.answer, 0.01)
+        self.assertTrue(child.is_running)
+        self.assertEqual(lines.answer(DEADLINE)["answer"], 7)
+
     def test_silent_child_is_ended_and_started_anew(self):
         child = self.child("""
 if do == "hang": time.sleep(1000)

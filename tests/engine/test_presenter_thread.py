@@ -78,6 +78,48 @@ class TurnTest(unittest.TestCase):
         self.assertIsNone(self.thread.snapshot.progress)
         self.assertEqual(len(self.named("picture")), 6)
 
+    def test_picture_on_its_way_is_asked_for_again_and_holds_up_nothing(self):
+        self.fake.pictures_take = 3
+        self.settle()
+        self.assertEqual([page.title for page in self.thread.snapshot.pages],
+                         ["d1 1 r1", "d1 2 r1", "d1 3 r1"])
+        self.assertEqual(self.thread.snapshot.progress, Progress("pictures", 0, 3))
+        self.assertEqual(self.named("picture"), [("picture", "d1", 1, 320)])
+        self.after(0.1)
+        self.thread.submit("next")
+        self.settle()
+        self.assertEqual((self.thread.snapshot.look.slide, len(self.named("picture"))), (2, 1))
+        for asked in (2, 3):
+            self.after(slide_reader.NOT_YET_SECONDS)
+            self.assertEqual(len(self.named("picture")), asked)
+        self.assertIsNone(self.after(slide_reader.NOT_YET_SECONDS).progress)
+        self.assertEqual([call[2] for call in self.named("picture")], [1, 1, 1, 1, 2, 3])
+
+    def test_client_waits_for_a_picture_on_its_way(self):
+        self.settle()
+        self.fake.pictures_take = 2
+        made = self.thread._reader.wish(2, 1280, "d1")
+        self.settle()
+        self.assertFalse(made.is_set())
+        self.after(slide_reader.NOT_YET_SECONDS)
+        self.assertFalse(made.is_set())
+        self.after(slide_reader.NOT_YET_SECONDS)
+        self.assertTrue(made.is_set())
+
+    def test_action_tells_its_progress(self):
+        self.settle()
+        seen = []
+
+        def jump():
+            self.fake.tell(Progress("jump", 4, 9))
+            seen.append((self.thread.snapshot.progress, self.thread.snapshot.look.slide))
+
+        self.fake.before = jump
+        self.thread.submit("go_to", 3)
+        self.thread.turn()
+        self.assertEqual(seen[0], (Progress("jump", 4, 9), 1))
+        self.assertEqual((self.thread.snapshot.progress, self.thread.snapshot.look.slide), (None, 3))
+
     def test_number_of_slides_may_change(self):
         self.settle()
         self.fake.set(count=5, revision=2)

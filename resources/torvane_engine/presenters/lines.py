@@ -37,10 +37,21 @@ class Lines:
             in_all: float = math.inf) -> Dict[str, Any]:
         """Raises Gone and Silent. Late answers to earlier questions are passed over. With `report`,
         `seconds` begin anew with each progress, until there were `in_all` of them."""
+        deadline = time.monotonic() + seconds
+        self.send(question, seconds)
+        return self.answer(deadline - time.monotonic(), report, in_all)
+
+    def send(self, question: Dict[str, Any], seconds: float) -> None:
+        """Raises Gone and Silent."""
+        self._number += 1
+        line = json.dumps({**question, "id": self._number}).encode("ascii") + b"\n"
+        self._write(line, time.monotonic() + seconds)
+
+    def answer(self, seconds: float, report: Optional[Report] = None,
+               in_all: float = math.inf) -> Dict[str, Any]:
+        """To what was sent last; may be asked for again after Silent."""
         start = time.monotonic()
         deadline = start + seconds
-        self._number += 1
-        self._write(json.dumps({**question, "id": self._number}).encode("ascii") + b"\n", deadline)
         while True:
             try:
                 answer = json.loads(self._line(deadline))
@@ -102,13 +113,18 @@ class LineProcess:
             in_all: float = math.inf) -> Dict[str, Any]:
         """As Lines.ask. Raises Gone and Silent, having ended the process: it can only be started
         anew then."""
-        if self._process is None:
-            self._start()
+        lines = self.lines()
         try:
-            return self._lines.ask(question, seconds, report, in_all)
+            return lines.ask(question, seconds, report, in_all)
         except (Gone, Silent):
             self.end()
             raise
+
+    def lines(self) -> Lines:
+        """Of the running process, for those who wait longer: they end it themselves after Gone."""
+        if self._process is None:
+            self._start()
+        return self._lines
 
     def _start(self) -> None:
         try:

@@ -7,7 +7,7 @@ which it likes to see what its action did. A presenter keeps no caches and polls
 from __future__ import annotations
 
 import abc
-from typing import Any, NamedTuple, Optional, Tuple
+from typing import Any, Callable, NamedTuple, Optional, Tuple
 
 from .lines import Report
 
@@ -70,6 +70,11 @@ class Refused(Exception):
     """The action does not go together with what is shown. Its text says why, in a sentence."""
 
 
+class NotYet(Exception):
+    """A picture is on its way, and will be asked for again in a moment. Until then the presenter is
+    free for everything else."""
+
+
 class Presenter(abc.ABC):
     """Drives one presentation program.
 
@@ -80,7 +85,8 @@ class Presenter(abc.ABC):
     is raised. Anything else that is raised is logged as a fault.
 
     An action returns when what it did can be seen by look(), or after 0.25 s without that; it may
-    raise Refused, and has done nothing then.
+    raise Refused, and has done nothing then. One that takes longer calls `tell` meanwhile, and at
+    least every 2.5 s.
     """
 
     name = ""            # for the log
@@ -89,6 +95,7 @@ class Presenter(abc.ABC):
     widths: Tuple[int, ...] = (320, 640, 1280, 1920)  # of pictures
     idle_width: Optional[int] = 320  # of the pictures that are made before anybody asks
     exports_in_show = False  # whether export_pdf() holds up no show; else it waits for the end
+    tell: Callable[[Progress], None] = staticmethod(lambda progress: None)  # set by its thread
 
     @abc.abstractmethod
     def look(self) -> Look:
@@ -130,7 +137,8 @@ class Presenter(abc.ABC):
 
     @abc.abstractmethod
     def picture(self, document: str, page: int, width: int) -> bytes:
-        """The slide with all its objects as a PNG or JPEG file `width` pixels wide; without ink."""
+        """The slide with all its objects as a PNG or JPEG file `width` pixels wide; without ink.
+        Raises NotYet as well."""
 
     def export_pdf(self, document: str, path: str, report: Report) -> int:
         """Writes all slides without ink to a new PDF file, one page for each, hidden ones included:

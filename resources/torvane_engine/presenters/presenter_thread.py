@@ -60,6 +60,7 @@ class PresenterThread:
 
     def __init__(self, presenter: Presenter, clock: Callable[[], float] = time.monotonic) -> None:
         self.presenter = presenter
+        presenter.tell = self._tell
         self.snapshot = Snapshot()
         self.first_look = threading.Event()
         self._clock = clock
@@ -167,6 +168,10 @@ class PresenterThread:
         snapshot = Snapshot(look, self._reader.pages, self._reader.progress, None, absent=False)
         if snapshot != self.snapshot:
             self.snapshot = snapshot
+
+    def _tell(self, progress: Progress) -> None:
+        """Of the action that is being done; the look after it tells what it led to."""
+        self.snapshot = self.snapshot._replace(progress=progress)
 
     def _fail(self, problem: str, absent: bool) -> None:
         if self._stopped:

@@ -7,13 +7,14 @@ import threading
 from typing import Any, Deque, Dict, List, Optional, Tuple
 
 from .picture_cache import Key, Picture, PictureCache
-from .presenter import Look, Page, Presenter, Progress, Refused
+from .presenter import Look, NotYet, Page, Presenter, Progress, Refused
 
 MAX_DOCUMENTS = 8        # whose titles and notes are kept
 MAX_WISHES = 64          # pictures that clients wait for at a time
 CHANGED_SECONDS = 2.0    # of quiet before a changed document is read again
 REST_SECONDS = 1.0       # without a step in a show before anything is read that nobody waits for
 LARGE_REST_SECONDS = 1.0  # the same before each picture that could hold up the next step
+NOT_YET_SECONDS = 0.25   # until a picture that was on its way is asked for again
 SMALL_WIDTH = 320        # pictures up to this width hold up nothing
 
 
@@ -27,6 +28,7 @@ class SlideReader:
         self._texts: Deque[int] = collections.deque()
         self._pictures: Deque[int] = collections.deque()
         self._due, self._moved = -math.inf, -math.inf
+        self._pictures_due = -math.inf
         self._wishes: Dict[Key, threading.Event] = {}
         self._lock = threading.Lock()
         self._first_time = False
@@ -104,12 +106,14 @@ class SlideReader:
         rest = now - self._moved if self._look.presenting else math.inf
         with self._lock:
             waited_for = sorted(self._wishes, key=lambda key: key[2])
-        for key in waited_for:
+        if now < self._pictures_due and not (self._texts and rest >= REST_SECONDS):
+            return self._pictures_due
+        for key in waited_for if now >= self._pictures_due else ():
             if key[2] <= SMALL_WIDTH:
-                self._make(key)
+                self._make(key, now)
                 return now
             if rest >= LARGE_REST_SECONDS:
-                self._make(key)
+                self._make(key, now)
                 self._moved = now if self._look.presenting else self._moved  # one for each rest
                 return now
         if not self._texts and not self._pictures:
@@ -118,26 +122,35 @@ class SlideReader:
             return min(max(self._due, self._moved + REST_SECONDS if rest < REST_SECONDS else now),
                        self._moved + LARGE_REST_SECONDS if waited_for else math.inf)
         if self._texts:
-            number = self._texts.popleft()
-            self._read(number)
+            self._read(self._texts.popleft())
         else:
-            self._make_small(self._pictures.popleft())
+            number = self._pictures.popleft()
+            if not self._make_small(number, now):
+                self._pictures.appendleft(number)
         return now
 
-    def _make_small(self, number: int) -> None:
+    def _make_small(self, number: int, now: float) -> bool:
         key = (self._look.document, number, self._presenter.idle_width)
-        if self._cache.revision(key) != self._look.revision:
-            self._make(key)
+        return self._cache.revision(key) == self._look.revision or self._make(key, now)
 
-    def _make(self, key: Key) -> None:
+    def _make(self, key: Key, now: float) -> bool:
+        """Whether nothing is left to do about this picture."""
         revision: Any = self._look.revision
+        done = True
         try:
             if self._cache.revision(key) != revision or key[0] != self._look.document:
                 self._cache.put(key, Picture.of(revision, self._presenter.picture(*key)))
+        except NotYet:
+            done, self._pictures_due = False, now + NOT_YET_SECONDS
         except Refused:
             pass  # it has gone meanwhile
         finally:
-            with self._lock:
-                event = self._wishes.pop(key, None)
-            if event:
-                event.set()
+            if done:
+                self._answer(key)
+        return done
+
+    def _answer(self, key: Key) -> None:
+        with self._lock:
+            event = self._wishes.pop(key, None)
+        if event:
+            event.set()
