@@ -120,6 +120,13 @@ class TurnTest(unittest.TestCase):
         self.assertEqual(seen[0], (Progress("jump", 4, 9), 1))
         self.assertEqual((self.thread.snapshot.progress, self.thread.snapshot.look.slide), (None, 3))
 
+    def test_change_in_the_middle_of_the_first_reading_hides_no_progress(self):
+        for _ in range(2):
+            self.thread.turn()
+        self.fake.set(revision=2)
+        self.assertEqual(self.after(1.0).progress, Progress("slides", 0, 3))
+        self.assertIsNone(self.after(2.0).progress)
+
     def test_number_of_slides_may_change(self):
         self.settle()
         self.fake.set(count=5, revision=2)

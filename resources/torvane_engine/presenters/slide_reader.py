@@ -59,7 +59,7 @@ class SlideReader:
         in_order = sorted(numbers, key=lambda number: number != look.slide)
         self._texts = collections.deque(in_order)
         self._pictures = collections.deque(in_order if self._presenter.idle_width else ())
-        self._first_time = not known
+        self._first_time = not known or None in self._pages.get(look.document, [])
         self._publish()
 
     def _publish(self) -> None:
