@@ -18,6 +18,7 @@ from .http_server import ADDRESS, accept_connections, open_listener
 from .log import log_error, write_line
 from .presenters.chooser import Chooser
 from .presenters.impress.presenter import Impress
+from .presenters.powerpoint.presenter import PowerPoint
 from .presenters.presenter import Presenter
 from .presenters.presenter_thread import PresenterThread
 from .presenters.sample_deck import SampleDeck
@@ -70,7 +71,8 @@ def parse_arguments() -> argparse.Namespace:
 def presenters() -> List[Presenter]:
     """In their order of preference; the last one is always there."""
     # A Mac's own Python has no way to LibreOffice.
-    return ([Impress()] if sys.platform == "linux" else []) + [SampleDeck()]
+    programs = {"linux": [Impress], "darwin": [PowerPoint]}.get(sys.platform, [])
+    return [program() for program in programs] + [SampleDeck()]
 
 
 def run(port: int) -> int:

@@ -82,10 +82,13 @@ def icon_problems(path):
         yield f"{path.name}: sizes {sizes}"
 
 
+def files(folder, *patterns):
+    return {path.relative_to(folder): path for pattern in patterns for path in folder.rglob(pattern)}
+
+
 def resource_problems(resources):
-    sources = {path.relative_to(ROOT / "resources"): path
-               for path in (ROOT / "resources").rglob("*.py")}
-    found = {path.relative_to(resources): path for path in resources.rglob("*.py*")}
+    sources = files(ROOT / "resources", "*.py", "*.js")
+    found = files(resources, "*.py*", "*.js")
     for name in sorted(sources.keys() | found.keys()):
         if (name not in sources or name not in found
                 or found[name].read_bytes() != sources[name].read_bytes()):

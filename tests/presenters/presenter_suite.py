@@ -19,7 +19,9 @@ from private_office import wait_until
 SOON = 10.0  # for what takes a tenth of a second on an idle machine
 
 
-class PresenterSuite:
+class PresenterSteps:
+    """What tests of a presenter are made of."""
+
     effects = 3        # of slide 3 that wait for a press
     hidden = 5         # a slide that shows leave out, or None
     count = 8
@@ -31,8 +33,6 @@ class PresenterSuite:
     # What a program must offer for some of the tests; the base can do without.
     def press(self, key):
         self.skipTest("nobody can press a key at the computer here")
-
-    # Helpers
 
     def state(self):
         return self.engine.get("/api/state")
@@ -79,8 +79,8 @@ class PresenterSuite:
         self.addCleanup(self.go, "/api/show/end", presenting=False)
         return self.go("/api/show/start", presenting=True, slide=slide)
 
-    # Tests
 
+class PresenterSuite(PresenterSteps):
     def test_deck_titles_notes_and_hidden_slides(self):
         wait_until(lambda: self.state()["progress"] is None, "the slides are read", 60)
         slides = self.engine.get("/api/slides")["slides"]
