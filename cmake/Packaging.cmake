@@ -21,10 +21,17 @@ foreach(file ${TORVANE_ENGINE_FILES})
   get_filename_component(folder ${file} DIRECTORY)
   install(FILES "${bundle}/Resources/${file}" DESTINATION ${home}/Resources/${folder})
 endforeach()
+set(linked ${name})
+if(TARGET torvane-show)
+  install(TARGETS torvane-show DESTINATION ${home}/bin)
+  list(APPEND linked torvane-show)
+endif()
 install(CODE "
   set(folder \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/bin\")
   file(MAKE_DIRECTORY \"\${folder}\")
-  file(CREATE_LINK ../${home}/bin/${name} \"\${folder}/${name}\" SYMBOLIC)")
+  foreach(program ${linked})
+    file(CREATE_LINK ../${home}/bin/\${program} \"\${folder}/\${program}\" SYMBOLIC)
+  endforeach()")
 
 # What a desktop shows of it
 set(packaging ${PROJECT_SOURCE_DIR}/packaging)
@@ -34,6 +41,9 @@ string(TIMESTAMP TORVANE_RELEASE_DATE "%Y-%m-%d" UTC)  # as below
 set(component app.torvane.p2p_helper)  # which may have no hyphen
 configure_file(${packaging}/${component}.metainfo.xml.in ${made}/${component}.metainfo.xml @ONLY)
 install(FILES ${packaging}/${id}.desktop DESTINATION share/applications)
+if(TARGET torvane-show)
+  install(FILES ${packaging}/app.torvane.show.desktop DESTINATION share/applications)
+endif()
 install(FILES ${made}/${component}.metainfo.xml DESTINATION share/metainfo)
 install(FILES ${packaging}/${name}.svg DESTINATION share/icons/hicolor/scalable/apps)
 install(FILES ${packaging}/${name}-symbolic.svg DESTINATION share/icons/hicolor/symbolic/apps)
@@ -55,14 +65,22 @@ foreach(shell bash zsh)
     WORKING_DIRECTORY ${made} VERBATIM)
   list(APPEND texts ${made}/completion.${shell})
 endforeach()
-foreach(text ${name}.1 torvane-ipad.1 changelog)
+set(manuals ${name} torvane-ipad)
+if(TARGET torvane-show)
+  configure_file(${packaging}/torvane-show.1 ${made}/torvane-show.1 COPYONLY)
+  list(APPEND manuals torvane-show)
+endif()
+list(TRANSFORM manuals APPEND .1)
+foreach(text ${manuals} changelog)
   add_custom_command(OUTPUT ${made}/${text}.gz
     COMMAND ${TORVANE_GZIP} -9nkf ${text}
     DEPENDS ${made}/${text} WORKING_DIRECTORY ${made} VERBATIM)
   list(APPEND texts ${made}/${text}.gz)
 endforeach()
 add_custom_target(packed_texts ALL DEPENDS ${texts})
-install(FILES ${made}/${name}.1.gz ${made}/torvane-ipad.1.gz DESTINATION share/man/man1)
+foreach(manual ${manuals})
+  install(FILES ${made}/${manual}.gz DESTINATION share/man/man1)
+endforeach()
 install(FILES ${made}/completion.bash DESTINATION share/bash-completion/completions
   RENAME torvane-ipad)
 install(FILES ${made}/completion.zsh DESTINATION share/zsh/vendor-completions
@@ -82,7 +100,8 @@ on this computer. Both have to be on the same network, where the iPad finds the
 computer by itself. An iPad is approved once; from then on it connects by
 itself. Pen strokes and a laser dot from the iPad appear over the slide show.
 .
-torvane-ipad stands in for an iPad on the command line.")
+torvane-ipad stands in for an iPad on the command line. torvane-show shows a
+PDF on the whole screen, where the iPad runs it.")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE
   GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)

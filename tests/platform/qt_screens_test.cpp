@@ -59,21 +59,29 @@ TEST(QtScreens, ASecondaryScreenIsPreferred) {
 }
 
 TEST(ImpressShow, IsSofficesFullScreenWindowWithoutADocumentsClass) {
-  EXPECT_TRUE(isImpressShow(show()));
+  EXPECT_TRUE(isSlideShow(show()));
+}
+
+TEST(ViewersShow, IsItsFullScreenWindow) {
+  X11Window window = show();
+  window.processName = window.className = "torvane-show";
+  EXPECT_TRUE(isSlideShow(window));
+  window.isFullScreen = false;  // such as an alert
+  EXPECT_FALSE(isSlideShow(window));
 }
 
 TEST(ImpressShow, IsNoDocumentAndNoOtherProgram) {
   for (const char* name : {"libreoffice-impress", "libreoffice-writer"}) {
     X11Window document = show();
     document.className = name;
-    EXPECT_FALSE(isImpressShow(document)) << name;
+    EXPECT_FALSE(isSlideShow(document)) << name;
   }
   X11Window window = show();
   window.isFullScreen = false;
-  EXPECT_FALSE(isImpressShow(window));
+  EXPECT_FALSE(isSlideShow(window));
   window = show();
   window.processName = "firefox";
-  EXPECT_FALSE(isImpressShow(window));
+  EXPECT_FALSE(isSlideShow(window));
 }
 
 TEST(XcbWindowServer, HasNoListWithoutAnXServer) {

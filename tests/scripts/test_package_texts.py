@@ -6,7 +6,8 @@ from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
 TEXTS = ("packaging/app.torvane.p2p_helper.metainfo.xml.in",
-         "packaging/app.torvane.p2p-helper.desktop", "packaging/torvane-p2p-helper.1.in")
+         "packaging/app.torvane.p2p-helper.desktop", "packaging/torvane-p2p-helper.1.in",
+         "packaging/app.torvane.show.desktop", "packaging/torvane-show.1")
 FOREIGN = re.compile(r"\bMac\b|macOS|PowerPoint|AirDrop|Bluetooth|menu bar|status bar"
                      r"|System Settings|without a shared network|~/Library")
 

@@ -7,16 +7,18 @@ namespace {
 
 WindowInfo described(const X11Window& window) {
   const Rect points = QtScreens::windowOf(window.pixels);
-  return {isImpressShow(window) ? "Microsoft PowerPoint" : window.className,
+  return {isSlideShow(window) ? "Microsoft PowerPoint" : window.className,
           {{{"X", points.x}, {"Y", points.y}, {"Width", points.width}, {"Height", points.height}}}};
 }
 
 }  // namespace
 
-// Document windows, which can be full-screen too, have a class of their own per kind of document.
-bool isImpressShow(const X11Window& window) {
-  return window.processName == "soffice.bin" && window.isFullScreen &&
-         !window.className.starts_with("libreoffice-");
+// LibreOffice's document windows, which can be full-screen too, have a class of their own per kind
+// of document.
+bool isSlideShow(const X11Window& window) {
+  if (!window.isFullScreen) return false;
+  return window.processName == "torvane-show" ||
+         (window.processName == "soffice.bin" && !window.className.starts_with("libreoffice-"));
 }
 
 std::optional<std::vector<WindowInfo>> XcbWindowServer::onScreenWindows() {

@@ -18,7 +18,8 @@ class XcbWindowServer final : public WindowServer {
   X11Session* session_;
 };
 
-// Whether this is LibreOffice Impress's running show rather than one of its document windows.
-[[nodiscard]] bool isImpressShow(const X11Window& window);
+// Whether this is the running show of LibreOffice Impress, rather than one of its document windows,
+// or of our own viewer.
+[[nodiscard]] bool isSlideShow(const X11Window& window);
 
 }  // namespace torvane
