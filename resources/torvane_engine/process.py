@@ -21,7 +21,7 @@ from .presenters.impress.presenter import Impress
 from .presenters.powerpoint.presenter import PowerPoint
 from .presenters.presenter import Presenter
 from .presenters.presenter_thread import PresenterThread
-from .presenters.sample_deck import SampleDeck
+from .presenters.viewer.presenter import Viewer
 
 PARENT_SECONDS = 1.0             # between two looks at the parent process
 
@@ -57,7 +57,8 @@ def parse_arguments() -> argparse.Namespace:
     parser = argparse.ArgumentParser(
         prog="torvane.py", formatter_class=argparse.RawDescriptionHelpFormatter,
         description="Torvane engine: runs a presentation and answers HTTP on 127.0.0.1.",
-        epilog="environment:\n  TORVANE_PARENT_PID  the engine ends when this process does\n\n"
+        epilog="environment:\n  TORVANE_PARENT_PID  the engine ends when this process does\n"
+               "  TORVANE_SHOW        the viewer's program, in place of the one beside the engine\n\n"
                "example:\n  python3 torvane.py 8484 &\n"
                "  curl http://127.0.0.1:8484/api/state\n"
                "  curl -X POST http://127.0.0.1:8484/api/next\n\n"
@@ -69,10 +70,10 @@ def parse_arguments() -> argparse.Namespace:
 
 
 def presenters() -> List[Presenter]:
-    """In their order of preference; the last one is always there."""
+    """In their order of preference."""
     # A Mac's own Python has no way to LibreOffice.
     programs = {"linux": [Impress], "darwin": [PowerPoint]}.get(sys.platform, [])
-    return [program() for program in programs] + [SampleDeck()]
+    return [program() for program in programs] + [Viewer()]
 
 
 def run(port: int) -> int:

@@ -87,8 +87,8 @@ def files(folder, *patterns):
 
 
 def resource_problems(resources):
-    sources = files(ROOT / "resources", "*.py", "*.js")
-    found = files(resources, "*.py*", "*.js")
+    sources = files(ROOT / "resources", "*.py", "*.js", "sample.*")
+    found = files(resources, "*.py*", "*.js", "sample.*")
     for name in sorted(sources.keys() | found.keys()):
         if (name not in sources or name not in found
                 or found[name].read_bytes() != sources[name].read_bytes()):

@@ -24,6 +24,11 @@ skip_where_incomplete()
 BUNDLE = None
 
 
+def is_presenting():
+    with urllib.request.urlopen("http://127.0.0.1:8484/api/state", timeout=PATIENCE) as answer:
+        return json.load(answer)["presenting"]
+
+
 class HelperTest(unittest.TestCase):
     def setUp(self):
         require_free_engine_port()
@@ -102,7 +107,8 @@ class HelperTest(unittest.TestCase):
         request = urllib.request.Request(
             "http://127.0.0.1:8484/api/show/start", b"", method="POST")
         with urllib.request.urlopen(request, timeout=PATIENCE) as answer:
-            self.assertTrue(json.load(answer)["presenting"])
+            answer.read()
+        wait_until(is_presenting, "a show")
         before = wake_ups(helper.pid)
         wait_until(lambda: wake_ups(helper.pid) > before + 100, "more polls for ink")
         self.assertEqual(self.desktop.log("helper").count("ink will not be shown"), 1)

@@ -7,12 +7,15 @@ import os
 import socket
 import subprocess
 import sys
+import tempfile
+import time
 import unittest
 from pathlib import Path
 
 SCRIPT = Path(__file__).resolve().parents[2] / "resources" / "torvane.py"
 PYTHON = "/usr/bin/python3" if os.path.exists("/usr/bin/python3") else sys.executable
 DEADLINE = 10.0  # for things that are expected within milliseconds
+STAND_IN_VIEWER = Path(__file__).resolve().parent / "stand_in_viewer"
 JPEG = b"\xff\xd8\xff\xe0" + bytes(range(256))
 
 sys.dont_write_bytecode = True
@@ -25,7 +28,10 @@ class EngineProcess:
     def __init__(self, port: int = 0, script: Path = SCRIPT, **environment: str) -> None:
         inherited = {k: v for k, v in os.environ.items() if k != "TORVANE_PARENT_PID"}
         inherited.pop("PYTHONDONTWRITEBYTECODE", None)
-        inherited["HOME"] = "/nonexistent"  # an office of the developer's is none of our business
+        # Offices and viewers of the developer's are none of our business.
+        self.folder = tempfile.TemporaryDirectory()
+        inherited.update(HOME="/nonexistent", XDG_RUNTIME_DIR=self.folder.name,
+                         TORVANE_SHOW=str(STAND_IN_VIEWER))
         self.process = subprocess.Popen(
             [PYTHON, str(script), str(port)], env={**inherited, **environment},
             stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
@@ -33,8 +39,12 @@ class EngineProcess:
         self.port = int(self.first_line.partition("127.0.0.1:")[2].split()[0])
         self.client = http.client.HTTPConnection("127.0.0.1", self.port, timeout=DEADLINE)
 
-        while self.get("/api/state")["progress"]:
-            pass  # titles and notes are being read
+        deadline = time.monotonic() + DEADLINE
+        while time.monotonic() < deadline:
+            state = self.get("/api/state")
+            if state["count"] and state["title"] and not state["progress"]:
+                break  # titles, notes and small pictures were read
+            time.sleep(0.01)
 
     def request(self, method, path, body=None, **headers):
         if isinstance(body, (dict, list)):
@@ -84,7 +94,9 @@ class EngineProcess:
         self.client.close()
         if self.process.poll() is None:
             self.process.terminate()
-        return self.process.communicate(timeout=DEADLINE)
+        output = self.process.communicate(timeout=DEADLINE)
+        self.folder.cleanup()
+        return output
 
 
 def begin(stroke, x=0.1, y=0.2):

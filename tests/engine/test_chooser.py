@@ -20,6 +20,7 @@ class ChooserTest(unittest.TestCase):
         self.addCleanup(patch.stop)
         self.clock = Clock()
         self.office, self.deck = FakePresenter("office"), FakePresenter("deck")
+        self.deck.set(is_sample=True)
         self.threads = [PresenterThread(one, self.clock) for one in (self.office, self.deck)]
         self.chooser = Chooser(self.threads)
         self.engine = Engine(self.chooser)
@@ -58,6 +59,11 @@ class ChooserTest(unittest.TestCase):
     def test_problem_of_another_is_no_concern_of_a_running_show(self):
         self.office.error = Absent("Open one.")
         self.deck.set(presenting=True)
+        self.assertEqual(self.shown(), ("deck", None))
+
+    def test_problem_of_another_is_no_concern_of_a_presentation_of_the_users(self):
+        self.office.error = Absent("Open one.")
+        self.deck.set(is_sample=False)
         self.assertEqual(self.shown(), ("deck", None))
 
     def test_program_that_hangs_is_not_left(self):

@@ -14,12 +14,12 @@ from pathlib import Path
 from unittest import mock
 
 from engine_support import DEADLINE, EngineTest, Poller, SharedEngineTest, begin, pt
+from fake_presenter import FakePresenter
 from torvane_engine import http_server
 from torvane_engine.api import Api, MAX_BODY, MAX_PICTURE
 from torvane_engine.engine import Engine
 from torvane_engine.presenters.chooser import Chooser
 from torvane_engine.presenters.presenter_thread import PresenterThread
-from torvane_engine.presenters.sample_deck import SampleDeck
 
 
 class HttpTest(SharedEngineTest):
@@ -245,7 +245,7 @@ class TimeoutTest(unittest.TestCase):
             self.addCleanup(patch.stop)
         listener = http_server.open_listener(0)
         address = listener.getsockname()
-        chooser = Chooser([PresenterThread(SampleDeck())])
+        chooser = Chooser([PresenterThread(FakePresenter())])
         chooser.start()
         api = Api(Engine(chooser), address[1], lambda: None)
         # The thread is a daemon that waits in accept; it ends with the tests.

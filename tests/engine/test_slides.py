@@ -8,7 +8,6 @@ import zlib
 from engine_support import EngineTest
 from torvane_engine import VERSION
 from torvane_engine.presenters.impress.running_office import NOT_RUNNING
-from torvane_engine.presenters.sample_drawing import draw_slide
 
 
 class SlideTest(EngineTest):
@@ -21,17 +20,25 @@ class SlideTest(EngineTest):
             time.sleep(0.05)
         return state
 
+    def wait_for(self, **members):
+        for _ in range(200):
+            state = self.engine.get("/api/state")
+            if all(state[name] == value for name, value in members.items()):
+                return state
+            time.sleep(0.05)
+        raise AssertionError(f"not {members}: {state}")
+
     def test_state_at_start(self):
         self.assertEqual(self.state_once_looked(), {
             "version": VERSION, "deck": "Torvane sample deck", "document": "sample",
-            "slide": 1, "count": 5, "title": "Welcome to Torvane", "step": 0, "steps": 0,
+            "slide": 1, "count": 5, "title": "Page 1", "step": 0, "steps": 0,
             "presenting": False, "blank": False, "atEnd": False, "aspect": 0.5625,
             "problem": NOT_RUNNING, "progress": None, "strokes": 0, "inkSeq": 0, "overlayV": 0,
             "export": {"state": "none", "document": None, "progress": None, "sentence": None}})
 
     def test_goto_answers_with_the_new_state(self):
         state = self.engine.post("/api/goto", {"slide": 4})
-        self.assertEqual((state["slide"], state["title"]), (4, "Point with the laser"))
+        self.assertEqual((state["slide"], state["title"]), (4, "Page 4"))
         self.assertEqual(self.engine.get("/api/state"), state)
 
     def test_goto_refuses_what_is_not_a_slide(self):
@@ -51,29 +58,29 @@ class SlideTest(EngineTest):
 
     def test_show_starts_and_ends_and_may_be_told_twice(self):
         for path, presenting in (("start", True), ("start", True), ("end", False), ("end", False)):
-            self.assertIs(self.engine.post(f"/api/show/{path}")["presenting"], presenting)
+            self.engine.post(f"/api/show/{path}")
+            self.wait_for(presenting=presenting)
             self.assertIs(self.engine.poll()["presenting"], presenting)
 
     def test_slide_list_names_pictures_that_exist(self):
         answer = self.engine.get("/api/slides")
         self.assertEqual([s["slide"] for s in answer["slides"]], [1, 2, 3, 4, 5])
         self.assertEqual(answer["count"], 5)
-        self.assertEqual([s["hasNotes"] for s in answer["slides"]], [True] * 4 + [False])
+        self.assertEqual([s["hasNotes"] for s in answer["slides"]], [True] * 5)
         for slide in answer["slides"]:
             response, _ = self.engine.request("HEAD", slide["picture"])
             self.assertEqual((response.status, response.headers["Content-Type"]),
                              (200, "image/png"))
 
     def test_notes(self):
-        self.assertIn("sample deck", self.engine.get("/api/slides/1/notes")["notes"])
-        self.assertEqual(self.engine.get("/api/slides/5/notes"), {"slide": 5, "notes": ""})
+        self.assertIn("Welcome", self.engine.get("/api/slides/1/notes")["notes"])
+        self.assertIn("audience", self.engine.get("/api/slides/5/notes")["notes"])
 
     def test_pictures_are_whole_pngs_and_differ(self):
         pictures = [self.engine.request("GET", f"/api/slides/{n}/picture")[1] for n in range(1, 6)]
         self.assertEqual(len(set(pictures)), 5)
         for picture in pictures:
             self.assertEqual(self.png_size(picture), (1280, 720))
-        self.assertEqual(pictures[0], draw_slide(1))
 
     def png_size(self, png):
         self.assertEqual(png[:8], b"\x89PNG\r\n\x1a\n")

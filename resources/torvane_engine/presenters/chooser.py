@@ -57,10 +57,10 @@ class Chooser:
         return usable[0] if usable else self._threads[0]
 
     def problem(self) -> Optional[str]:
-        """The active one's; else why a better one is not active, unless a show runs."""
+        """The active one's; else, while there is but a sample at rest, why a better one is not active."""
         active = self.active()
         snapshot = active.snapshot
-        if snapshot.problem is not None or snapshot.look.presenting:
+        if snapshot.problem is not None or snapshot.look.presenting or not snapshot.look.is_sample:
             return snapshot.problem
         before = self._threads[:self._threads.index(active)]
         return next((thread.snapshot.problem for thread in before if thread.snapshot.problem), None)

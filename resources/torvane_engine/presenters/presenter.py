@@ -48,6 +48,7 @@ class Look(NamedTuple):
     at_end: bool = False      # the show is past its last slide
     revision: Any = 0         # another value whenever titles, notes or pictures may be others
     progress: Optional[Progress] = None
+    is_sample: bool = False   # there is nothing better: a problem of another program is told with it
 
 
 class Page(NamedTuple):

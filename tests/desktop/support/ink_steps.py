@@ -1,18 +1,18 @@
-"""The steps of scripts/play-scene in which an iPad draws over a running slide show."""
+"""The steps of scripts/play-scene in which an iPad draws over the viewer's running slide show."""
 
 import json
 import math
 import os
 import signal
 
-from private_desktop import HEIGHT, WIDTH, end
+from private_desktop import HEIGHT, WIDTH
 from scene_basics import ask_engine, check
-from slide_show import start_show
 
 INK = (255, 59, 48)
 BADGE = (10, 132, 255)
 SLIDE = (0, (HEIGHT - WIDTH * 9 // 16) // 2, WIDTH, WIDTH * 9 // 16)  # x, y, width, height
 FIGURE_POINTS = 101
+PAPER, PAPER_AT = (251, 250, 247), (WIDTH - 20, HEIGHT // 2)  # of the slides
 LASER_HALO = 3.6 * 0.011 * WIDTH  # its diameter
 
 
@@ -24,9 +24,9 @@ def on_screen(x, y):
 def hand_drawn_strokes():
     """A ring around one line of the sample deck's third slide, and a line under another."""
     turns = [-0.35 + 1.06 * i / 90 for i in range(91)]
-    ring = [(0.299 + (0.24 + 0.01 * t) * math.cos(2 * math.pi * t),
-             0.599 + (0.05 + 0.01 * t) * math.sin(2 * math.pi * t)) for t in turns]
-    line = [(0.092 + 0.394 * i / 40, 0.527 + 0.002 * math.sin(i / 4)) for i in range(41)]
+    ring = [(0.270 + (0.19 + 0.01 * t) * math.cos(2 * math.pi * t),
+             0.537 + (0.05 + 0.01 * t) * math.sin(2 * math.pi * t)) for t in turns]
+    line = [(0.107 + 0.42 * i / 40, 0.460 + 0.002 * math.sin(i / 4)) for i in range(41)]
     return [ring, line]
 
 
@@ -37,12 +37,12 @@ class InkSteps:
 
     def step_show(self):
         self.ipad("post", "/api/show/start")
-        self.show = start_show(self.desktop, self.show_program)
-        self.turn_show_to(3)
+        self.wait_for_slide(3)
+        self.wait(lambda: self.colours("show", [PAPER_AT]) == [PAPER], "the slide")
         self.wait(self.overlay_is_there, "the overlay in the show's place")
         self.settled_picture("show")
         check(self.ink_on("show") == 0, "there is ink already")
-        return "runs on the whole screen, under an overlay that nothing is drawn on"
+        return "the viewer shows slide 3 on the whole screen, under an overlay that nothing is drawn on"
 
     def step_strokes(self):
         file = os.path.join(self.desktop.folder, "strokes")
@@ -81,7 +81,7 @@ class InkSteps:
         self.desktop.run(
             "convert", "-size", "640x360", "xc:none", "-fill", "#0a84ff",
             "-draw", "circle 585,120 585,150", "-fill", "#ffd60a60",
-            "-draw", "roundrectangle 52,198 332,230 8,8", "PNG32:" + picture)
+            "-draw", "roundrectangle 60,219 306,247 8,8", "PNG32:" + picture)
         self.ipad("post", "/api/ink/overlay", picture)
         badge = on_screen(585 / 640, 120 / 360)
         self.wait(lambda: self.colours("overlay-picture", [badge]) == [BADGE], "the picture")
@@ -93,7 +93,7 @@ class InkSteps:
 
     def step_next(self):
         self.ipad("post", "/api/next")
-        self.turn_show_to(4)
+        self.wait_for_slide(4)
         self.wait(lambda: self.ink_on("next-slide") == 0, "a slide without ink")
         self.settled_picture("next-slide")
         return "the next slide has no ink"
@@ -110,7 +110,7 @@ class InkSteps:
 
     def step_back(self):
         self.ipad("post", "/api/previous")
-        self.turn_show_to(3)
+        self.wait_for_slide(3)
         self.wait_for_picture("back", "ink")
         return "the slide before has its ink again, to the pixel"
 
@@ -118,21 +118,20 @@ class InkSteps:
         self.ipad("post", "/api/show/end")
         self.wait(lambda: not self.overlay_is_there(), "an overlay that hides")
         self.wait(lambda: self.ink_on("show-ended") == 0, "a show without its overlay")
-        self.show.ask("end")
-        end(self.show.process)
+        self.wait(lambda: not self.state()["presenting"], "the end of the show")
         self.settled_picture("show-ended")
         strokes = json.loads(ask_engine("/api/state"))["strokes"]
         check(strokes == 2, f"the engine has {strokes} strokes")
-        return "the overlay has gone with the show, and the engine keeps the ink"
+        return "viewer and overlay have gone, and the engine keeps the ink"
 
     # The show and the overlay
 
-    def turn_show_to(self, slide):
-        file = os.path.join(self.desktop.folder, f"slide-{slide}.png")
-        with open(file, "wb") as picture:
-            picture.write(self.ipad_get(f"/api/slides/{slide}/picture"))
-        said = self.show.ask("picture " + file)
-        check(not said, f"the show said {said}")
+    def state(self):
+        return json.loads(ask_engine("/api/state"))
+
+    def wait_for_slide(self, slide):
+        self.wait(lambda: (self.state()["presenting"], self.state()["slide"]) == (True, slide),
+                  f"a show at slide {slide}")
 
     def overlay_is_there(self):
         return (0, 0, WIDTH, HEIGHT) in self.helper_windows().values()

@@ -53,6 +53,8 @@ clock_padding = 10 0
 
 
 TOOLS = ("Xvfb", "dbus-daemon", "openbox", "picom", "tint2", "hsetroot", "xdotool", "xprop", "import")
+STAND_IN_VIEWER = os.path.join(  # a show that covers nothing of the screen
+    os.path.dirname(os.path.abspath(__file__)), "../../engine/stand_in_viewer")
 OPENBOX = ["openbox", "--sm-disable"]
 ACCESSIBILITY = "/usr/libexec/at-spi-bus-launcher"
 PICOM = ["picom", "--backend", "xrender", "--config", "/dev/null"]
@@ -217,6 +219,7 @@ class PrivateDesktop:
             os.makedirs(environment[name], mode=0o700, exist_ok=True)
         # Nothing of the computer's own services, and nothing published on its networks.
         environment["DBUS_SYSTEM_BUS_ADDRESS"] = f"unix:path={self.folder}/no-system-bus"
+        environment["TORVANE_SHOW"] = STAND_IN_VIEWER
         return environment
 
     def _start_display(self):
