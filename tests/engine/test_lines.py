@@ -89,9 +89,10 @@ for done in range(int(do)):
 answer(question, answer="whole")
 """)
         told = []
-        answer = child.ask({"do": "6"}, 0.5, lambda *done: told.append(done), DEADLINE)
-        self.assertEqual((answer["answer"], told), ("whole", [(done, 9) for done in range(6)]))
-        self.assertRaises(Silent, child.ask, {"do": "1000"}, 0.5, lambda *_: None, 1.0)
+        child.ask({"do": "0"}, DEADLINE)  # it is there
+        answer = child.ask({"do": "20"}, 1.5, lambda *done: told.append(done), 10 * DEADLINE)
+        self.assertEqual((answer["answer"], told), ("whole", [(done, 9) for done in range(20)]))
+        self.assertRaises(Silent, child.ask, {"do": "1000"}, 1.5, lambda *_: None, 2.0)
         self.assertFalse(child.is_running)
 
     def test_progress_that_stops_is_silence(self):

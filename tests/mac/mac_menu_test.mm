@@ -108,15 +108,15 @@ TEST_F(MacMenu, OfTheProgramShowsItsState) {
   system().loginStatus = SMAppServiceStatusEnabled;
   run([&] {
     change(pad(), MCSessionStateConnected);
-    EXPECT_EQ(shownLines(),
-              (Lines{"0 disabled unchecked Connected:", "1 disabled unchecked Zoë's iPad",
-                     "separator", "0 disabled unchecked PowerPoint server not running",
-                     "0 enabled unchecked Start Server", "separator",
-                     "0 disabled unchecked Paired devices:", "1 disabled unchecked Zoë's iPad",
-                     "0 enabled unchecked Forget Paired Devices…", "separator",
-                     "0 enabled unchecked Check for Updates",
-                     "0 enabled unchecked How Does This Work?", "0 enabled checked Launch at Login",
-                     "0 enabled unchecked Quit"}));
+    EXPECT_EQ(
+        shownLines(),
+        (Lines{"0 disabled unchecked Connected:", "1 disabled unchecked Zoë's iPad", "separator",
+               "0 disabled unchecked PowerPoint server not running",
+               "0 enabled unchecked Start Server", "separator",
+               "0 disabled unchecked Paired devices:", "1 disabled unchecked Zoë's iPad",
+               "0 enabled unchecked Forget Paired Devices…", "separator",
+               "0 enabled unchecked Check for Updates", "0 enabled unchecked How Does This Work?",
+               "0 enabled checked Launch at Login", "0 enabled unchecked Quit"}));
   });
 }
 
