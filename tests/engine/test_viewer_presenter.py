@@ -177,9 +177,9 @@ class ViewerPresenterTest(unittest.TestCase):
 
     def test_export_copies_the_file(self):
         target, told = self.runtime / "copy.pdf", []
-        self.viewer.export_pdf("sample", str(target), lambda *progress: told.append(progress))
+        count = self.viewer.export_pdf("sample", str(target), lambda *progress: told.append(progress))
         self.assertEqual(target.read_bytes(), Path(program.SAMPLE).read_bytes())
-        self.assertEqual(told, [(0, 5), (5, 5)])
+        self.assertEqual((count, told), (5, [(0, 5), (5, 5)]))
         self.assertRaises(Refused, self.viewer.export_pdf, "other", str(target), lambda *_: None)
 
     # Sockets of others

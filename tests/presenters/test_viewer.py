@@ -31,6 +31,7 @@ class ViewerSetUp(unittest.TestCase):
     size = "1280x720x24"
     sizes = (pdf_decks.SIZE,)
     hidden, effects = None, 0
+    exports_in_show = True
     aspect = pdf_decks.SIZE[1] / pdf_decks.SIZE[0]
 
     @classmethod

@@ -5,8 +5,9 @@ import base64
 import binascii
 import hashlib
 import shutil
-from typing import Any, Callable, Dict
+from typing import Any, Dict
 
+from ..lines import Report
 from ..presenter import Absent, Document, Look, Page, Presenter, Refused
 from . import program
 from .facts import MISSING
@@ -25,6 +26,7 @@ class Viewer(Presenter):
     user only."""
 
     name = "Viewer"
+    exports_in_show = True  # by a copy
 
     def __init__(self) -> None:
         self._running = Running()
@@ -114,8 +116,7 @@ class Viewer(Presenter):
         except binascii.Error:
             raise Refused(BROKEN) from None
 
-    def export_pdf(self, document: str, path: str, report: Callable[[int, int], None]) -> None:
-        """Copies the deck's file; `report` gets how many slides of how many are done."""
+    def export_pdf(self, document: str, path: str, report: Report) -> int:
         self.choose(document)
         count = self.look().count
         report(0, count)
@@ -124,6 +125,7 @@ class Viewer(Presenter):
         except OSError:
             raise Refused(FORGOTTEN) from None
         report(count, count)
+        return count
 
     def close(self) -> None:
         self._resting.stop_reading()
