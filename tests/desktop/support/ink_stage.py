@@ -41,6 +41,16 @@ class Screenshot:
                 and self.is_all(colour, (hole[2], hole[1], right, hole[3]))
                 and self.is_all(colour, (left, hole[3], right, bottom)))
 
+    def bounds(self, colour, area):
+        """The smallest area inside of this one that holds all of a colour; None when there is none."""
+        left, top, right, bottom = area
+        found = [(x, y) for y in range(top, bottom) if bytes(colour) in self.row(y, left, right)
+                 for x in range(left, right) if self.pixel(x, y) == colour]
+        if not found:
+            return None
+        xs, ys = zip(*found)
+        return min(xs), min(ys), max(xs) + 1, max(ys) + 1
+
     def is_like(self, x, y, colour):
         return all(abs(a - b) < 12 for a, b in zip(self.pixel(x, y), colour))
 
