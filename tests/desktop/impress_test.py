@@ -167,7 +167,7 @@ class OneMonitor(unittest.TestCase):
 
 
 class TwoMonitors(unittest.TestCase):
-    def test_ink_lies_over_the_slides_and_not_over_the_presenters_notes(self):
+    def test_slides_are_driven_and_inked_beside_the_presenters_notes(self):
         desktop = self.enterContext(PrivateDesktop())
         plug_in(desktop)
         stage = ImpressStage(desktop, BUILD, PICTURES, toolkit="gen")
@@ -180,10 +180,13 @@ class TwoMonitors(unittest.TestCase):
         screen = stage.wait_for(lambda screen: is_line(screen, area, area.line(*MIDDLE)), "ink")
         stage.keep("impress-two-monitors")
         self.assertIsNone(screen.bounds(INK, PRIMARY))
-        stage.ipad("next")
-        stage.wait_for_slide(area, 3)
+        self.assertEqual(len(desktop.windows("--name", "deck")), 3)  # editor, slides, notes
+        for command, slide in ((["goto", "4"], 4), (["next"], 6), (["previous"], 4),
+                               (["goto", "5"], 5), (["previous"], 4)):
+            self.assertIn(f"Slide {slide} of 8", stage.ipad(*command))
+            stage.wait_for_slide(area, slide)
         stage.ipad("end")
-        stage.wait_for(lambda screen: not area.shows(screen, 3), "the end")
+        wait_until(lambda: len(desktop.windows("--name", "deck")) == 1, "the end of both windows")
 
 
 if __name__ == "__main__":
