@@ -82,7 +82,7 @@ def page(number: int, slide: Slide, size: Tuple[float, float]) -> str:
             f'draw:master-page-name="Default">{"".join(parts)}{notes}</draw:page>')
 
 
-def content(deck: Sequence[Slide], size: Tuple[float, float]) -> str:
+def content(deck: Sequence[Slide], size: Tuple[float, float], windowed: bool) -> str:
     fills = "".join(
         f'<style:style style:name="c{index}" style:family="graphic"><style:graphic-properties '
         f'draw:stroke="none" draw:fill="solid" draw:fill-color="{colour}"/></style:style>'
@@ -100,9 +100,10 @@ def content(deck: Sequence[Slide], size: Tuple[float, float]) -> str:
             f'presentation:visibility="{value}"/></style:style>'
             for name, value in (("shown", "visible"), ("hidden", "hidden"))))
     pages = "".join(page(number, slide, size) for number, slide in enumerate(deck, 1))
+    settings = '<presentation:settings presentation:full-screen="false"/>' if windowed else ""
     return (f'<?xml version="1.0" encoding="UTF-8"?><office:document-content {NAMESPACES}>'
             f'<office:automatic-styles>{styles}{fills}</office:automatic-styles>'
-            f'<office:body><office:presentation>{pages}</office:presentation></office:body>'
+            f'<office:body><office:presentation>{pages}{settings}</office:presentation></office:body>'
             '</office:document-content>')
 
 
@@ -122,9 +123,10 @@ def page_styles(size: Tuple[float, float]) -> str:
             '</office:master-styles></office:document-styles>')
 
 
-def write(path: str, deck: Sequence[Slide], size: Tuple[float, float] = (28, 15.75)) -> None:
-    """The same bytes for the same slides."""
-    texts = {"content.xml": content(deck, size), "styles.xml": page_styles(size)}
+def write(path: str, deck: Sequence[Slide], size: Tuple[float, float] = (28, 15.75),
+          windowed: bool = False) -> None:
+    """The same bytes for the same slides. A windowed show does not take the whole screen."""
+    texts = {"content.xml": content(deck, size, windowed), "styles.xml": page_styles(size)}
     entries = "".join(f'<manifest:file-entry manifest:full-path="{name}" '
                       f'manifest:media-type="{kind}"/>'
                       for name, kind in (("/", MIME), *((text, "text/xml") for text in texts)))

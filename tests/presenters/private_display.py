@@ -43,7 +43,7 @@ class PrivateDisplay:
         reading, writing = os.pipe()
         self._log = open(self.path("log"), "w", encoding="utf-8")
         self._display = self.spawn(["Xvfb", "-displayfd", str(writing), "-screen", "0", size,
-                                    "-nolisten", "tcp"], pass_fds=(writing,))
+                                    "-nolisten", "tcp", "-noreset"], pass_fds=(writing,))
         os.close(writing)
         with os.fdopen(reading) as number:
             self.environment["DISPLAY"] = ":" + number.readline().strip()
@@ -63,9 +63,18 @@ class PrivateDisplay:
                                        **environment})
         return self.engine
 
-    def key(self, name: str) -> None:
-        """Pressed at the computer, in the window that has the keyboard."""
-        subprocess.run(["xdotool", "key", name], env=self.environment, check=True)
+    def key(self, name: str, window: str = "") -> None:
+        """Pressed at the computer, in the window that has the keyboard, or gets it."""
+        focus = []
+        if window:
+            found = wait_until(lambda: self.windows(window), f"a window {window}")
+            focus = ["windowfocus", "--sync", found[-1], "sleep", "0.2"]
+        subprocess.run(["xdotool", *focus, "key", name], env=self.environment, check=True)
+
+    def windows(self, name: str) -> List[str]:
+        """The visible ones with such a name."""
+        return subprocess.run(["xdotool", "search", "--onlyvisible", "--name", name], text=True,
+                              env=self.environment, capture_output=True).stdout.split()
 
     def close(self) -> None:
         if self.engine:

@@ -10,51 +10,11 @@ import time
 import unittest
 
 import decks
+from impress_case import OfficeTest
 from presenter_suite import SOON, PresenterSuite
-from private_office import PrivateOffice, missing, wait_until
+from private_office import wait_until
 
-LACKS = missing()
 WITHIN = 3.0  # a problem is told and forgotten
-
-
-class OfficeTest(unittest.TestCase):
-    """One office with one deck, for all tests of a class."""
-
-    size = (28, 15.75)
-    deck = "deck.odp"
-
-    @classmethod
-    def setUpClass(cls):
-        if LACKS:
-            raise unittest.SkipTest(f"not installed: {LACKS}")
-        cls.office = PrivateOffice()
-        cls.addClassCleanup(cls.office.close)
-        decks.write(cls.office.path("deck.odp"), decks.slides(8), cls.size)
-        cls.start_office()
-        cls.engine = cls.office.start_engine()
-        cls.reach()
-
-    @classmethod
-    def start_office(cls):
-        if cls.deck != "deck.odp":
-            cls.office.convert(cls.office.path("deck.odp"), cls.deck.rpartition(".")[2])
-        cls.office.start(cls.office.path(cls.deck))
-
-    @classmethod
-    def reach(cls):
-        wait_until(lambda: cls.engine.get("/api/state")["deck"] == cls.deck, "Impress is driven")
-
-    def press(self, key):
-        self.office.key(key)
-
-    def export_states(self):
-        """Every one that is seen until the end of an export."""
-        seen = [self.engine.post("/api/export")["export"]]
-        while seen[-1]["state"] not in ("done", "failed"):
-            state = self.engine.get("/api/state")["export"]
-            if state != seen[-1]:
-                seen.append(state)
-        return seen
 
 
 class OdpTest(OfficeTest, PresenterSuite):
@@ -67,22 +27,6 @@ class FourToThreeTest(OfficeTest, PresenterSuite):
 
 class PptxTest(OfficeTest, PresenterSuite):
     deck = "deck.pptx"
-
-
-class PasswordTest(OfficeTest):
-    deck = "secret.odp"
-
-    @classmethod
-    def start_office(cls):
-        cls.office.protect(cls.office.path("deck.odp"), cls.office.path(cls.deck), "secret")
-        cls.office.start(cls.office.path(cls.deck))
-        cls.office.answer("Password", "secret")
-
-    def test_file_is_exported_as_it_is_open(self):
-        self.assertEqual(self.export_states()[-1]["state"], "done")
-        _, data = self.engine.request("GET", "/api/export")
-        self.assertNotIn(b"/Encrypt", data)
-        self.assertEqual(data.count(b"/Type/Page/"), 8)
 
 
 class TroubleTest(OfficeTest):
