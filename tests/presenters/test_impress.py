@@ -18,7 +18,12 @@ WITHIN = 3.0  # a problem is told and forgotten
 
 
 class OdpTest(OfficeTest, PresenterSuite):
-    pass
+    def test_next_leads_out_of_the_dark_to_the_end(self):
+        self.start_at(self.count)
+        self.go("/api/blank", {"on": True}, blank=True, atEnd=False)
+        self.go("/api/next", slide=self.count, blank=False, atEnd=True)
+        self.go("/api/next", slide=self.count, blank=False, atEnd=True)
+        self.go("/api/previous", slide=self.count, blank=False, atEnd=False)
 
 
 class FourToThreeTest(OfficeTest, PresenterSuite):

@@ -95,6 +95,7 @@ class Show:
             return self._turn_hidden(1)
         self._pace()
         self._controller().gotoNextEffect()
+        self._dark = False  # on the last slide the press leads from one pause to another: the end
         if now["step"] < now["steps"]:
             self._step = now["step"] + 1
         else:
