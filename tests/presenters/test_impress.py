@@ -18,6 +18,18 @@ WITHIN = 3.0  # a problem is told and forgotten
 
 
 class OdpTest(OfficeTest, PresenterSuite):
+    def test_previous_leaves_out_a_hidden_slide_that_was_shown_before(self):
+        for first in (1, 3):
+            with self.subTest(first=first):
+                self.start_at(first)
+                self.go("/api/goto", {"slide": self.hidden}, slide=self.hidden)
+                self.go("/api/next", slide=self.hidden + 1)
+                slides = {self.engine.post("/api/previous")["slide"]}
+                slides.add(self.wait_for(slide=self.hidden - 1)["slide"])
+                self.assertNotIn(self.hidden, slides)
+                self.go("/api/next", slide=self.hidden + 1)
+                self.go("/api/show/end", presenting=False)
+
     def test_next_leads_out_of_the_dark_to_the_end(self):
         self.start_at(self.count)
         self.go("/api/blank", {"on": True}, blank=True, atEnd=False)

@@ -2,7 +2,7 @@
 from __future__ import annotations
 
 import time
-from typing import Any, Callable, Dict, Tuple
+from typing import Any, Callable, Dict, Set, Tuple
 
 from ..presenter import Refused
 from .connection import values
@@ -27,11 +27,13 @@ class Show:
         self._step = 0
         self._ready = 0.0   # when the next press counts
         self._dark = False  # it was darkened from here, which the end of a show looks like
+        self._unhidden: Set[int] = set()  # hidden slides that this show went to
 
     def look(self) -> Dict[str, Any]:
         running = self._deck.is_running()
         if not running:
             self._control, self._known, self._step, self._dark = None, (-2, 0), 0, False
+            self._unhidden.clear()
             slide, steps, paused = self._editor_page().Number, 0, False
         else:
             slide, paused = self._page(), self._is_paused()
@@ -108,7 +110,7 @@ class Show:
         if now["at_end"]:
             self._controller().gotoLastSlide()
             return self._until(lambda: not self._is_paused())
-        if self._known[0] < 0:
+        if self._known[0] < 0 or (now["step"] == 0 and self._would_unhide(now["slide"])):
             return self._turn_hidden(-1)
         self._pace()
         self._controller().gotoPreviousEffect()
@@ -122,6 +124,15 @@ class Show:
         number = self._editor_page().Number + by
         if 1 <= number <= self._deck.count:
             self.go_to(number)
+
+    def _would_unhide(self, slide: int) -> bool:
+        """On its way back Impress shows a hidden slide again that was shown before."""
+        number = slide - 1
+        while self._unhidden and number >= 1 and not self._deck.page(number).Visible:
+            if number in self._unhidden:
+                return True
+            number -= 1
+        return False
 
     def _turn_hidden(self, by: int) -> None:
         """From a hidden slide that the show leaves out Impress would go back to where it was."""
@@ -140,6 +151,8 @@ class Show:
             controller.setCurrentPage(page)
             return
         self._controller().gotoSlide(page)
+        if not page.Visible:
+            self._unhidden.add(number)
         self._ready = time.monotonic() + PACE_SECONDS
         self._until(lambda: self._page() == number and not self._is_paused())
         self._step = 0
