@@ -210,9 +210,10 @@ class PresenterSuite(PresenterSteps):
         self.start_at(2)
         self.engine.post("/api/export")
         if not self.exports_in_show:
-            waiting = self.state()["export"]
-            self.assertEqual((waiting["state"], waiting["sentence"]),
-                             ("waiting", "The export starts when the show ends."))
+            waiting = wait_until(
+                lambda: (lambda now: now["state"] == "waiting" and now)(self.state()["export"]),
+                "the export waits", SOON)
+            self.assertEqual(waiting["sentence"], "The export starts when the show ends.")
             self.go("/api/next", slide=3)
             self.assertEqual(self.state()["export"], waiting)
             self.go("/api/show/end", presenting=False)
