@@ -84,7 +84,7 @@ class Scene {
     pad.asked.clear();
     pad.usedUp.clear();
     pad.received = 0;
-    helper_.handleInvitation(pad.peer, pad.device.rawKey(),
+    helper_.handleInvitation({pad.peer, pad.device.rawKey()},
                              [](bool accept, const std::shared_ptr<PeerSession>& session) {
                                require(accept && session, "a paired device is accepted");
                              });
