@@ -45,6 +45,12 @@ class InkSteps:
         return "the viewer shows slide 3 on the whole screen, under an overlay that nothing is drawn on"
 
     def step_strokes(self):
+        places = self.draw_strokes()
+        self.settled_picture("ink")
+        return f"two strokes of a file lie where they were drawn, by {places} looks at them"
+
+    def draw_strokes(self):
+        """Once they are seen; at how many places."""
         file = os.path.join(self.desktop.folder, "strokes")
         with open(file, "w", encoding="utf-8") as text:
             text.write("\n\n".join("\n".join(f"{x:.5f} {y:.5f}" for x, y in stroke)
@@ -52,8 +58,7 @@ class InkSteps:
         self.ipad("draw", file, "--duration", "1")
         places = [place for stroke in hand_drawn_strokes() for place in stroke[::8]]
         self.wait_for_ink(places)
-        self.settled_picture("ink")
-        return f"two strokes of a file lie where they were drawn, by {len(places)} looks at them"
+        return len(places)
 
     def step_figure(self):
         self.ipad("draw", "--figure", "star", "--duration", "0.5")
