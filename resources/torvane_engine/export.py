@@ -88,7 +88,9 @@ class Exporter:
             thread, document = self._chooser.find(identifier)
             if thread.snapshot.problem is not None:
                 raise Refused(thread.snapshot.problem)
-            self._file, self._status = None, Status("running", document.id)
+            waits = self._is_held_up(thread)
+            self._file, self._status = None, Status(
+                "waiting" if waits else "running", document.id, sentence=SHOW_RUNS if waits else None)
             threading.Thread(target=self._run, args=(thread, document), daemon=True).start()
 
     def close(self) -> None:

@@ -216,8 +216,9 @@ class ExportTest(unittest.TestCase):
     def test_it_waits_for_the_end_of_the_show(self):
         self.fake.set(presenting=True)
         self.wait_for(lambda state: state["presenting"], "the show")
-        self.post()
-        self.assertEqual(self.once("waiting")["sentence"], "The export starts when the show ends.")
+        _, state = self.post()
+        self.assertEqual((state["export"]["state"], state["export"]["sentence"]),
+                         ("waiting", "The export starts when the show ends."))
         self.assertEqual(self.refusal(), (409, "The export starts when the show ends."))
         self.assertNotIn(("export_pdf", "d1"), self.fake.calls)
         self.fake.set(presenting=False)

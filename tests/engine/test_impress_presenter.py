@@ -13,6 +13,7 @@ from torvane_engine.presenters.impress import running_office
 from torvane_engine.presenters.impress.presenter import Impress
 from torvane_engine.presenters.lines import Gone, Silent
 from torvane_engine.presenters.presenter import Absent, Document, Page, Refused, Unavailable
+from torvane_engine.presenters.wake import Wake
 
 LOOK = {"documents": [["a", "A.odp", True], ["b", "B.odp", False]], "document": "a", "slide": 3,
         "count": 9, "step": 1, "steps": 2, "aspect": 0.75, "presenting": True, "blank": False,
@@ -25,6 +26,10 @@ class Child:
     def __init__(self):
         self.is_running, self.asked, self.answer = True, [], {"answer": None}
         self.progress = []
+        self.news = []
+
+    def wait_for_news(self, seconds, wake):
+        return bool(self.news) and self.news.pop()
 
     def ask(self, question, seconds, report, in_all):
         self.asked.append((question["do"], question["with"], seconds))
@@ -52,6 +57,24 @@ class ImpressTest(unittest.TestCase):
         self.assertEqual(look.documents, (Document("a", "A.odp", True), Document("b", "B.odp")))
         self.assertEqual((look.document, look.slide, look.step, look.aspect, look.revision),
                          ("a", 3, 1, 0.75, 4))
+
+    def test_a_show_is_looked_at_when_it_has_news_and_seldom_else(self):
+        self.child.answer = {"answer": {**LOOK, "presenting": False}}
+        self.impress.look()
+        self.assertEqual(self.impress.poll_seconds, 0.1)
+        self.child.answer = {"answer": dict(LOOK)}
+        self.impress.look()
+        self.assertEqual(self.impress.poll_seconds, 0.5)
+        self.assertFalse(self.impress.rest(1, Wake()))
+        self.child.news = [True]
+        self.assertTrue(self.impress.rest(1, Wake()))
+        self.child.answer = {"answer": dict(LOOK)}
+        self.impress.look()  # what is told can be seen a little later
+        self.assertEqual(self.impress.poll_seconds, 0.05)
+
+    def test_rests_without_a_child(self):
+        self.child.is_running = False
+        self.assertFalse(self.impress.rest(0, Wake()))
 
     def test_actions_go_to_the_child_with_limits(self):
         self.impress.next()

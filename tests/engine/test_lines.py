@@ -9,6 +9,7 @@ import unittest
 from engine_support import DEADLINE, PYTHON, SCRIPT
 from torvane_engine.presenters import lines
 from torvane_engine.presenters.lines import Gone, LineProcess, Silent
+from torvane_engine.presenters.wake import Wake
 
 START = """
 import json, os, sys, time
@@ -62,6 +63,43 @@ say("\\n")
         self.assertRaises(Silent, lines.answer, 0.01)
         self.assertTrue(child.is_running)
         self.assertEqual(lines.answer(DEADLINE)["answer"], 7)
+
+    def test_news_between_two_questions(self):
+        child = self.child("answer(question); say('{\"id\": 0}\\n')")
+        wake = Wake()
+        child.ask({"do": ""}, DEADLINE)
+        self.assertTrue(child.wait_for_news(DEADLINE, wake))
+        self.assertFalse(child.wait_for_news(0.01, wake))
+        child.ask({"do": ""}, DEADLINE)
+        self.assertTrue(child.wait_for_news(DEADLINE, wake))
+
+    def test_news_that_come_before_an_answer_are_not_lost(self):
+        child = self.child("say('{\"id\": 0}\\n'); answer(question)")
+        child.ask({"do": ""}, DEADLINE)
+        self.assertTrue(child.wait_for_news(0, Wake()))
+        self.assertFalse(child.wait_for_news(0, Wake()))
+
+    def test_late_answers_are_no_news(self):
+        child = self.child("answer(question); answer(question)")
+        child.ask({"do": ""}, DEADLINE)
+        self.assertFalse(child.wait_for_news(0.1, Wake()))
+
+    def test_waiting_for_news_ends_when_it_is_woken(self):
+        child = self.child("answer(question)")
+        child.ask({"do": ""}, DEADLINE)
+        wake = Wake()
+        wake.set()
+        before = time.monotonic()
+        self.assertFalse(child.wait_for_news(1000, wake))
+        self.assertLess(time.monotonic() - before, DEADLINE)
+        wake.clear()
+        self.assertFalse(child.wait_for_news(0.01, wake))
+
+    def test_a_child_that_ends_is_news(self):
+        for end in ("os._exit(0)", "say('nonsense\\n')"):
+            child = self.child("answer(question); " + end)
+            child.ask({"do": ""}, DEADLINE)
+            self.assertTrue(child.wait_for_news(DEADLINE, Wake()))
 
     def test_silent_child_is_ended_and_started_anew(self):
         child = self.child("""

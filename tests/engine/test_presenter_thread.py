@@ -3,6 +3,7 @@ from __future__ import annotations
 
 import tempfile
 import threading
+import time
 import unittest
 from unittest import mock
 
@@ -277,6 +278,19 @@ class TurnTest(unittest.TestCase):
                          ["d1 1 r1", "d1 2 r1", "d1 3 r1"])
 
 
+class NewsPresenter(FakePresenter):
+    poll_seconds = 1000.0
+
+    def __init__(self):
+        super().__init__()
+        self.has_news = threading.Event()
+
+    def rest(self, seconds, wake):
+        had = self.has_news.wait(min(seconds, 0.01))
+        self.has_news.clear()
+        return had
+
+
 class RunningThreadTest(unittest.TestCase):
     """The thread itself, with a presenter that hangs."""
 
@@ -287,6 +301,19 @@ class RunningThreadTest(unittest.TestCase):
         self.addCleanup(self.thread.stop)
         self.addCleanup(self.go_on.set)
         self.assertTrue(self.thread.first_look.wait(DEADLINE))
+
+    def test_news_are_looked_at_at_once(self):
+        fake = NewsPresenter()
+        thread = PresenterThread(fake)
+        thread.start()
+        self.addCleanup(thread.stop)
+        self.assertTrue(thread.first_look.wait(DEADLINE))
+        fake.now_shown = fake.now_shown._replace(slide=2)
+        fake.has_news.set()
+        deadline = time.monotonic() + DEADLINE
+        while thread.snapshot.look.slide != 2:
+            self.assertLess(time.monotonic(), deadline)
+            time.sleep(0.001)
 
     def test_picture_is_made_on_demand_in_the_next_width_and_kept(self):
         picture = self.thread.picture(2, 600)

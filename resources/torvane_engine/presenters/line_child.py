@@ -8,29 +8,35 @@ import sys
 import threading
 from typing import Any, Callable, Dict
 
-from .lines import Report
+from .lines import NEWS, Report
 
 Respond = Callable[[Dict[str, Any], Report], Dict[str, Any]]
+WRITING = threading.Lock()  # news and progress may come from any thread
+
+
+def tell_news() -> None:
+    """Something is to be seen that nobody has asked for yet."""
+    _write(NEWS, {})
+
+
+def _write(number: int, members: Dict[str, Any]) -> None:
+    with WRITING:
+        sys.stdout.write(json.dumps({"id": number, **members}) + "\n")
+        sys.stdout.flush()
 
 
 def answer_lines(respond: Respond) -> None:
     """Answers one question after the other, until the process ends with its standard input, also in
     the middle of an answer. `report` tells how far a long answer is: how much of how much."""
     questions: queue.Queue = queue.Queue()
-    writing = threading.Lock()
 
     def read() -> None:
         for line in sys.stdin:
             questions.put(line)
         os._exit(0)
 
-    def write(number: int, members: Dict[str, Any]) -> None:
-        with writing:  # progress may come from another thread
-            sys.stdout.write(json.dumps({"id": number, **members}) + "\n")
-            sys.stdout.flush()
-
     threading.Thread(target=read, daemon=True).start()
     while True:
         question = json.loads(questions.get())
         number = question["id"]
-        write(number, respond(question, lambda *done: write(number, {"progress": done})))
+        _write(number, respond(question, lambda *done: _write(number, {"progress": done})))

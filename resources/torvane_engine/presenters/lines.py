@@ -1,5 +1,6 @@
 """Talks in lines with something that may hang or die: one JSON object for a question, one for its
-answer, and a time limit for each. Lines that tell the progress of a long answer may come first."""
+answer, and a time limit for each. Lines that tell the progress of a long answer may come first, and
+those that tell news at any time."""
 from __future__ import annotations
 
 import json
@@ -11,7 +12,10 @@ import sys
 import time
 from typing import Any, Callable, Dict, Optional, Sequence
 
+from .wake import Wake
+
 MAX_LINE = 4 * 1024 * 1024
+NEWS = 0  # in place of a question's number: there is something to be asked about
 PACKAGES = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 
 Report = Callable[[int, int], None]  # how much is done of how much
@@ -31,7 +35,8 @@ class Lines:
     def __init__(self, incoming: int, outgoing: int) -> None:
         self._incoming, self._outgoing = incoming, outgoing
         self._received = b""
-        self._number = 0
+        self._number = NEWS
+        self._has_news = False
 
     def ask(self, question: Dict[str, Any], seconds: float, report: Optional[Report] = None,
             in_all: float = math.inf) -> Dict[str, Any]:
@@ -53,18 +58,31 @@ class Lines:
         start = time.monotonic()
         deadline = start + seconds
         while True:
-            try:
-                answer = json.loads(self._line(deadline))
-            except (ValueError, RecursionError):
-                raise Gone("no JSON") from None
-            if not isinstance(answer, dict):
-                raise Gone("no JSON object")
+            answer = self._object(deadline)
             if answer.get("id") != self._number:
+                self._has_news |= answer.get("id") == NEWS
                 continue
             if report is None or "progress" not in answer:
                 return answer
             report(*answer["progress"])
             deadline = min(time.monotonic() + seconds, start + in_all)
+
+    def wait_for_news(self, seconds: float, wake: Wake) -> bool:
+        """Between two questions: until there are any or it is woken. Whether there are. Raises Gone
+        and Silent."""
+        if not self._has_news and (self._received or wake.wait(seconds, self._incoming)):
+            self._has_news = self._object(time.monotonic() + seconds).get("id") == NEWS
+        told, self._has_news = self._has_news, False
+        return told
+
+    def _object(self, deadline: float) -> Dict[str, Any]:
+        try:
+            told = json.loads(self._line(deadline))
+        except (ValueError, RecursionError):
+            raise Gone("no JSON") from None
+        if not isinstance(told, dict):
+            raise Gone("no JSON object")
+        return told
 
     def _write(self, data: bytes, deadline: float) -> None:
         while data:
@@ -119,6 +137,15 @@ class LineProcess:
         except (Gone, Silent):
             self.end()
             raise
+
+    def wait_for_news(self, seconds: float, wake: Wake) -> bool:
+        """As Lines.wait_for_news, of a process that runs; that it ends is news."""
+        try:
+            return self._lines.wait_for_news(seconds, wake)
+        except Silent:
+            return False
+        except (Gone, OSError):  # it may be ended by another thread
+            return True
 
     def lines(self) -> Lines:
         """Of the running process, for those who wait longer: they end it themselves after Gone."""

@@ -10,6 +10,7 @@ import abc
 from typing import Any, Callable, NamedTuple, Optional, Tuple
 
 from .lines import Report
+from .wake import Wake
 
 
 class Progress(NamedTuple):
@@ -91,7 +92,7 @@ class Presenter(abc.ABC):
     """
 
     name = ""            # for the log
-    poll_seconds = 0.1   # between two looks while all is well
+    poll_seconds = 0.1   # between two looks while all is well, and it tells no news
     retry_seconds = 1.0  # between two looks while it is absent or unavailable
     widths: Tuple[int, ...] = (320, 640, 1280, 1920)  # of pictures
     idle_width: Optional[int] = 320  # of the pictures that are made before anybody asks
@@ -101,6 +102,12 @@ class Presenter(abc.ABC):
     @abc.abstractmethod
     def look(self) -> Look:
         """Asked ten times a second: cheap, and the only way in which the engine learns anything."""
+
+    def rest(self, seconds: float, wake: Wake) -> bool:
+        """Waits until it is woken, at most `seconds`. True, and sooner, when there is news: a look is
+        due at once. A presenter that tells all news need not be looked at as often."""
+        wake.wait(seconds)
+        return False
 
     @abc.abstractmethod
     def next(self) -> None:

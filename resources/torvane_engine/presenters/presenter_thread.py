@@ -11,6 +11,7 @@ from ..log import log_error
 from .picture_cache import Picture, PictureCache
 from .presenter import Absent, Look, Page, Presenter, Progress, Refused, Unavailable
 from .slide_reader import SlideReader
+from .wake import Wake
 
 MAX_COMMANDS = 16        # that wait for their turn
 COMMAND_SECONDS = 2.0    # a command that could not begin by then is no longer meant
@@ -68,7 +69,7 @@ class PresenterThread:
         self._reader = SlideReader(presenter, self._cache)
         self._commands: Deque[Ticket] = collections.deque()
         self._next_look = -math.inf
-        self._wake = threading.Event()
+        self._wake = Wake()
         self._stopped = False
 
     def start(self) -> None:
@@ -113,8 +114,8 @@ class PresenterThread:
         while not self._stopped:
             self._wake.clear()  # before the look at what there is to do: nothing is missed
             seconds = self.turn() - self._clock()
-            if seconds > 0:
-                self._wake.wait(min(seconds, 3600.0))
+            if seconds > 0 and self.presenter.rest(min(seconds, 3600.0), self._wake):
+                self._next_look = -math.inf
 
     def turn(self) -> float:
         """One thing, the most urgent first; returns when the next may be due."""

@@ -4,6 +4,7 @@ from __future__ import annotations
 import time
 from typing import Any, Dict, List, Optional
 
+from ..line_child import tell_news
 from ..lines import Report
 from ..presenter import Absent, Refused
 from .connection import connect
@@ -45,7 +46,7 @@ class Desktop:
             del self._decks[uid], self._shows[uid]
         for uid in models.keys() - self._decks.keys():
             self._decks[uid] = self._new_deck(models[uid])
-            self._shows[uid] = Show(self._decks[uid])
+            self._shows[uid] = Show(self._decks[uid], tell_news)
         self._decks = {uid: self._decks[uid] for uid in models}
         self._titles = {uid: model.Title for uid, model in models.items()}
         self._running = [uid for uid, deck in self._decks.items() if deck.is_running()]

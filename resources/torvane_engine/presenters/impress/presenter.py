@@ -4,13 +4,19 @@ from __future__ import annotations
 import os
 import shutil
 import tempfile
+import time
 from typing import Any, Optional
 
 from ..lines import Gone, Report, Silent, python_child
 from ..presenter import Absent, Document, Look, Page, Presenter, Refused, Unavailable
+from ..wake import Wake
 from . import running_office
 
 CALL_SECONDS = 1.5    # a look
+# Between two looks: in the editor; in a show, which tells what happens; and while it happens, as it
+# is told a little before it can be seen.
+EDITOR_SECONDS, SHOW_SECONDS, CHANGE_SECONDS = 0.1, 0.5, 0.05
+CHANGING_SECONDS = 0.3
 ACTION_SECONDS = 2.5  # an action: a show takes long to begin on a busy machine
 START_SECONDS = 5.0  # for the child, UNO and the way to the office
 LONG_SECONDS = 10.0
@@ -26,6 +32,7 @@ class Impress(Presenter):
     def __init__(self, process: Any = None) -> None:
         self._process = process or python_child(__package__)
         self._folder = tempfile.mkdtemp(prefix="torvane-")
+        self._changing_until = 0.0
 
     def _ask(self, seconds: float, action: str, *arguments: Any,
              report: Optional[Report] = None) -> Any:
@@ -52,7 +59,22 @@ class Impress(Presenter):
     def look(self) -> Look:
         answer = self._ask(CALL_SECONDS, "look")
         documents = tuple(Document(*one) for one in answer.pop("documents"))
-        return Look(documents, **answer)
+        look = Look(documents, **answer)
+        self.poll_seconds = self._pace(look)
+        return look
+
+    def _pace(self, look: Look) -> float:
+        if not look.presenting:
+            return EDITOR_SECONDS
+        return CHANGE_SECONDS if time.monotonic() < self._changing_until else SHOW_SECONDS
+
+    def rest(self, seconds: float, wake: Wake) -> bool:
+        if not self._process.is_running:
+            return super().rest(seconds, wake)
+        news = self._process.wait_for_news(seconds, wake)
+        if news:
+            self._changing_until = time.monotonic() + CHANGING_SECONDS
+        return news
 
     def next(self) -> None:
         self._ask(ACTION_SECONDS, "next")

@@ -7,6 +7,7 @@ from typing import Any, Callable, Dict, Set, Tuple
 from ..presenter import Refused
 from .connection import values
 from .document import Deck
+from .show_news import ShowNews
 
 SEEN_SECONDS = 0.2  # that an action waits until what it did can be seen
 GLANCE_SECONDS = 0.004
@@ -18,8 +19,9 @@ class Show:
     """Slides are pages of the document: an index of the show leaves out hidden ones, or not,
     depending on how the show was started."""
 
-    def __init__(self, deck: Deck) -> None:
+    def __init__(self, deck: Deck, news: Callable[[], None]) -> None:
         self._deck = deck
+        self._news = ShowNews(news)
         self._control: Any = None
         self._index_of: Any = None   # the control's
         self._paused_of: Any = None
@@ -53,6 +55,7 @@ class Show:
             self._control = self._deck.show.getController()
             if self._control is None:
                 raise Refused("The slide show is starting or ending: try again.")
+            self._control.addSlideShowListener(self._news)
             # Looked up once: that takes longer than the calls.
             self._index_of = self._control.getCurrentSlideIndex
             self._paused_of = self._control.isPaused

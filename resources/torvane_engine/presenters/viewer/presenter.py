@@ -17,6 +17,8 @@ from .running import Ended, Running
 SAMPLE_TITLE = "Torvane sample deck"
 NO_SHOW = "No slide show runs: start it first."
 NOT_OPEN = "This presentation is not open any more."
+# Between two looks: while a viewer runs, and to find one that somebody has opened.
+RUNNING_SECONDS, RESTING_SECONDS = 0.1, 0.5
 BROKEN = "The viewer sent no picture."
 
 
@@ -33,7 +35,9 @@ class Viewer(Presenter):
         self._resting = Resting()
 
     def look(self) -> Look:
+        self.poll_seconds = RESTING_SECONDS
         if self._running.find():
+            self.poll_seconds = RUNNING_SECONDS
             try:
                 facts = self._running.ask("look")
                 self._resting.follow(facts["path"], facts["slide"])
