@@ -21,9 +21,9 @@ MOST_STROKES = 200    # of a slide, well below what the engine keeps
 
 
 class Rehearsal:
-    def __init__(self, office: PrivateOffice, witness: Witness, slides: int, seed: int) -> None:
-        self.office, self.witness = office, witness
-        self.client = Client(office.engine.port)
+    def __init__(self, office: PrivateOffice, witness: Witness, client: Client, slides: int,
+                 seed: int) -> None:
+        self.office, self.witness, self.client = office, witness, client
         self.random = random.Random(seed)
         self.model = ShowModel(decks.slides(slides))
         self.ink: Dict[int, Dict[int, List[Any]]] = {}

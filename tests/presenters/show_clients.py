@@ -5,7 +5,7 @@ import http.client
 import json
 import threading
 import time
-from typing import Any, Callable, Dict, List
+from typing import Any, Callable, Dict, List, Tuple
 
 INK_SECONDS, STATE_SECONDS = 0.08, 0.25  # between two polls, as the helper and an iPad ask
 
@@ -24,23 +24,28 @@ class Client:
     def __init__(self, port: int) -> None:
         self._connection = http.client.HTTPConnection("127.0.0.1", port, timeout=30)
 
-    def ask(self, method: str, path: str, body: Any = None) -> Dict[str, Any]:
-        self._connection.request(method, path, json.dumps(body) if body else None)
+    def exchange(self, method: str, path: str, body: bytes) -> Tuple[int, bytes]:
+        """Status and body of the answer."""
+        self._connection.request(method, path, body or None)
         response = self._connection.getresponse()
-        answer = json.loads(response.read())
-        if response.status == 409:
+        return response.status, response.read()
+
+    def ask(self, method: str, path: str, body: Any = None) -> Dict[str, Any]:
+        status, data = self.exchange(method, path, json.dumps(body).encode() if body else b"")
+        answer = json.loads(data)
+        if status == 409:
             raise OutOfReach(answer["error"])
-        if response.status != 200:
-            raise Differs(f"{method} {path} {body or ''}: {response.status} {answer}")
+        if status != 200:
+            raise Differs(f"{method} {path} {body or ''}: {status} {answer}")
         return answer
 
 
 class Polls(threading.Thread):
     """One who asks again and again while the show goes on; the seconds each answer took."""
 
-    def __init__(self, port: int, path: Callable[[int], str], pause: float) -> None:
+    def __init__(self, client: Client, path: Callable[[int], str], pause: float) -> None:
         super().__init__(daemon=True)
-        self._client, self._path, self._pause = Client(port), path, pause
+        self._client, self._path, self._pause = client, path, pause
         self.seconds: List[float] = []
         self.failure = None
         self.over = threading.Event()

@@ -12,6 +12,7 @@ import base64
 import hashlib
 import json
 import ssl
+import struct
 import sys
 
 import nacl.signing
@@ -32,6 +33,11 @@ def start_device(desktop, name, *options):
     return desktop.spawn(name, [sys.executable, __file__, str(port), name, *options])
 
 
+def frame(header, body=b""):
+    text = json.dumps(header).encode()
+    return struct.pack(">I", len(text)) + text + body
+
+
 class Device:
     """Comes from an address of its own among this computer's, if one is given. `key` is made up
     where there is none; an old device has none at all."""
@@ -42,12 +48,14 @@ class Device:
         self.key = None if is_old else key or nacl.signing.SigningKey.generate()
         self.address = address
         self.link = None
+        self.challenge = ""
+        self.requests = 0
 
     async def invite(self):
         """Connects and asks to be let in; the first answer, "waiting" or a reason."""
         self.link = await websockets.connect(
             f"wss://127.0.0.1:{self.port}/link", ssl=TLS, subprotocols=["torvane.link.1"],
-            compression=None, open_timeout=TIMEOUT,
+            compression=None, open_timeout=TIMEOUT, max_size=64 << 20,
             local_addr=(self.address, 0) if self.address else None)
         hello = json.loads(await self.link.recv())
         message = {"type": "invite", "name": self.name}
@@ -64,6 +72,26 @@ class Device:
     async def final_answer(self):
         first = await self.invite()
         return await self.answer() if first == "waiting" else first
+
+    async def authenticate(self):
+        """Of a paired device, before its first request."""
+        header, body = await self._exchange(frame({"id": 0, "path": "/p2p/auth"}))
+        self.challenge = json.loads(body)["challenge"]
+
+    async def request(self, path, method="GET", body=b""):
+        """A signed one; status and body of the answer."""
+        self.requests += 1
+        inner = frame({"id": self.requests, "path": path, "method": method}, body)
+        signature = self.key.sign(self.challenge.encode() + inner).signature
+        header, body = await self._exchange(
+            frame({"signature": base64.b64encode(signature).decode()}, inner))
+        return header["status"], body
+
+    async def _exchange(self, message):
+        await self.link.send(message)
+        answer = await asyncio.wait_for(self.link.recv(), TIMEOUT)
+        (length,) = struct.unpack(">I", answer[:4])
+        return json.loads(answer[4:4 + length]), answer[4 + length:]
 
     async def close(self):
         if self.link:
