@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "app/bridge_delegate.h"
+#include "engine/python_diagnosis.h"
 #include "fakes/fake_desktop.h"
 #include "fakes/fake_ink.h"
 #include "platform/linux/curl_http_session.h"
@@ -54,10 +55,7 @@ class PrivateLink {
 // destroyed on the main thread.
 class BridgeHost {
  public:
-  BridgeHost() : delegate_(ports_) {
-    delegate_.openSession();
-    delegate_.startAdvertising();
-  }
+  BridgeHost() : delegate_(ports_) { delegate_.openLink(); }
   ~BridgeHost() { link_.end(); }
   BridgeHost(const BridgeHost&) = delete;
   BridgeHost& operator=(const BridgeHost&) = delete;

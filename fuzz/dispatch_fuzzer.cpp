@@ -6,9 +6,11 @@
 #include <array>
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 
 #include "app/bridge_delegate.h"
+#include "engine/engine_requests.h"
 #include "fakes/simulated_platform.h"
 #include "framed.h"
 #include "protocol/constants.h"
@@ -32,11 +34,12 @@ struct Pad {
 class Scene {
  public:
   explicit Scene(FuzzedDataProvider& script) : script_(script) {
-    helper_.openSession();
-    for (auto& pad : pads_) {
-      helper_.pair(pad.device.deviceKey(), "iPad");
-      connect(pad);
-    }
+    JsonObject paired;
+    for (const auto& pad : pads_) paired[pad.device.deviceKey()] = "iPad";
+    platform_.defaults.stored[PairingRegistry::pairedKey] = paired;
+    helper_.emplace(platform_.ports);
+    helper_->openLink();
+    for (auto& pad : pads_) connect(pad);
   }
 
   // Fewer steps than a connection may fail verifications.
@@ -84,10 +87,10 @@ class Scene {
     pad.asked.clear();
     pad.usedUp.clear();
     pad.received = 0;
-    helper_.handleInvitation({pad.peer, pad.device.rawKey()},
-                             [](bool accept, const std::shared_ptr<PeerSession>& session) {
-                               require(accept && session, "a paired device is accepted");
-                             });
+    const auto answers = platform_.peerLink.invite(pad.peer, pad.device.rawKey());
+    platform_.time.runDue();
+    require(answers->size() == 1 && answers->front().accept && answers->front().session,
+            "a paired device is accepted");
     platform_.peerLink.current().changeState(pad.peer, PeerState::connected);
     if (!script_.ConsumeBool()) receive(pad, test::challengeRequest(0));
     platform_.time.runDue();
@@ -96,9 +99,11 @@ class Scene {
   void reconnect(Pad& pad) {
     platform_.peerLink.current().changeState(pad.peer, PeerState::notConnected);
     platform_.time.runDue();
-    require(helper_.peerKeys.count(pad.peer) == 0 && helper_.challenges.count(pad.peer) == 0 &&
-                helper_.receivedIDs.count(pad.peer) == 0,
-            "nothing is kept of a peer that has gone");
+    const auto before = platform_.peerLink.current().sentTo(pad.peer).size();
+    platform_.peerLink.current().receive(pad.peer, test::challengeRequest(0));
+    platform_.time.runDue();
+    require(platform_.peerLink.current().sentTo(pad.peer).size() == before,
+            "a peer that has gone is not served");
     connect(pad);
   }
 
@@ -112,14 +117,25 @@ class Scene {
   }
 
   void receiveSigned(Pad& pad, const Bytes& inner) {
-    const auto challenge = helper_.challenges.find(pad.peer);
-    const bool hasChallenge = challenge != helper_.challenges.end();
-    receive(pad, pad.device.envelopeAround(hasChallenge ? challenge->second : "", inner));
+    const auto challenge = challengeOf(pad);
+    receive(pad, pad.device.envelopeAround(challenge.value_or(""), inner));
     auto frame = P2PFrame::decode(inner);
     const auto id = frame ? integerMember(frame->header, "id") : std::nullopt;
-    if (!hasChallenge || !id || !pad.usedUp.insert(*id).second) return;
+    if (!challenge || !id || !pad.usedUp.insert(*id).second) return;
     pad.asked.insert(*id);
     if (isForEngine(std::move(*frame))) ++expectedRequests_;
+  }
+
+  // As the replies to it tell.
+  std::optional<std::string> challengeOf(const Pad& pad) {
+    constexpr std::size_t kLength = 36;
+    for (const auto& reply : platform_.peerLink.current().sentTo(pad.peer)) {
+      const auto frame = P2PFrame::decode(reply);
+      const auto body = frame ? parseJsonObject(asText(frame->body)) : std::nullopt;
+      auto challenge = body ? stringMember(*body, "challenge") : std::nullopt;
+      if (challenge && challenge->size() == kLength) return challenge;
+    }
+    return std::nullopt;
   }
 
   static bool isForEngine(P2PFrame::Frame frame) {
@@ -188,7 +204,7 @@ class Scene {
 
   FuzzedDataProvider& script_;
   SimulatedPlatform platform_;
-  BridgeDelegate helper_{platform_.ports};
+  std::optional<BridgeDelegate> helper_;
   std::array<Pad, 3> pads_{Pad{test::SigningDevice{1}, {}}, Pad{test::SigningDevice{2}, {}},
                            Pad{test::SigningDevice{3}, {}}};
   std::vector<Bytes> messages_;

@@ -5,6 +5,7 @@
 #include <boost/url/parse.hpp>
 
 #include "bridge/engine_request.h"
+#include "engine/engine_requests.h"
 #include "framed.h"
 #include "protocol/constants.h"
 #include "require.h"

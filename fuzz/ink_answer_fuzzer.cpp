@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "app/bridge_delegate.h"
 #include "fakes/simulated_platform.h"
+#include "ink/ink_feed.h"
 #include "require.h"
 
 using namespace torvane;
@@ -143,21 +143,25 @@ struct Model {
   }
 };
 
-class Poller {
+class Poller final : public InkFeed::Host {
  public:
   Poller() {
-    helper_.serverRunning = true;
-    helper_.overlayView.setSize(kView.width, kView.height);
+    view_.setSize(kView.width, kView.height);
     platform_.http.server = [this](const HttpRequest& request) {
-      const bool isEvents = request.url.find("/api/ink/events?since=") != std::string::npos;
-      return FakeAnswer{httpResult(200, isEvents ? body_ : "picture")};
+      const auto since = request.url.find("/api/ink/events?since=");
+      if (since == std::string::npos) return FakeAnswer{httpResult(200, "picture")};
+      asked_.push_back(request.url.substr(request.url.find('=') + 1));
+      return FakeAnswer{httpResult(200, body_)};
     };
   }
 
   void poll(std::string_view body) {
     body_ = body;
-    helper_.inkTick();
+    asked_.clear();
+    ink_.inkTick();
     platform_.time.runDue();
+    require(asked_.size() == 1, "each tick asks, as the answer before it has ended");
+    require(asked_.front() == std::to_string(model_.seq), "from the last answer's number on");
     model_.take(body, platform_.time.now());
     check();
     draw();
@@ -166,9 +170,7 @@ class Poller {
 
  private:
   void check() {
-    const OverlayView& view = helper_.overlayView;
-    require(!helper_.inkBusy, "an answer ends");
-    require(helper_.inkSeq == model_.seq, "the sequence number is the last answer's");
+    const OverlayView& view = view_;
     require(view.strokes == model_.strokes, "the strokes are those that were sent");
     require(view.order == model_.order, "in the order in which they began");
     require(view.laser == model_.laser && view.laserAt == model_.laserAt, "the laser dot as well");
@@ -177,8 +179,10 @@ class Poller {
             "the overlay is there while something is presented");
   }
 
+  [[nodiscard]] bool isServerRunning() const override { return true; }
+
   void draw() {
-    OverlayView& view = helper_.overlayView;
+    OverlayView& view = view_;
     CheckingCanvas canvas;
     view.drawPlainly(canvas, platform_.time.now());
     for (int draws = 0; draws == 0 || (canBeDrawn() && !view.isSettled()); ++draws) {
@@ -189,14 +193,22 @@ class Poller {
 
   // An aspect may leave no place for the slide; then what is to be painted waits for another.
   [[nodiscard]] bool canBeDrawn() const {
-    const Rect slide = helper_.overlayView.slideRect();
+    const Rect slide = view_.slideRect();
     return slide.isFinite() && slide.width >= 0 && slide.height >= 0;
   }
 
   SimulatedPlatform platform_;
-  BridgeDelegate helper_{platform_.ports};
+  const std::shared_ptr<const int> lifetime_ = std::make_shared<const int>(0);
+  OverlayController overlay_{
+      {platform_.ports.windowServer, platform_.ports.screens, platform_.ports.overlaySurfaces}};
+  OverlayView& view_ = overlay_.view();
+  InkFeed ink_{{platform_.ports.http, platform_.ports.pictures, platform_.ports.clock},
+               MainHop(platform_.ports.mainQueue, lifetime_),
+               overlay_,
+               *this};
   Model model_;
   std::string body_;
+  std::vector<std::string> asked_;  // since which numbers
 };
 
 }  // namespace

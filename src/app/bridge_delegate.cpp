@@ -1,4 +1,4 @@
-// Construction, and what every slice of the delegate shares.
+// Construction, and what comes from the transport and the parts.
 
 #include "app/bridge_delegate.h"
 
@@ -9,37 +9,55 @@
 namespace torvane {
 namespace {
 
-std::map<std::string, std::string> loadPairedDevices(const UserDefaults& defaults) {
-  const auto stored = defaults.object(BridgeDelegate::pairedKey);
-  const auto* dictionary = stored ? stored->if_object() : nullptr;
-  if (dictionary == nullptr) return {};
-  std::map<std::string, std::string> devices;
-  for (const auto& entry : *dictionary) {
-    const auto* name = entry.value().if_string();
-    if (name == nullptr) return {};  // one bad value makes the whole dictionary untrustworthy
-    devices.emplace(entry.key(), *name);
-  }
-  return devices;
+std::string computerName(const Platform& platform) {
+  return platform.processInfo.hostName().value_or(platform.texts.namelessComputer);
+}
+
+Engine::Ports enginePorts(Platform& platform) {
+  return {.bundle = platform.bundle,
+          .files = platform.files,
+          .processes = platform.processes,
+          .processInfo = platform.processInfo,
+          .backgroundQueue = platform.backgroundQueue,
+          .mainQueue = platform.mainQueue,
+          .http = platform.http,
+          .clock = platform.clock,
+          .python = platform.python,
+          .texts = platform.texts};
+}
+
+Updater::Ports updaterPorts(Platform& platform) {
+  return {.application = platform.application,
+          .bundle = platform.bundle,
+          .files = platform.files,
+          .processes = platform.processes,
+          .processInfo = platform.processInfo,
+          .backgroundQueue = platform.backgroundQueue,
+          .mainQueue = platform.mainQueue,
+          .http = platform.http,
+          .clock = platform.clock,
+          .codeCheck = platform.codeCheck,
+          .texts = platform.texts};
 }
 
 }  // namespace
 
 BridgeDelegate::BridgeDelegate(Platform& platform)
-    : pairedDevices(loadPairedDevices(platform.defaults)),
-      peerID(platform.peerLink.makePeerID(
-          platform.processInfo.hostName().value_or(platform.texts.namelessComputer))),
-      platform_(platform),
-      engineLog_(platform.files, platform.processInfo.logDirectory()),
+    : platform_(platform),
       main_(platform.mainQueue, lifetime_),
-      turns_([this](PeerTurns::Work work) { main_.async(std::move(work)); }) {
+      turns_([this](PeerTurns::Work work) { main_.async(std::move(work)); }),
+      registry_(platform.defaults, main_),
+      sessions_(platform.peerLink, computerName(platform), admitted_, *this),
+      invitations_({platform.application, platform.texts}, registry_, admitted_, *this, *this),
+      proxy_(platform.http),
+      router_({platform.bundle, platform.clock}, admitted_, proxy_),
+      engine_(enginePorts(platform), main_, *this, *this),
+      overlay_({platform.windowServer, platform.screens, platform.overlaySurfaces}),
+      ink_({platform.http, platform.pictures, platform.clock}, main_, overlay_, *this),
+      updater_(updaterPorts(platform), main_, *this, *this) {
   const int ready = sodium_init();
   assert(ready >= 0);
   static_cast<void>(ready);
-  for (const auto& [deviceKey, name] : pairedDevices) registeredKeys->insert(deviceKey);
-}
-
-BridgeDelegate::~BridgeDelegate() {
-  abandonUpdate();
 }
 
 void BridgeDelegate::assertMainThread() const {
@@ -49,6 +67,58 @@ void BridgeDelegate::assertMainThread() const {
 bool BridgeDelegate::defaultsFlag(const char* key) const {
   const auto value = platform_.defaults.object(key);
   return value && countsAsTrue(*value);
+}
+
+void BridgeDelegate::sessionPeerDidChange(std::shared_ptr<PeerSession> reporting, PeerID peer,
+                                          PeerState state) {
+  // Behind what the peer has sent before.
+  turns_.async(peer, [this, reporting = std::move(reporting), peer, state] {
+    assertMainThread();
+    sessions_.peerDidChange(*reporting, peer, state);
+  });
+}
+
+void BridgeDelegate::sessionDidReceive(std::shared_ptr<PeerSession> reporting, Bytes data,
+                                       Asker from) {
+  const PeerID peer = from.peer;
+  turns_.async(peer, [this, reporting = std::move(reporting), data = std::move(data),
+                      from = std::move(from)] {
+    assertMainThread();
+    if (sessions_.current() == reporting) router_.handleRequest(reporting, data, from);
+  });
+}
+
+void BridgeDelegate::advertiserDidNotStart(std::string error) {
+  main_.async(
+      [this, error = std::move(error)] { sessions_.advertisingDidChange(std::move(error)); });
+}
+
+void BridgeDelegate::advertiserDidRecover() {
+  main_.async([this] { sessions_.advertisingDidChange(std::nullopt); });
+}
+
+void BridgeDelegate::advertiserDidReceiveInvitation(Invitation invitation,
+                                                    InvitationHandler handler) {
+  main_.async([this, invitation = std::move(invitation), handler = std::move(handler)] {
+    assertMainThread();
+    invitations_.handleInvitation(invitation, handler);
+  });
+}
+
+bool BridgeDelegate::isServerRunning() const {
+  return engine_.isRunning();
+}
+
+std::shared_ptr<PeerSession> BridgeDelegate::currentSession() const {
+  return sessions_.current();
+}
+
+void BridgeDelegate::serverRunningWasLearnt() {
+  updateIcon();
+}
+
+void BridgeDelegate::linkDidChange() {
+  updateIcon();
 }
 
 }  // namespace torvane

@@ -26,7 +26,7 @@ constexpr const char* kFullDiskAccessSettings =
 
 int BridgeDelegate::runAlert(AlertContent content) {
   assertMainThread();
-  content.screen = screenBesideSlideShow();
+  content.screen = overlay_.screenBesideSlideShow();
   return platform_.alerts.runModal(content);
 }
 

@@ -1,9 +1,8 @@
-// Housekeeping of the installed copy at start-up: other copies are ended, the one under the former
-// name is thrown away, and permissions that stand for a replaced executable are asked for afresh.
-// Ports: Bundle, RunningApplications, Workspace, FileSystem, Accessibility, UserDefaults,
-// ProcessLauncher, PrivacyDatabase.
+#include "app/install_hygiene.h"
 
-#include "app/bridge_delegate.h"
+#include <optional>
+#include <string>
+
 #include "protocol/sha256.h"
 
 namespace torvane {
@@ -12,11 +11,6 @@ namespace {
 constexpr const char* kFormerBundle = "/Applications/Torvane P2P.app";
 constexpr const char* kOwnBundleIdentifier = "app.torvane.p2p-helper";
 constexpr const char* kResetForBinary = "tccResetForBinary";
-
-std::optional<std::string> textValue(const std::optional<JsonValue>& value) {
-  if (!value || !value->is_string()) return std::nullopt;
-  return std::string(value->get_string());
-}
 
 // None when not all of the file could be read.
 std::optional<std::string> sha256OfFile(FileSystem& files, const std::string& path) {
@@ -45,40 +39,34 @@ void resetPermission(ProcessLauncher& processes, const std::string& service,
 
 }  // namespace
 
-std::optional<std::string> BridgeDelegate::bundleIdentifier() const {
-  return textValue(platform_.bundle.infoValue("CFBundleIdentifier"));
-}
-
-void BridgeDelegate::retireOldNamedApp() {
-  assertMainThread();
-  const std::string own = platform_.bundle.path();
-  if (const auto identifier = bundleIdentifier()) {
-    for (const auto& other : platform_.runningApplications.withBundleIdentifier(*identifier)) {
+void retireOldNamedApp(const Platform& platform) {
+  const std::string own = platform.bundle.path();
+  if (const auto identifier = identifierOf(platform.bundle)) {
+    for (const auto& other : platform.runningApplications.withBundleIdentifier(*identifier)) {
       if (!other.bundlePath || *other.bundlePath == own) continue;
-      platform_.runningApplications.forceTerminate(other);
+      platform.runningApplications.forceTerminate(other);
     }
   }
-  if (own == kFormerBundle || !platform_.files.exists(kFormerBundle)) return;
-  static_cast<void>(platform_.workspace.moveToTrash(kFormerBundle));  // nobody to tell
+  if (own == kFormerBundle || !platform.files.exists(kFormerBundle)) return;
+  static_cast<void>(platform.workspace.moveToTrash(kFormerBundle));  // nobody to tell
 }
 
-void BridgeDelegate::tccSelfHealIfReplaced() {
-  assertMainThread();
-  if (platform_.accessibility.isTrusted()) return;
-  const auto executable = platform_.bundle.executablePath();
-  const auto hash = executable ? sha256OfFile(platform_.files, *executable) : std::nullopt;
-  if (!hash || textValue(platform_.defaults.object(kResetForBinary)) == hash) return;
+void tccSelfHealIfReplaced(const Platform& platform) {
+  if (platform.accessibility.isTrusted()) return;
+  const auto executable = platform.bundle.executablePath();
+  const auto hash = executable ? sha256OfFile(platform.files, *executable) : std::nullopt;
+  if (!hash || textOf(platform.defaults.object(kResetForBinary)) == hash) return;
   // Stored first: once for an executable, whatever becomes of it.
-  platform_.defaults.setObject(kResetForBinary, JsonValue(*hash));
-  const std::string identifier = bundleIdentifier().value_or(kOwnBundleIdentifier);
+  platform.defaults.setObject(kResetForBinary, JsonValue(*hash));
+  const std::string identifier = identifierOf(platform.bundle).value_or(kOwnBundleIdentifier);
   for (const char* service : {"Accessibility", "AppleEvents", "SystemPolicyAppData"}) {
-    resetPermission(platform_.processes, service, identifier);
+    resetPermission(platform.processes, service, identifier);
   }
 }
 
-bool BridgeDelegate::hasFullDiskAccess() const {
-  return platform_.privacyDatabase.canRead(platform_.processInfo.homeDirectory() +
-                                           "/Library/Application Support/com.apple.TCC/TCC.db");
+bool hasFullDiskAccess(const Platform& platform) {
+  return platform.privacyDatabase.canRead(platform.processInfo.homeDirectory() +
+                                          "/Library/Application Support/com.apple.TCC/TCC.db");
 }
 
 }  // namespace torvane

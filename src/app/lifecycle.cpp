@@ -1,10 +1,9 @@
 // Start-up and shut-down of the whole program, in order.
 // Events: the application has launched, is about to end, "Quit". Ports: all of them, through the
-// slices called here.
-
-#include <cassert>
+// parts called here.
 
 #include "app/bridge_delegate.h"
+#include "app/install_hygiene.h"
 
 namespace torvane {
 namespace {
@@ -15,7 +14,6 @@ constexpr double kUpdateInterval = 43200;
 constexpr double kFirstUpdateCheckDelay = 5.0;
 constexpr double kEngineStartDelay = 1.5;
 constexpr double kFullDiskAccessOfferDelay = 2.0;
-constexpr double kEngineGoodbye = 0.3;
 
 constexpr const char* kDidShowWelcome = "didShowWelcome";
 constexpr const char* kFullDiskAccessOffered = "fdaNudgeShown";
@@ -24,17 +22,21 @@ constexpr const char* kFullDiskAccessOffered = "fdaNudgeShown";
 
 void BridgeDelegate::applicationDidFinishLaunching() {
   assertMainThread();
-  retireOldNamedApp();
+  retireOldNamedApp(platform_);
   statusItem = platform_.statusBar.makeStatusItem();
   updateIcon();
   if (statusItem) statusItem->setMenu(*this);
-  openSession();
-  startAdvertising();
+  openLink();
   const bool wasWelcomed = welcomeOnce();
-  tccSelfHealIfReplaced();
+  tccSelfHealIfReplaced(platform_);
   platform_.accessibility.promptForTrust();
   startTimers();
   if (wasWelcomed) offerFullDiskAccessOnce();
+}
+
+void BridgeDelegate::openLink() {
+  sessions_.open(*this);
+  sessions_.startAdvertising(registry_.registeredKeys(), *this);
 }
 
 bool BridgeDelegate::welcomeOnce() {
@@ -46,40 +48,28 @@ bool BridgeDelegate::welcomeOnce() {
 }
 
 void BridgeDelegate::startTimers() {
-  main_.every(kStatusInterval, [this] { pollTick(); });
-  checkStatus();
-  main_.every(kInkInterval, [this] { inkTick(); });
-  main_.after(kFirstUpdateCheckDelay, [this] { checkForUpdate(false); });
-  main_.every(kUpdateInterval, [this] { checkForUpdateTick(); });
+  main_.every(kStatusInterval, [this] { engine_.checkStatus(); });
+  engine_.checkStatus();
+  main_.every(kInkInterval, [this] { ink_.inkTick(); });
+  main_.after(kFirstUpdateCheckDelay, [this] { updater_.checkForUpdateTick(); });
+  main_.every(kUpdateInterval, [this] { updater_.checkForUpdateTick(); });
   // Late enough for the check above to find an engine left over from an earlier run.
-  main_.after(kEngineStartDelay, [this] {
-    if (!serverRunning) startServer();
-  });
+  main_.after(kEngineStartDelay, [this] { engine_.startServer(); });
 }
 
 void BridgeDelegate::offerFullDiskAccessOnce() {
-  if (hasFullDiskAccess() || defaultsFlag(kFullDiskAccessOffered)) return;
+  if (hasFullDiskAccess(platform_) || defaultsFlag(kFullDiskAccessOffered)) return;
   platform_.defaults.setObject(kFullDiskAccessOffered, true);
   main_.after(kFullDiskAccessOfferDelay, [this] { offerFullDiskAccess(); });
 }
 
 void BridgeDelegate::applicationWillTerminate() {
   assertMainThread();
-  assert(advertiser && session);  // made at launch, never given up
-  abandonUpdate();
-  advertiser->stop();
-  session->disconnect();
-  savePairingsAgain();
-  endOwnEngine();
-  awaitUpdate();
-}
-
-void BridgeDelegate::endOwnEngine() {
-  if (!child) return;
-  stoppingServer = true;
-  postShutdown();
-  child->terminate();
-  platform_.mainQueue.block(kEngineGoodbye);
+  updater_.abandon();
+  sessions_.close();
+  registry_.saveAgain();
+  engine_.endOwnEngine();
+  updater_.awaitEnd();
 }
 
 void BridgeDelegate::quit() {

@@ -1,4 +1,4 @@
-#include "app/desktop_texts.h"
+#include "ports/desktop_texts.h"
 #include "protocol/constants.h"
 
 namespace torvane {

@@ -25,7 +25,7 @@ StatusIcon statusIcon(const std::vector<std::string>& connectedPeers, bool serve
 
 void BridgeDelegate::updateIcon() {
   assertMainThread();
-  if (statusItem) statusItem->setIcon(statusIcon(connectedPeers, serverRunning));
+  if (statusItem) statusItem->setIcon(statusIcon(sessions_.connectedNames(), engine_.isRunning()));
 }
 
 }  // namespace torvane

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "app/status_item.h"
+#include "ports/status_item.h"
 
 namespace torvane {
 

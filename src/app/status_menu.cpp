@@ -1,5 +1,5 @@
 // The menu behind the status icon, rebuilt from the current state each time it opens.
-// Ports: LoginItem, and through the slices it asks, Bundle and PrivacyDatabase.
+// Ports: LoginItem, and through the parts it asks, Bundle and PrivacyDatabase.
 
 #include "app/status_menu.h"
 
@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "app/bridge_delegate.h"
+#include "app/install_hygiene.h"
 
 namespace torvane {
 namespace {
@@ -109,31 +110,28 @@ std::vector<MenuItem> statusMenu(const DesktopTexts& texts, const StatusMenuInpu
 }
 
 StatusMenuInputs BridgeDelegate::statusMenuInputs() const {
-  StatusMenuInputs inputs{
-      .advertiseError = advertiseError,
-      .addresses = platform_.peerLink.addresses(),
-      .connectedPeers = connectedPeers,
-      .displayName = peerID.displayName,
-      .hasInkHardEdges = overlay && !overlay->hasSoftEdges(),
-      .serverRunning = serverRunning,
-      .pairedNames = {},
-      .availableUpdate = availableUpdate,
-      .updateInProgress = updateInProgress,
-      .isInstalledCopy = isInstalledCopy(),
-      .hasFullDiskAccess = hasFullDiskAccess(),
-      .launchesAtLogin = platform_.loginItem.status() == LoginItemStatus::enabled};
-  for (const auto& [key, name] : pairedDevices) inputs.pairedNames.push_back(name);
-  return inputs;
+  return {.advertiseError = sessions_.advertisingError(),
+          .addresses = platform_.peerLink.addresses(),
+          .connectedPeers = sessions_.connectedNames(),
+          .displayName = sessions_.displayName(),
+          .hasInkHardEdges = overlay_.hasHardEdges(),
+          .serverRunning = engine_.isRunning(),
+          .pairedNames = registry_.names(),
+          .availableUpdate = updater_.available(),
+          .updateInProgress = updater_.isInProgress(),
+          .isInstalledCopy = updater_.isInstalledCopy(),
+          .hasFullDiskAccess = hasFullDiskAccess(platform_),
+          .launchesAtLogin = platform_.loginItem.status() == LoginItemStatus::enabled};
 }
 
 std::vector<MenuItem> BridgeDelegate::menuNeedsUpdate() {
   assertMainThread();
   return statusMenu(platform_.texts, statusMenuInputs(),
-                    {.startServer = [this] { startServer(); },
-                     .stopServer = [this] { stopServer(); },
-                     .forgetPairedDevices = [this] { forgetPairedDevices(); },
-                     .installUpdate = [this] { installUpdate(); },
-                     .checkForUpdatesClicked = [this] { checkForUpdatesClicked(); },
+                    {.startServer = [this] { engine_.startServer(); },
+                     .stopServer = [this] { engine_.stopServer(); },
+                     .forgetPairedDevices = [this] { invitations_.forgetPairedDevices(); },
+                     .installUpdate = [this] { updater_.installUpdate(); },
+                     .checkForUpdatesClicked = [this] { updater_.checkForUpdatesClicked(); },
                      .offerFullDiskAccess = [this] { offerFullDiskAccess(); },
                      .showHowItWorks = [this] { showHowItWorks(); },
                      .toggleLaunchAtLogin = [this] { toggleLaunchAtLogin(); },

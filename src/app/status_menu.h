@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "app/desktop_texts.h"
-#include "app/status_item.h"
+#include "ports/desktop_texts.h"
+#include "ports/status_item.h"
 
 namespace torvane {
 

@@ -1,9 +1,7 @@
-// A verified request goes to the engine; its answer goes back to the peer that asked.
-// Fields: http. Ports: HttpSessions, HttpSession, PeerSession.
+#include "bridge/engine_proxy.h"
 
 #include <algorithm>
 
-#include "app/bridge_delegate.h"
 #include "bridge/replies.h"
 
 namespace torvane {
@@ -13,8 +11,8 @@ constexpr double kSessionIdleTimeout = 120;
 
 }  // namespace
 
-void BridgeDelegate::forwardToEngine(PeerRequest request, const Asker& from) {
-  assertMainThread();
+void EngineProxy::forward(PeerRequest request, const std::shared_ptr<PeerSession>& session,
+                          const Asker& from) {
   // The answer leaves from the HTTP session's thread and touches no field.
   auto answer = [id = request.id, into = session, from](const HttpResult& result) {
     auto reply = engineReplyWithin(into->longestMessage(), id, result);
@@ -24,7 +22,7 @@ void BridgeDelegate::forwardToEngine(PeerRequest request, const Asker& from) {
     answer({.response = std::nullopt, .body = {}, .error = std::move(problem)});
     return;
   }
-  if (!http) http = platform_.http.makeEphemeral(kSessionIdleTimeout);
+  if (!http) http = sessions_.makeEphemeral(kSessionIdleTimeout);
   auto forwarded = forwardedRequest(std::move(request));
   forwarded.lane = from.peer.token;
   forwarded.maxResponseBytes =

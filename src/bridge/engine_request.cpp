@@ -3,20 +3,14 @@
 #include <algorithm>
 #include <boost/url/parse.hpp>
 
-#include "protocol/constants.h"
+#include "engine/engine_requests.h"
 
 namespace torvane {
 namespace {
 
-constexpr const char* kLoopback = "127.0.0.1";
-constexpr std::uint64_t kMiB = 1024UL * 1024UL;
-
-constexpr double kOwnTotalTimeout = 10;
-constexpr std::uint64_t kOwnResponseLimit = 32 * kMiB;
-
 constexpr double kForwardIdleTimeout = 60;
 constexpr double kForwardTotalTimeout = 300;
-constexpr std::uint64_t kForwardResponseLimit = 256 * kMiB;
+constexpr std::uint64_t kForwardResponseLimit = std::uint64_t{256} << 20;
 
 bool isTokenCharacter(char c) {
   constexpr std::string_view kMarks = "!#$%&'*+-.^_`|~";
@@ -46,10 +40,6 @@ std::optional<PeerRequest> readPeerRequest(P2PFrame::Frame frame) {
                      stringMember(frame.header, "contentType"), std::move(frame.body)};
 }
 
-std::string engineURL(std::string_view path) {
-  return "http://" + std::string(kLoopback) + ":" + std::to_string(PORT) + std::string(path);
-}
-
 bool isValidURL(std::string_view text) {
   const auto url = boost::urls::parse_uri({text.data(), text.size()});
   // The library lets a path follow an authority without a slash between them; RFC 3986,
@@ -67,16 +57,6 @@ std::optional<std::string> wireProblem(const PeerRequest& request) {
     return "The request's content type holds control characters.";
   }
   return std::nullopt;
-}
-
-HttpRequest engineRequest(std::string_view path, double idleTimeout) {
-  HttpRequest request;
-  request.url = engineURL(path);
-  request.idleTimeout = idleTimeout;
-  request.totalTimeout = kOwnTotalTimeout;
-  request.maxResponseBytes = kOwnResponseLimit;
-  request.onlyEndpoint = HttpEndpoint{kLoopback, PORT};
-  return request;
 }
 
 HttpRequest forwardedRequest(PeerRequest request) {

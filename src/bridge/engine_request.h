@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "bridge/http_session.h"
+#include "ports/http_session.h"
 #include "protocol/p2p_frame.h"
 
 namespace torvane {
@@ -21,9 +21,6 @@ struct PeerRequest {
 // None unless the header holds an integer "id" and a text "path".
 [[nodiscard]] std::optional<PeerRequest> readPeerRequest(P2PFrame::Frame frame);
 
-// The engine's base address with `path` put behind it verbatim.
-[[nodiscard]] std::string engineURL(std::string_view path);
-
 // Whether a text is a URI with an authority by the grammar of RFC 3986.
 [[nodiscard]] bool isValidURL(std::string_view text);
 
@@ -31,9 +28,6 @@ struct PeerRequest {
 // (RFC 9110, section 5.6.2) or the content type of its body holds control characters. None when it
 // may.
 [[nodiscard]] std::optional<std::string> wireProblem(const PeerRequest& request);
-
-// A request of the helper's own to the engine: nothing but the engine's port is ever reached.
-[[nodiscard]] HttpRequest engineRequest(std::string_view path, double idleTimeout);
 
 // The iPad's request as it goes to the engine.
 [[nodiscard]] HttpRequest forwardedRequest(PeerRequest request);

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "bridge/http_session.h"
+#include "ports/http_session.h"
 #include "protocol/bytes.h"
 #include "protocol/json.h"
 

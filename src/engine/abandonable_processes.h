@@ -3,7 +3,7 @@
 #include <memory>
 #include <mutex>
 
-#include "engine/child_process.h"
+#include "ports/child_process.h"
 
 namespace torvane {
 

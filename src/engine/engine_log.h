@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "engine/file_system.h"
+#include "ports/file_system.h"
 
 namespace torvane {
 

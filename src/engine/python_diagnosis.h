@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "engine/background_queue.h"
-#include "engine/child_process.h"
-#include "engine/file_system.h"
+#include "ports/background_queue.h"
+#include "ports/child_process.h"
+#include "ports/file_system.h"
 
 namespace torvane {
 

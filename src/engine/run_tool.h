@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/child_process.h"
+#include "ports/child_process.h"
 
 namespace torvane {
 

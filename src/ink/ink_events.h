@@ -6,8 +6,8 @@
 #include <variant>
 #include <vector>
 
-#include "ink/geometry.h"
 #include "ink/overlay_view.h"
+#include "ports/geometry.h"
 
 namespace torvane {
 

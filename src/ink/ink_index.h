@@ -7,7 +7,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "ink/geometry.h"
+#include "ports/geometry.h"
 
 namespace torvane {
 

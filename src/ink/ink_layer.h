@@ -6,9 +6,9 @@
 #include <optional>
 #include <vector>
 
-#include "ink/canvas.h"
 #include "ink/ink_index.h"
 #include "ink/ink_path.h"
+#include "ports/canvas.h"
 
 namespace torvane {
 

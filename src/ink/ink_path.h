@@ -4,8 +4,8 @@
 #include <optional>
 #include <span>
 
-#include "ink/canvas.h"
-#include "ink/geometry.h"
+#include "ports/canvas.h"
+#include "ports/geometry.h"
 
 namespace torvane {
 

@@ -6,10 +6,10 @@
 #include <optional>
 #include <vector>
 
-#include "ink/canvas.h"
-#include "ink/geometry.h"
 #include "ink/ink_index.h"
 #include "ink/ink_layer.h"
+#include "ports/canvas.h"
+#include "ports/geometry.h"
 
 namespace torvane {
 

@@ -3,8 +3,8 @@
 #include <optional>
 #include <vector>
 
-#include "ink/geometry.h"
-#include "ink/window_server.h"
+#include "ports/geometry.h"
+#include "ports/window_server.h"
 
 namespace torvane {
 

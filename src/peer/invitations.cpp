@@ -1,8 +1,5 @@
-// Who may connect: paired devices at once, new ones when the user says so.
-// Events: an invitation arrives, "Forget Paired Devices…". Fields: inviteNames, inviteDigits,
-// ignoredDevices, warnedLegacyClients, pendingInvites, pairingAlertUp. Ports: Application, Alerts.
+#include "peer/invitations.h"
 
-#include "app/bridge_delegate.h"
 #include "peer/pairing_digits.h"
 #include "protocol/device_key.h"
 
@@ -37,16 +34,7 @@ constexpr const char* kForgettingNotSaved =
 
 }  // namespace
 
-void BridgeDelegate::advertiserDidReceiveInvitation(Invitation invitation,
-                                                    InvitationHandler handler) {
-  main_.async([this, invitation = std::move(invitation), handler = std::move(handler)] {
-    handleInvitation(invitation, handler);
-  });
-}
-
-void BridgeDelegate::handleInvitation(const Invitation& invitation,
-                                      const InvitationHandler& handler) {
-  assertMainThread();
+void Invitations::handleInvitation(const Invitation& invitation, const InvitationHandler& handler) {
   const PeerID& peer = invitation.peer;
   const auto key =
       invitation.context ? SigningPublicKey::fromRaw(*invitation.context) : std::nullopt;
@@ -56,9 +44,12 @@ void BridgeDelegate::handleInvitation(const Invitation& invitation,
     return;
   }
   const std::string deviceKey = key->deviceKey();
-  if (isPaired(deviceKey)) {
-    admitPeer(peer, deviceKey);
-    handler(true, session);
+  const auto accept = [this, peer, key = *key, handler] {
+    admitted_.admit(peer, key);
+    handler(true, host_.currentSession());
+  };
+  if (registry_.isPaired(deviceKey)) {
+    accept();
     return;
   }
   if (ignoredDevices.count(deviceKey) != 0) {
@@ -69,74 +60,68 @@ void BridgeDelegate::handleInvitation(const Invitation& invitation,
   // Those of the first one stay: who could invite until the digits suit him would need no luck.
   if (invitation.digits) inviteDigits.emplace(deviceKey, *invitation.digits);
   pendingInvites[deviceKey].push_back(
-      [this, peer, deviceKey, handler](bool accept, std::shared_ptr<PeerSession> into) {
-        if (accept) admitPeer(peer, deviceKey);
-        handler(accept, std::move(into));
-      });
+      [accept, handler](bool isAccepted) { isAccepted ? accept() : handler(false, nullptr); });
   presentNextPairingAlert();
 }
 
-void BridgeDelegate::presentNextPairingAlert() {
-  assertMainThread();
+void Invitations::presentNextPairingAlert() {
   if (pairingAlertUp || pendingInvites.empty()) return;
   const std::string deviceKey = pendingInvites.begin()->first;  // the smallest key
   const auto known = inviteNames.find(deviceKey);
   const std::string name = known != inviteNames.end() ? known->second : "iPad";
 
   pairingAlertUp = true;
-  platform_.application.activateIgnoringOtherApps();
-  AlertContent question = platform_.texts.pairing(withInviteDigits(deviceKey, name));
+  ports_.application.activateIgnoringOtherApps();
+  AlertContent question = ports_.texts.pairing(withInviteDigits(deviceKey, name));
   question.isGuarded = true;  // it comes unasked, and one key would let a stranger in
-  const bool accept = runAlert(question) == kAlertFirstButton;
+  const bool accept = dialogs_.runAlert(question) == kAlertFirstButton;
   pairingAlertUp = false;
 
-  answerInvitations(deviceKey, name, accept);
+  answer(deviceKey, name, accept);
   presentNextPairingAlert();
 }
 
-std::string BridgeDelegate::withInviteDigits(const std::string& deviceKey,
-                                             const std::string& name) const {
+std::string Invitations::withInviteDigits(const std::string& deviceKey,
+                                          const std::string& name) const {
   const auto digits = inviteDigits.find(deviceKey);
   return digits != inviteDigits.end() ? nameWithDigits(name, digits->second) : name;
 }
 
-void BridgeDelegate::answerInvitations(const std::string& deviceKey, const std::string& name,
-                                       bool accept) {
+void Invitations::answer(const std::string& deviceKey, const std::string& name, bool accept) {
   const auto waiting = pendingInvites.extract(deviceKey);
-  const bool isSaved = !accept || pair(deviceKey, name);
+  const bool isSaved = !accept || registry_.pair(deviceKey, name);
   if (!accept) ignoredDevices.insert(deviceKey);
   inviteNames.erase(deviceKey);
   inviteDigits.erase(deviceKey);
   if (!waiting.empty()) {
-    for (const auto& reply : waiting.mapped()) reply(accept, accept ? session : nullptr);
+    for (const auto& reply : waiting.mapped()) reply(accept);
   }
   if (!isSaved) warnNotSaved(pairingNotSaved(name));
 }
 
-void BridgeDelegate::warnLegacyClient(const std::string& name) {
+void Invitations::warnLegacyClient(const std::string& name) {
   if (pairingAlertUp || !warnedLegacyClients.insert(name).second) return;
   pairingAlertUp = true;
-  platform_.application.activateIgnoringOtherApps();
-  runAlert(legacyClientAlert(name));
+  ports_.application.activateIgnoringOtherApps();
+  dialogs_.runAlert(legacyClientAlert(name));
   pairingAlertUp = false;
   presentNextPairingAlert();
 }
 
 // No question about a device comes up over it; the next one is asked by who called this.
-void BridgeDelegate::warnNotSaved(const std::string& text) {
+void Invitations::warnNotSaved(const std::string& text) {
   pairingAlertUp = true;
-  platform_.application.activateIgnoringOtherApps();
-  alert(text);
+  ports_.application.activateIgnoringOtherApps();
+  dialogs_.alert(text);
   pairingAlertUp = false;
 }
 
-void BridgeDelegate::forgetPairedDevices() {
-  assertMainThread();
-  platform_.application.activateIgnoringOtherApps();
-  if (runAlert(kForgetAlert) != kAlertFirstButton) return;
-  if (forgetAllPairings()) return;
-  platform_.application.activateIgnoringOtherApps();
-  alert(kForgettingNotSaved);
+void Invitations::forgetPairedDevices() {
+  ports_.application.activateIgnoringOtherApps();
+  if (dialogs_.runAlert(kForgetAlert) != kAlertFirstButton) return;
+  if (registry_.forgetAll()) return;
+  ports_.application.activateIgnoringOtherApps();
+  dialogs_.alert(kForgettingNotSaved);
 }
 
 }  // namespace torvane

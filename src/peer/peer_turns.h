@@ -3,8 +3,8 @@
 #include <functional>
 #include <mutex>
 
-#include "peer/peer_session.h"
 #include "peer/round_robin.h"
+#include "ports/peer_session.h"
 
 namespace torvane {
 

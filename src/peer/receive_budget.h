@@ -7,7 +7,7 @@
 #include <memory>
 #include <mutex>
 
-#include "peer/peer_session.h"
+#include "ports/peer_session.h"
 
 namespace torvane {
 

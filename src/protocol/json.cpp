@@ -164,6 +164,12 @@ std::optional<std::int64_t> jsonInteger(const JsonValue& value) {
   return static_cast<std::int64_t>(*number);
 }
 
+std::optional<std::string> textOf(const std::optional<JsonValue>& value) {
+  const auto* text = value ? value->if_string() : nullptr;
+  if (text == nullptr) return std::nullopt;
+  return std::string(*text);
+}
+
 std::optional<std::int64_t> integerMember(const JsonObject& object, std::string_view key) {
   const auto* value = memberOf(object, key);
   return value != nullptr ? jsonInteger(*value) : std::nullopt;

@@ -34,6 +34,9 @@ inline constexpr std::size_t kJsonMaxDepth = 512;
 // are not.
 [[nodiscard]] std::optional<std::int64_t> jsonInteger(const JsonValue& value);
 
+// None unless there is a value that is a text.
+[[nodiscard]] std::optional<std::string> textOf(const std::optional<JsonValue>& value);
+
 // A member of an object under each type; none when it is absent or of another type.
 [[nodiscard]] std::optional<std::int64_t> integerMember(const JsonObject& object,
                                                         std::string_view key);

@@ -3,8 +3,8 @@
 #include <optional>
 #include <string>
 
-#include "engine/file_system.h"
-#include "update/code_check.h"
+#include "ports/code_check.h"
+#include "ports/file_system.h"
 #include "update/update_attempt.h"
 #include "update/update_plan.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "engine/child_process.h"
-#include "engine/file_system.h"
+#include "ports/child_process.h"
+#include "ports/file_system.h"
 #include "update/update_plan.h"
 
 namespace torvane {

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "engine/file_system.h"
+#include "ports/file_system.h"
 
 namespace torvane {
 

@@ -81,13 +81,16 @@ TEST_F(AlertScreen, IsNotTheOneWithTheInkWhereNoShowIsFound) {
 
 TEST_F(AlertScreen, HoldsForEveryAlert) {
   showOn(kRight);
-  helper->alert("Something happened.");
-  helper->showHowItWorks();
-  helper->offerFullDiskAccess();
-  helper->forgetPairedDevices();
+  platform.loginItem.failure = "The folder cannot be written to.";
+  platform.privacyDatabase.isReadable = false;
+  EXPECT_EQ(asked(), kPrimary);
+  for (const char* title : {"Launch at Login", "How Does This Work?", "Stop File-Access Prompts…",
+                            "Forget Paired Devices…"}) {
+    choose(title);
+  }
   platform.peerLink.invite(platform.peerLink.newPeer("Relic"), std::nullopt);
   platform.time.runDue();
-  ASSERT_EQ(platform.alerts.shown.size(), 5U);
+  ASSERT_EQ(platform.alerts.shown.size(), 6U);
   for (const auto& alert : platform.alerts.shown) EXPECT_EQ(alert.screen, kPrimary);
 }
 

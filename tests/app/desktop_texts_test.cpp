@@ -1,4 +1,4 @@
-#include "app/desktop_texts.h"
+#include "ports/desktop_texts.h"
 
 #include "fakes/helper_test.h"
 
@@ -48,26 +48,15 @@ class LinuxWords : public HelperTest {
     platform.files.put(kPython, "");
   }
 
-  Texts menu() {
-    Texts titles;
-    for (const auto& item : helper->menuNeedsUpdate()) titles.push_back(item.title);
-    return titles;
-  }
-  void choose(const std::string& title) {
-    for (const auto& item : helper->menuNeedsUpdate()) {
-      if (item.title == title && item.action) item.action();
-    }
-    platform.time.runDue();
-  }
   // The menu, the tooltip, and the alerts so far.
   void expectNoForeignWords() {
-    Texts read = menu();
+    Texts read = menuTitles();
     read.push_back(platform.statusBar.shown.icons.back().toolTip);
     for (const auto& alert : platform.alerts.shown) add(read, alert);
     for (const auto& text : read) EXPECT_EQ(foreignWords(text), Texts()) << text;
   }
   bool isInMenu(const std::string& title) {
-    const auto titles = menu();
+    const auto titles = menuTitles();
     return std::count(titles.begin(), titles.end(), title) == 1;
   }
 };

@@ -6,6 +6,7 @@ namespace {
 class Dialogs : public HelperTest {
  protected:
   static constexpr int kLater = kAlertFirstButton + 1;
+  static constexpr const char* kStopPrompts = "Stop File-Access Prompts…";
 
   void SetUp() override {
     launch();
@@ -13,24 +14,28 @@ class Dialogs : public HelperTest {
   }
   const AlertContent& shown() { return platform.alerts.shown.back(); }
   bool menuOffersFullDiskAccess() {
-    for (const auto& item : helper->menuNeedsUpdate()) {
-      if (item.title == "Stop File-Access Prompts…") return true;
-    }
-    return false;
+    const auto titles = menuTitles();
+    return std::count(titles.begin(), titles.end(), kStopPrompts) == 1;
+  }
+  void chooseFullDiskAccess() {
+    platform.privacyDatabase.isReadable = false;
+    choose(kStopPrompts);
   }
 };
 
 TEST_F(Dialogs, AlertStandsUnderTheProgramsNameWithOneButton) {
-  helper->alert("Something <b>happened</b>.");
-  const AlertContent expected = {.message = "Torvane P2P Helper",
-                                 .informativeText = "Something <b>happened</b>.",
-                                 .buttons = {"OK"}};
+  platform.loginItem.failure = "Something <b>happened</b>.";
+  choose("Launch at Login");
+  const AlertContent expected = {
+      .message = "Torvane P2P Helper",
+      .informativeText = "Couldn't change Launch at Login: Something <b>happened</b>.",
+      .buttons = {"OK"}};
   EXPECT_EQ(shown(), expected);
   EXPECT_EQ(platform.log, CallLog{"alert Torvane P2P Helper"});  // and does not come to the front
 }
 
 TEST_F(Dialogs, ExplainsHowItWorks) {
-  helper->showHowItWorks();
+  choose("How Does This Work?");
   EXPECT_EQ(platform.log, (CallLog{"activate", "alert How Torvane works"}));
   EXPECT_EQ(
       shown().informativeText,
@@ -50,7 +55,7 @@ TEST_F(Dialogs, ExplainsHowItWorks) {
 }
 
 TEST_F(Dialogs, OffersFullDiskAccess) {
-  helper->offerFullDiskAccess();
+  chooseFullDiskAccess();
   const AlertContent expected = {
       .message = "Stop the file-access prompts",
       .informativeText =
@@ -65,17 +70,16 @@ TEST_F(Dialogs, OffersFullDiskAccess) {
 }
 
 TEST_F(Dialogs, FirstButtonOpensTheFullDiskAccessSettings) {
-  helper->offerFullDiskAccess();
+  chooseFullDiskAccess();
   EXPECT_EQ(platform.workspace.opened,
             std::vector<std::string>{
                 "x-apple.systempreferences:com.apple.preference.security?Privacy_AllFiles"});
 }
 
 TEST_F(Dialogs, LaterChangesNothingAndTheMenuKeepsOffering) {
-  platform.privacyDatabase.isReadable = false;
   const auto before = platform.defaults.stored;
   platform.alerts.answers = {kLater};
-  helper->offerFullDiskAccess();
+  chooseFullDiskAccess();
   EXPECT_TRUE(platform.workspace.opened.empty());
   EXPECT_EQ(platform.defaults.stored, before);
   EXPECT_TRUE(menuOffersFullDiskAccess());
@@ -110,7 +114,7 @@ TEST_F(Dialogs, AnyLoginItemThatIsNotEnabledIsRegistered) {
                             LoginItemStatus::notFound}) {
     platform.loginItem.now = status;
     platform.loginItem.calls.clear();
-    helper->toggleLaunchAtLogin();
+    choose("Launch at Login");
     EXPECT_EQ(platform.loginItem.calls, std::vector<std::string>{"register"});
     EXPECT_EQ(platform.loginItem.now, LoginItemStatus::enabled);
   }
@@ -119,7 +123,7 @@ TEST_F(Dialogs, AnyLoginItemThatIsNotEnabledIsRegistered) {
 
 TEST_F(Dialogs, EnabledLoginItemIsUnregistered) {
   platform.loginItem.now = LoginItemStatus::enabled;
-  helper->toggleLaunchAtLogin();
+  choose("Launch at Login");
   EXPECT_EQ(platform.loginItem.calls, std::vector<std::string>{"unregister"});
   EXPECT_TRUE(platform.alerts.shown.empty());
 }
@@ -128,7 +132,7 @@ TEST_F(Dialogs, FailedLoginItemChangeIsReported) {
   platform.loginItem.failure = "The folder cannot be written to.";
   for (const auto status : {LoginItemStatus::notRegistered, LoginItemStatus::enabled}) {
     platform.loginItem.now = status;
-    helper->toggleLaunchAtLogin();
+    choose("Launch at Login");
     EXPECT_EQ(shown().message, "Torvane P2P Helper");
     EXPECT_EQ(shown().informativeText,
               "Couldn't change Launch at Login: The folder cannot be written to.");

@@ -1,3 +1,5 @@
+#include "app/install_hygiene.h"
+
 #include "fakes/helper_test.h"
 
 namespace torvane {
@@ -16,19 +18,19 @@ class RetiredCopies : public HelperTest {
 TEST_F(RetiredCopies, CopyFromDownloadsEndsTheInstalledOneAndTrashesTheOldName) {
   runCopies({{4711, "/home/presenter/Downloads/T.app"}, {99, "/Applications/T.app"}});
   platform.files.folders.insert(kFormer);
-  construct().retireOldNamedApp();
+  retireOldNamedApp(platform.ports);
   EXPECT_EQ(platform.log, (CallLog{"force terminate 99", "trash /Applications/Torvane P2P.app"}));
 }
 
 TEST_F(RetiredCopies, ApplicationsOfUnknownPlaceAreLeftAlone) {
   runCopies({{98, std::nullopt}, {99, "/Applications/T.app"}});
-  construct().retireOldNamedApp();
+  retireOldNamedApp(platform.ports);
   EXPECT_EQ(platform.runningApplications.ended, std::vector<int>{99});
 }
 
 TEST_F(RetiredCopies, OtherIdentifiersAreLeftAlone) {
   platform.runningApplications.running["org.example.other"] = {{99, "/Applications/O.app"}};
-  construct().retireOldNamedApp();
+  retireOldNamedApp(platform.ports);
   EXPECT_TRUE(platform.runningApplications.ended.empty());
 }
 
@@ -36,7 +38,7 @@ TEST_F(RetiredCopies, WithoutAnIdentifierNothingIsEndedButTheOldNameIsTrashed) {
   runCopies({{99, "/Applications/T.app"}});
   platform.bundle.info.erase("CFBundleIdentifier");
   platform.files.folders.insert(kFormer);
-  construct().retireOldNamedApp();
+  retireOldNamedApp(platform.ports);
   EXPECT_TRUE(platform.runningApplications.ended.empty());
   EXPECT_EQ(platform.workspace.trashed, std::vector<std::string>{kFormer});
 }
@@ -45,13 +47,13 @@ TEST_F(RetiredCopies, CopyUnderTheOldNameTrashesNothing) {
   platform.bundle.bundlePath = kFormer;
   platform.files.folders.insert(kFormer);
   runCopies({{99, "/Applications/T.app"}});
-  construct().retireOldNamedApp();
+  retireOldNamedApp(platform.ports);
   EXPECT_EQ(platform.runningApplications.ended, std::vector<int>{99});
   EXPECT_TRUE(platform.workspace.trashed.empty());
 }
 
 TEST_F(RetiredCopies, NothingIsTrashedWhereThereIsNoOldName) {
-  construct().retireOldNamedApp();
+  retireOldNamedApp(platform.ports);
   EXPECT_TRUE(platform.workspace.trashed.empty());
 }
 
@@ -61,7 +63,7 @@ TEST_F(RetiredCopies, FailureToTrashIsSilent) {
   launch();
   EXPECT_EQ(platform.workspace.trashed.size(), 1U);
   EXPECT_TRUE(platform.alerts.shown.empty());
-  EXPECT_NE(helper->session, nullptr);
+  EXPECT_EQ(platform.peerLink.sessions.size(), 1U);
 }
 
 class PermissionReset : public HelperTest {
@@ -90,29 +92,29 @@ class PermissionReset : public HelperTest {
 };
 
 TEST_F(PermissionReset, NewExecutableResetsThreeServicesInOrderAndIsRemembered) {
-  construct().tccSelfHealIfReplaced();
+  tccSelfHealIfReplaced(platform.ports);
   EXPECT_EQ(resets(), everyReset);
   EXPECT_EQ(stored(), JsonValue(hashOfAbc));
 }
 
 TEST_F(PermissionReset, SameExecutableIsNotResetAgain) {
-  construct().tccSelfHealIfReplaced();
+  tccSelfHealIfReplaced(platform.ports);
   platform.processes.launched.clear();
-  construct().tccSelfHealIfReplaced();
+  tccSelfHealIfReplaced(platform.ports);
   EXPECT_TRUE(resets().empty());
 }
 
 TEST_F(PermissionReset, ReplacedExecutableIsResetAgain) {
-  construct().tccSelfHealIfReplaced();
+  tccSelfHealIfReplaced(platform.ports);
   platform.files.put(*platform.bundle.executable, "abcd");
-  construct().tccSelfHealIfReplaced();
+  tccSelfHealIfReplaced(platform.ports);
   EXPECT_EQ(resets().size(), 6U);
 }
 
 TEST_F(PermissionReset, GrantedPermissionLeavesEverythingAlone) {
   platform.accessibility.isGranted = true;
   platform.defaults.stored["tccResetForBinary"] = "older";
-  construct().tccSelfHealIfReplaced();
+  tccSelfHealIfReplaced(platform.ports);
   EXPECT_TRUE(resets().empty());
   EXPECT_EQ(stored(), JsonValue("older"));
 }
@@ -121,7 +123,7 @@ TEST_F(PermissionReset, EmptyOrOddMemoryCountsAsAnother) {
   for (const JsonValue& odd : {JsonValue(""), JsonValue(true), JsonValue(nullptr)}) {
     platform.defaults.stored["tccResetForBinary"] = odd;
     platform.processes.launched.clear();
-    construct().tccSelfHealIfReplaced();
+    tccSelfHealIfReplaced(platform.ports);
     EXPECT_EQ(resets(), everyReset);
   }
 }
@@ -131,7 +133,7 @@ TEST_F(PermissionReset, HashIsStoredBeforeTheFirstToolRuns) {
     EXPECT_EQ(stored(), JsonValue(hashOfAbc));
     return FakeProgram{"", 0, ""};
   };
-  construct().tccSelfHealIfReplaced();
+  tccSelfHealIfReplaced(platform.ports);
   EXPECT_EQ(resets().size(), 3U);
 }
 
@@ -145,7 +147,7 @@ TEST_F(PermissionReset, EachToolHasEndedBeforeTheNextStarts) {
     platform.time.scheduleBackground(
         end, [this] { platform.processes.launched.back().process->exit(0); });
   }
-  construct().tccSelfHealIfReplaced();
+  tccSelfHealIfReplaced(platform.ports);
   EXPECT_EQ(resets(), everyReset);
   EXPECT_NEAR(platform.time.now(), 1.5, 0.2);
 }
@@ -155,33 +157,32 @@ TEST_F(PermissionReset, FailingToolsDoNotEndTheLoop) {
   platform.processes.program = [&](const ProcessLaunch&) {
     return ++launches == 1 ? FakeProgram{"", std::nullopt, "no such file"} : FakeProgram{"", 1, ""};
   };
-  construct().tccSelfHealIfReplaced();
+  tccSelfHealIfReplaced(platform.ports);
   EXPECT_EQ(launches, 3);
   EXPECT_TRUE(platform.alerts.shown.empty());
 }
 
 TEST_F(PermissionReset, UnreadableOrUnknownExecutableDoesNothing) {
   platform.files.unreadable.insert(*platform.bundle.executable);
-  construct().tccSelfHealIfReplaced();
+  tccSelfHealIfReplaced(platform.ports);
   platform.bundle.executable = std::nullopt;
-  construct().tccSelfHealIfReplaced();
+  tccSelfHealIfReplaced(platform.ports);
   EXPECT_TRUE(resets().empty());
   EXPECT_EQ(platform.defaults.stored.count("tccResetForBinary"), 0U);
 }
 
 TEST_F(PermissionReset, BundleWithoutAnIdentifierUsesTheProgramsOwn) {
   platform.bundle.info.erase("CFBundleIdentifier");
-  construct().tccSelfHealIfReplaced();
+  tccSelfHealIfReplaced(platform.ports);
   ASSERT_EQ(resets().size(), 3U);
   EXPECT_EQ(resets()[0].back(), "app.torvane.p2p-helper");
 }
 
 TEST(FullDiskAccess, MeansThatThePrivacyDatabaseCanBeRead) {
   SimulatedPlatform platform;
-  const BridgeDelegate helper(platform.ports);
-  EXPECT_TRUE(helper.hasFullDiskAccess());
+  EXPECT_TRUE(hasFullDiskAccess(platform.ports));
   platform.privacyDatabase.isReadable = false;
-  EXPECT_FALSE(helper.hasFullDiskAccess());
+  EXPECT_FALSE(hasFullDiskAccess(platform.ports));
   EXPECT_EQ(platform.privacyDatabase.asked.back(),
             "/home/presenter/Library/Application Support/com.apple.TCC/TCC.db");
 }

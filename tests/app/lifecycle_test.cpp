@@ -17,30 +17,59 @@ class Lifecycle : public HelperTest {
   }
 };
 
-TEST_F(Lifecycle, StartsWithEveryFieldAtItsInitialValue) {
-  const auto& fresh = construct();
-  EXPECT_EQ(fresh.statusItem, nullptr);
-  EXPECT_EQ(fresh.child, nullptr);
-  EXPECT_FALSE(fresh.serverRunning);
-  EXPECT_FALSE(fresh.stoppingServer);
-  EXPECT_TRUE(fresh.connectedPeers.empty());
-  EXPECT_FALSE(fresh.advertiseError.has_value());
-  EXPECT_EQ(fresh.inkSeq, 0);
-  EXPECT_FALSE(fresh.inkBusy);
-  EXPECT_EQ(fresh.frameTick, 0);
-  EXPECT_EQ(fresh.lastOverlayV, -1);
-  EXPECT_EQ(fresh.peerID.displayName, "Lectern");
-  EXPECT_EQ(fresh.session, nullptr);
-  EXPECT_EQ(fresh.advertiser, nullptr);
-  EXPECT_TRUE(fresh.pairedDevices.empty());
-  EXPECT_TRUE(fresh.peerKeys.empty() && fresh.challenges.empty() && fresh.receivedIDs.empty());
-  EXPECT_TRUE(fresh.inviteNames.empty() && fresh.ignoredDevices.empty());
-  EXPECT_TRUE(fresh.warnedLegacyClients.empty() && fresh.pendingInvites.empty());
-  EXPECT_FALSE(fresh.pairingAlertUp);
-  EXPECT_EQ(fresh.http, nullptr);
-  EXPECT_FALSE(fresh.availableUpdate.has_value());
-  EXPECT_FALSE(fresh.updateInProgress);
-  EXPECT_EQ(fresh.overlayView.aspect, 0.5625);
+TEST_F(Lifecycle, TouchesNothingBeforeItsLaunch) {
+  construct();
+  EXPECT_EQ(platform.log, CallLog());
+  EXPECT_TRUE(platform.http.requests.empty() && platform.http.ephemeralTimeouts.empty());
+  EXPECT_TRUE(platform.processes.launched.empty() && platform.alerts.shown.empty());
+  EXPECT_TRUE(platform.mainQueue.repeating.empty() && platform.mainQueue.once.empty());
+  EXPECT_EQ(platform.overlaySurfaces.shown.timesMade, 0);
+}
+
+// But for its name.
+TEST_F(Lifecycle, KnowsOfNothingAtFirst) {
+  platform.bundle.bundlePath = "/Applications/Torvane P2P Helper.app";
+  construct();
+  EXPECT_EQ(menuTitles(),
+            (std::vector<std::string>{"Advertising as “Lectern” — open the iPad app", "",
+                                      "PowerPoint server not running", "Start Server", "",
+                                      "Check for Updates", "How Does This Work?", "Launch at Login",
+                                      "Quit"}));
+}
+
+TEST_F(Lifecycle, ServesNobodyAtFirst) {
+  launch();
+  EXPECT_FALSE(serves(platform.peerLink.newPeer("Ann")));
+  const PeerID ben = platform.peerLink.newPeer("Ben");
+  const auto answers = invite(ben, 1);  // which nobody has refused, nor is another alert up
+  ASSERT_EQ(platform.alerts.shown.size(), 1U);
+  EXPECT_EQ(platform.alerts.shown[0].message, "Pair with “Ben”?");
+  EXPECT_TRUE(answers->at(0).accept);
+  EXPECT_TRUE(serves(ben));
+}
+
+TEST_F(Lifecycle, WarnsOfTheFirstOldDevice) {
+  launch();
+  platform.peerLink.invite(platform.peerLink.newPeer("Relic"), std::nullopt);
+  platform.time.runDue();
+  EXPECT_EQ(platform.alerts.shown.size(), 1U);
+}
+
+TEST_F(Lifecycle, AsksForInkFromTheStartAndForThePictureWhateverItsVersion) {
+  platform.http.server = [](const HttpRequest&) {
+    return FakeAnswer{httpResult(200, R"({"seq":7,"events":[],"presenting":true,"overlayV":0})")};
+  };
+  launch();
+  platform.time.advance(0.1);
+  EXPECT_EQ(platform.http.requestsTo("/api/ink/events?since=0").size(), 1U);
+  EXPECT_EQ(platform.http.requestsTo("/api/ink/overlay").size(), 1U);
+  ASSERT_NE(platform.overlaySurfaces.shown.content, nullptr);
+  EXPECT_EQ(platform.overlaySurfaces.shown.content->aspect, 0.5625);
+  EXPECT_EQ(platform.windowServer.queries, 1);  // the first answer looks for the show
+  platform.time.advance(23 * 0.08);
+  EXPECT_EQ(platform.windowServer.queries, 1);
+  platform.time.advance(0.08);  // and then the 25th
+  EXPECT_EQ(platform.windowServer.queries, 2);
 }
 
 TEST_F(Lifecycle, LaunchesInOrder) {
@@ -93,16 +122,19 @@ TEST_F(Lifecycle, ProbesTheEngineOnceAtLaunchAndThenEveryThreeSeconds) {
 TEST_F(Lifecycle, StartsTheEngineAfterOneAndAHalfSeconds) {
   launch();
   platform.time.advance(1.4);
-  EXPECT_EQ(helper->child, nullptr);
+  EXPECT_TRUE(platform.processes.launched.empty());
   platform.time.advance(0.2);
-  EXPECT_NE(helper->child, nullptr);
+  ASSERT_FALSE(platform.processes.launched.empty());
+  const auto& engine = platform.processes.launched.back();
+  EXPECT_EQ(engine.launch.arguments.front(), platform.bundle.pathForResource("torvane", "py"));
+  EXPECT_TRUE(engine.process->isRunning());
 }
 
 TEST_F(Lifecycle, KeepsAnEngineThatAnswersAlready) {
   platform.runEngine();
   launch();
   platform.time.advance(10);
-  EXPECT_TRUE(helper->serverRunning);
+  EXPECT_FALSE(isIconDimmed());
   EXPECT_TRUE(platform.processes.launched.empty());
 }
 
@@ -178,7 +210,7 @@ TEST_F(Lifecycle, GrantedFullDiskAccessStoresNothing) {
 TEST_F(Lifecycle, HostWithoutANameAdvertisesAsMac) {
   platform.processInfo.name = std::nullopt;
   launch();
-  EXPECT_EQ(helper->peerID.displayName, "Mac");
+  EXPECT_EQ(menuTitles()[0], "Advertising as “Mac” — open the iPad app");
   EXPECT_EQ(platform.peerLink.ownName, "Mac");
   EXPECT_EQ(platform.peerLink.advertisedType, "torvane");
 }
@@ -200,10 +232,9 @@ TEST_F(Lifecycle, QuittingEndsItsOwnEngine) {
   platform.log.clear();
   helper->applicationWillTerminate();
   EXPECT_EQ(platform.log, (CallLog{"stop advertising", "disconnect", "block 0.3"}));
-  EXPECT_TRUE(helper->stoppingServer);
   EXPECT_EQ(platform.http.requestsTo("/api/shutdown").size(), 1U);
   EXPECT_EQ(engine->terminations, 1);
-  platform.time.advance(1);
+  platform.time.advance(1);  // it was to end: nobody is told
   EXPECT_TRUE(platform.alerts.shown.empty());
 }
 
@@ -222,23 +253,24 @@ TEST_F(Lifecycle, QuittingAsksTheEngineBeforeItIsEnded) {
 TEST_F(Lifecycle, QuitAsksTheApplicationToTerminate) {
   launch();
   platform.log.clear();
-  helper->quit();
+  choose("Quit");
   EXPECT_EQ(platform.log, CallLog{"terminate"});
 }
 
 TEST_F(Lifecycle, GoesOnWithoutAPlaceForTheIcon) {
   platform.statusBar.hasPlace = false;
   launch();
-  EXPECT_EQ(helper->statusItem, nullptr);
-  EXPECT_NE(helper->session, nullptr);
+  EXPECT_EQ(platform.logged({"make status item", "set icon", "set menu"}),
+            CallLog{"make status item"});
+  EXPECT_EQ(platform.peerLink.sessions.size(), 1U);
 }
 
 TEST_F(Lifecycle, DropsWorkThatIsDueAfterTheHelperHasGone) {
-  launch();
-  helper->checkStatus();
+  construct().applicationDidFinishLaunching();  // asks the engine; the answer is on its way
   const auto requests = platform.http.requests.size();
   helper.reset();
   platform.time.advance(100);
+  EXPECT_EQ(requests, 1U);
   EXPECT_EQ(platform.http.requests.size(), requests);
 }
 

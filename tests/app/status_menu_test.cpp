@@ -192,14 +192,7 @@ TEST_F(StatusMenuValue, EveryCommandCallsItsAction) {
 
 class StatusMenu : public HelperTest {
  protected:
-  std::vector<MenuItem> items() { return platform.statusBar.shown.menu->menuNeedsUpdate(); }
-  Lines lines() { return read(items()); }
-  void choose(const std::string& title) {
-    for (const auto& item : items()) {
-      if (item.title == title) return item.action();
-    }
-    FAIL() << "no entry " << title;
-  }
+  Lines lines() { return read(platform.statusBar.shown.menu->menuNeedsUpdate()); }
 };
 
 TEST_F(StatusMenu, FollowsTheState) {
@@ -234,10 +227,15 @@ TEST_F(StatusMenu, AdvertisingErrorStaysFirstWhileAnIPadIsConnected) {
 }
 
 TEST_F(StatusMenu, ShowsAnUpdateThatIsOfferedOrUnderWay) {
+  platform.bundle.bundlePath = "/Applications/Torvane P2P Helper.app";
+  platform.http.server = [](const HttpRequest& request) {
+    const bool isVersion = request.url.find("/version.txt") != std::string::npos;
+    return FakeAnswer{httpResult(isVersion ? 200 : 404, "413"), isVersion ? 0.0 : 30};
+  };
   launch();
-  helper->availableUpdate = "413";
+  platform.time.advance(5);
   EXPECT_EQ(lines()[5], "Update Helper to Build 413…");
-  helper->updateInProgress = true;
+  choose("Update Helper to Build 413…");
   EXPECT_EQ(lines()[5], "(Updating…)");
 }
 
@@ -246,10 +244,10 @@ TEST_F(StatusMenu, OnlyTheApplicationsFolderHoldsInstalledCopies) {
   for (const char* path : {"/opt/torvane/Torvane P2P Helper.app", "/Applications.old/T.app",
                            "/home/presenter/Applications/T.app"}) {
     platform.bundle.bundlePath = path;
-    EXPECT_FALSE(helper->isInstalledCopy()) << path;
+    EXPECT_EQ(lines()[5], "How Does This Work?") << path;
   }
   platform.bundle.bundlePath = "/Applications/Folder/T.app";
-  EXPECT_TRUE(helper->isInstalledCopy());
+  EXPECT_EQ(lines()[5], "Check for Updates");
 }
 
 TEST_F(StatusMenu, CheckMarkIsOnOnlyWhenTheLoginItemIsEnabled) {
@@ -266,18 +264,22 @@ TEST_F(StatusMenu, CheckMarkIsOnOnlyWhenTheLoginItemIsEnabled) {
 TEST_F(StatusMenu, StartsAndStopsTheEngine) {
   launch();
   choose("Start Server");
-  EXPECT_NE(helper->child, nullptr);
+  const auto engines =
+      platform.processes.launchesWith(*platform.bundle.pathForResource("torvane", "py"));
+  ASSERT_EQ(engines.size(), 1U);
   platform.runEngine();
   platform.time.advance(3);
   choose("Stop Server");
-  EXPECT_TRUE(helper->stoppingServer);
   EXPECT_EQ(platform.http.requestsTo("/api/shutdown").size(), 1U);
+  engines[0].process->exit(1);  // nobody is told: it was to end
+  platform.time.advance(1);
+  EXPECT_TRUE(platform.alerts.shown.empty());
 }
 
 TEST_F(StatusMenu, OpensTheDialogs) {
   platform.privacyDatabase.isReadable = false;
+  remember({{deviceKey(1), "Ann"}});
   launch();
-  helper->pair(deviceKey(1), "Ann");
   for (const char* title :
        {"Forget Paired Devices…", "Stop File-Access Prompts…", "How Does This Work?"}) {
     choose(title);

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "engine/engine_requests.h"
+
 namespace torvane {
 namespace {
 

@@ -1,22 +1,21 @@
+#include "fakes/engine_test.h"
 #include "fakes/helper_test.h"
 
 namespace torvane {
 namespace {
 
-class StatusPolling : public HelperTest {
+class StatusPolling : public EngineTest {
  protected:
-  void SetUp() override { construct(); }
-
   bool runningAfter(FakeAnswer answer, double seconds = 0) {
     platform.http.server = [answer](const HttpRequest&) { return answer; };
-    helper->checkStatus();
+    engine.checkStatus();
     platform.time.advance(seconds);
-    return helper->serverRunning;
+    return engine.isRunning();
   }
 };
 
 TEST_F(StatusPolling, AsksTheEnginesStateOnLoopbackOnly) {
-  helper->checkStatus();
+  engine.checkStatus();
   ASSERT_EQ(platform.http.requests.size(), 1U);
   const auto& request = platform.http.requests[0];
   EXPECT_EQ(request.url, "http://127.0.0.1:8484/api/state");
@@ -31,18 +30,18 @@ TEST_F(StatusPolling, Any200MeansRunningWhoeverAnswers) {
 
 TEST_F(StatusPolling, OtherStatusesMeanNotRunning) {
   for (const int status : {201, 204, 206, 302, 404, 500}) {
-    helper->serverRunning = true;
+    learn(200);
     EXPECT_FALSE(runningAfter({httpResult(status)})) << status;
   }
 }
 
 TEST_F(StatusPolling, TransportErrorMeansNotRunning) {
-  helper->serverRunning = true;
+  learn(200);
   EXPECT_FALSE(runningAfter({httpError("refused")}));
 }
 
 TEST_F(StatusPolling, AnswerWhoseTransferFailsMeansNotRunning) {
-  helper->serverRunning = true;
+  learn(200);
   HttpResult cut = httpResult(200);
   cut.error = "The connection was lost.";
   EXPECT_FALSE(runningAfter({cut}));
@@ -53,6 +52,13 @@ TEST_F(StatusPolling, EngineSlowerThanTwoSecondsCountsAsNotRunning) {
   EXPECT_FALSE(runningAfter({httpResult(200), 2.1}, 3));
 }
 
+TEST_F(StatusPolling, TellsAfterEachProbe) {
+  learn(200);
+  learn(200);
+  learn(500);
+  EXPECT_EQ(timesLearnt, 3);
+}
+
 TEST_F(StatusPolling, OneFailedProbeIsEnough) {
   EXPECT_TRUE(runningAfter({httpResult(200)}));
   EXPECT_FALSE(runningAfter({httpError("refused")}));
@@ -60,16 +66,18 @@ TEST_F(StatusPolling, OneFailedProbeIsEnough) {
 
 TEST_F(StatusPolling, OverlappingProbesCountInTheOrderTheyComplete) {
   platform.http.server = [](const HttpRequest&) { return FakeAnswer{httpResult(200), 1.0}; };
-  helper->checkStatus();
+  engine.checkStatus();
   platform.http.server = [](const HttpRequest&) { return FakeAnswer{httpResult(500), 0.5}; };
-  helper->checkStatus();
+  engine.checkStatus();
   platform.time.advance(0.6);
-  EXPECT_FALSE(helper->serverRunning);
+  EXPECT_FALSE(engine.isRunning());
   platform.time.advance(0.5);
-  EXPECT_TRUE(helper->serverRunning);
+  EXPECT_TRUE(engine.isRunning());
 }
 
-TEST_F(StatusPolling, NeverRestartsADeadEngine) {
+using StatusPollingOfTheProgram = HelperTest;
+
+TEST_F(StatusPollingOfTheProgram, NeverRestartsADeadEngine) {
   launch();
   platform.time.advance(2);
   const auto started = platform.processes.launched.size();

@@ -10,21 +10,21 @@
 #include <utility>
 #include <vector>
 
-#include "app/alert.h"
-#include "app/application.h"
-#include "app/bundle.h"
-#include "app/clock.h"
-#include "app/login_item.h"
-#include "app/main_queue.h"
-#include "app/permissions.h"
-#include "app/process_info.h"
-#include "app/running_applications.h"
-#include "app/status_item.h"
-#include "app/user_defaults.h"
-#include "app/workspace.h"
-#include "engine/background_queue.h"
 #include "fakes/simulated_time.h"
-#include "update/code_check.h"
+#include "ports/alert.h"
+#include "ports/application.h"
+#include "ports/background_queue.h"
+#include "ports/bundle.h"
+#include "ports/clock.h"
+#include "ports/code_check.h"
+#include "ports/login_item.h"
+#include "ports/main_queue.h"
+#include "ports/permissions.h"
+#include "ports/process_info.h"
+#include "ports/running_applications.h"
+#include "ports/status_item.h"
+#include "ports/user_defaults.h"
+#include "ports/workspace.h"
 
 // The doubles of the desktop's own services. Each has inputs to set and a log to read; the order
 // of calls over all of them is in one shared log.

@@ -7,7 +7,7 @@
 #include <set>
 #include <string>
 
-#include "engine/file_system.h"
+#include "ports/file_system.h"
 
 namespace torvane {
 

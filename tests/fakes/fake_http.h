@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
-#include "bridge/http_session.h"
 #include "fakes/simulated_time.h"
+#include "ports/http_session.h"
 
 namespace torvane {
 

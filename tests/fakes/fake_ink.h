@@ -8,9 +8,10 @@
 #include <vector>
 
 #include "fakes/simulated_time.h"
-#include "ink/overlay_surface.h"
-#include "ink/picture_decoder.h"
-#include "ink/window_server.h"
+#include "ink/overlay_view.h"
+#include "ports/overlay_surface.h"
+#include "ports/picture_decoder.h"
+#include "ports/window_server.h"
 
 namespace torvane {
 
@@ -40,6 +41,7 @@ class FakeScreens final : public Screens {
 // What is seen of the overlay now and was done to it, read after it has been given away.
 struct ShownOverlay {
   int timesMade = 0;
+  const OverlayView* content = nullptr;  // what it draws
   Rect frame;
   std::vector<Rect> framesSet;  // after it was made
   bool isVisible = false;
@@ -58,6 +60,7 @@ class FakeOverlaySurfaces final : public OverlaySurfaces {
                                                                    OverlayView& content) override {
     if (!isPossible) return nullptr;
     ++shown.timesMade;
+    shown.content = &content;
     shown.frame = frame;
     return std::make_unique<FakeOverlaySurface>(shown, content);
   }

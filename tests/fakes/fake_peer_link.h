@@ -9,7 +9,7 @@
 
 #include "fakes/fake_desktop.h"
 #include "fakes/simulated_time.h"
-#include "peer/peer_session.h"
+#include "ports/peer_session.h"
 
 namespace torvane {
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "engine/child_process.h"
 #include "fakes/simulated_time.h"
+#include "ports/child_process.h"
 
 namespace torvane {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "ink/canvas.h"
+#include "ports/canvas.h"
 
 namespace torvane {
 

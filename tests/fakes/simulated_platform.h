@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/python_diagnosis.h"
 #include "fakes/fake_desktop.h"
 #include "fakes/fake_files.h"
 #include "fakes/fake_http.h"
@@ -7,7 +8,7 @@
 #include "fakes/fake_peer_link.h"
 #include "fakes/fake_processes.h"
 #include "fakes/simulated_time.h"
-#include "platform/platform.h"
+#include "ports/platform.h"
 
 namespace torvane {
 

@@ -44,13 +44,31 @@ void UpdateTest::putArchive() {
 }
 
 void UpdateTest::checkByHand() {
-  helper->checkForUpdatesClicked();
-  platform.time.runDue();
+  choose(kCheck);
 }
 
 void UpdateTest::checkByTimer() {
-  helper->checkForUpdateTick();
-  platform.time.runDue();
+  platform.time.advance(5.1);
+}
+
+std::function<void()> UpdateTest::entry(const std::string& title) {
+  for (const auto& item : helper->menuNeedsUpdate()) {
+    if (item.title != title || !item.action) continue;
+    return [this, action = item.action] {
+      action();
+      platform.time.runDue();
+    };
+  }
+  ADD_FAILURE() << "no entry " << title;
+  return [] {};
+}
+
+std::string UpdateTest::menuEntry() {
+  for (const auto& item : helper->menuNeedsUpdate()) {
+    if (item.title.find("Updat") == std::string::npos) continue;
+    return item.title + (item.action ? "" : " (disabled)");
+  }
+  return {};
 }
 
 FakeAnswer UpdateTest::serve(const HttpRequest& request) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <string>
 
@@ -33,6 +34,8 @@ class UpdateTest : public HelperTest {
       "/Applications/Torvane P2P Helper.app.before-update-4711";
   static constexpr const char* kUnpacked =
       "/temporary/torvane-helper-update-4711/Torvane P2P Helper.app";
+  static constexpr const char* kCheck = "Check for Updates";
+  static constexpr const char* kInstall413 = "Update Helper to Build 413…";
   static constexpr int kLater = kAlertFirstButton + 1;
 
   FakeAnswer versionAnswer{httpResult(200, "413\n"), 0};
@@ -48,8 +51,13 @@ class UpdateTest : public HelperTest {
 
   void putArchive();  // what `archive` holds goes to the site
   void checkByHand();
-  // A newer build is known, and nothing was asked.
+  // The check that follows a launch: a newer build is known, and nothing was asked.
   void checkByTimer();
+
+  // What an entry does that can be chosen now, also when it is chosen later: a menu stays open.
+  [[nodiscard]] std::function<void()> entry(const std::string& title);
+  // The menu's entry about updates; empty where there is none.
+  [[nodiscard]] std::string menuEntry();
 
   [[nodiscard]] std::vector<HttpRequest> requestsOf(const std::string& file) const;
   [[nodiscard]] std::vector<std::string> toolsRun() const;

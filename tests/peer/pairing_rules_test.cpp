@@ -1,6 +1,8 @@
 #include <functional>
 
 #include "fakes/helper_test.h"
+#include "fakes/part_test.h"
+#include "peer/invitations.h"
 #include "support/signing_device.h"
 
 namespace torvane {
@@ -56,7 +58,7 @@ TEST_F(PairingRules, ForgettingAllPairingsKeepsTheIgnoredDevicesIgnored) {
   answerWith({kPair, kIgnore, kAlertFirstButton});
   inviteAs("Ann", 1);
   inviteAs("Eve", 2);
-  helper->forgetPairedDevices();
+  choose("Forget Paired Devices…");
   platform.alerts.shown.clear();
   EXPECT_FALSE(inviteAs("Eve", 2)->at(0).accept);
   EXPECT_TRUE(alerts().empty());
@@ -85,12 +87,33 @@ TEST_F(PairingRules, KeepsThePairedNameWhenTheDeviceComesUnderAnother) {
   EXPECT_EQ(storedPairings(), (JsonObject{{deviceKey(1), "Ann"}, {deviceKey(2), "Bob"}}));
 }
 
+class InvitationsAlone : public PartTest, private Invitations::Host {
+ protected:
+  PairingRegistry registry{platform.ports.defaults, main};
+  AdmittedPeers admitted;
+  Invitations invitations{
+      {platform.ports.application, platform.ports.texts}, registry, admitted, *this, *this};
+  const test::SigningDevice device{1};
+
+  bool isAccepted() {
+    bool result = false;
+    invitations.handleInvitation(
+        {platform.peerLink.newPeer("Ann"), device.rawKey()},
+        [&result](bool accept, const std::shared_ptr<PeerSession>&) { result = accept; });
+    return result;
+  }
+
+ private:
+  std::shared_ptr<PeerSession> currentSession() const override { return nullptr; }
+};
+
 // As it is when a copy of the registry comes back that was made before the device was ignored.
-TEST_F(PairingRules, PairedCountsMoreThanIgnored) {
-  answerWith({kIgnore});
-  EXPECT_FALSE(inviteAs("Ann", 1)->at(0).accept);
-  helper->pair(deviceKey(1), "Ann");
-  EXPECT_TRUE(inviteAs("Ann", 1)->at(0).accept);
+TEST_F(InvitationsAlone, PairedCountsMoreThanIgnored) {
+  platform.alerts.answers = {kAlertFirstButton + 1};
+  EXPECT_FALSE(isAccepted());
+  EXPECT_FALSE(isAccepted());
+  registry.pair(device.deviceKey(), "Ann");
+  EXPECT_TRUE(isAccepted());
 }
 
 // The device's first request may be there before the answer to its invitation has returned.

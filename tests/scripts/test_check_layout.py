@@ -47,13 +47,21 @@ class CheckLayout(unittest.TestCase):
         self.plant("src/app/lifecycle.cpp", "#ifdef __APPLE__\n#endif\n")
         self.assert_found("the core knows no platform")
 
-    def test_library_that_sees_the_delegate(self):
-        self.plant("src/protocol/p2p_frame.cpp", '#include "app/clock.h"\n')
-        self.assert_found("protocol/ may not include app/")
+    def test_part_that_sees_the_delegate(self):
+        self.plant("src/peer/invitations.cpp", '#include "app/bridge_delegate.h"\n')
+        self.assert_found("peer/ may not include app/")
+
+    def test_library_that_sees_what_lies_above_it(self):
+        self.plant("src/protocol/p2p_frame.cpp", '#include "ports/clock.h"\n')
+        self.assert_found("protocol/ may not include ports/")
+
+    def test_adapter_of_one_desktop_that_sees_anothers(self):
+        self.plant("src/platform/linux/main.cpp", '#include "platform/mac/edge.h"\n')
+        self.assert_found("platform/linux/ may not include platform/mac/")
 
     def test_method_in_another_file_than_the_header_says(self):
-        self.plant("src/app/dialogs.cpp", "void BridgeDelegate::pollTick() {}\n")
-        self.assert_found("pollTick() belongs to engine/status_polling.cpp")
+        self.plant("src/app/dialogs.cpp", "void BridgeDelegate::updateIcon() {}\n")
+        self.assert_found("updateIcon() belongs to app/status_icon.cpp")
 
     def test_method_missing_in_the_table_of_contents(self):
         self.plant("src/app/dialogs.cpp", "void BridgeDelegate::surprise() {}\n")

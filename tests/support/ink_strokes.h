@@ -4,7 +4,7 @@
 #include <random>
 #include <vector>
 
-#include "ink/geometry.h"
+#include "ports/geometry.h"
 
 namespace torvane {
 

@@ -14,16 +14,16 @@ class UpdateCheck : public UpdateTest {
 };
 
 TEST_F(UpdateCheck, AsksTheSiteForItsVersionAndDefeatsCaches) {
-  helper->checkForUpdateTick();
+  checkByHand();
   const auto requests = requestsOf("/version.txt");
   ASSERT_EQ(requests.size(), 1U);
-  EXPECT_EQ(requests[0].url, BridgeDelegate::updateBase + std::string("/version.txt?t=1795161791"));
+  EXPECT_EQ(requests[0].url, Updater::updateBase + std::string("/version.txt?t=1795161791"));
   EXPECT_EQ(requests[0].method, "GET");
   EXPECT_EQ(requests[0].idleTimeout, 15.0);
 }
 
 TEST_F(UpdateCheck, SiteIsASecureOne) {
-  const std::string site = BridgeDelegate::updateBase;
+  const std::string site = Updater::updateBase;
   EXPECT_TRUE(site.starts_with("https://"));
   EXPECT_TRUE(site.ends_with("/torvane"));
 }
@@ -33,17 +33,17 @@ TEST_F(UpdateCheck, FirstOneComesFiveSecondsAfterLaunch) {
   EXPECT_TRUE(requestsOf("/version.txt").empty());
   platform.time.advance(0.2);
   EXPECT_EQ(requestsOf("/version.txt").size(), 1U);
-  EXPECT_EQ(helper->availableUpdate, "413");
+  EXPECT_EQ(menuEntry(), kInstall413);
   EXPECT_TRUE(platform.alerts.shown.empty());
 }
 
 TEST_F(UpdateCheck, OthersFollowTwiceADay) {
   platform.http.keepsRequests = false;
   int checks = 0;
-  const auto server = platform.http.server;
   platform.http.server = [&](const HttpRequest& request) {
     checks += request.url.find("/version.txt") != std::string::npos ? 1 : 0;
-    return server(request);
+    return FakeAnswer{
+        httpError("Could not connect.")};  // nor to an engine, which has its own needs
   };
   platform.time.advance(43199);
   EXPECT_EQ(checks, 1);
@@ -54,7 +54,7 @@ TEST_F(UpdateCheck, OthersFollowTwiceADay) {
 TEST_F(UpdateCheck, BuildMayStandAmongSpacesAndLineFeeds) {
   publish("  413\n");
   checkByTimer();
-  EXPECT_EQ(helper->availableUpdate, "413");
+  EXPECT_EQ(menuEntry(), kInstall413);
 }
 
 TEST_F(UpdateCheck, DotsAndLettersAreReportedAsUnreachable) {
@@ -62,7 +62,7 @@ TEST_F(UpdateCheck, DotsAndLettersAreReportedAsUnreachable) {
     publish(text);
     checkByHand();
     EXPECT_EQ(lastAlert(), kUnreachable);
-    EXPECT_EQ(helper->availableUpdate, std::nullopt);
+    EXPECT_EQ(menuEntry(), kCheck);
   }
   EXPECT_EQ(platform.alerts.shown.size(), 5U);
   EXPECT_EQ(platform.alerts.shown[0].message, "Torvane P2P Helper");
@@ -79,12 +79,12 @@ TEST_F(UpdateCheck, EverythingButA200IsUnreachable) {
     EXPECT_EQ(lastAlert(), kUnreachable);
   }
   EXPECT_EQ(platform.alerts.shown.size(), 8U);
-  EXPECT_EQ(helper->availableUpdate, std::nullopt);
+  EXPECT_EQ(menuEntry(), kCheck);
 }
 
 TEST_F(UpdateCheck, SiteThatDoesNotAnswerIsGivenUpAfter15Seconds) {
   versionAnswer.delay = 3600;
-  helper->checkForUpdatesClicked();
+  checkByHand();
   platform.time.advance(14.9);
   EXPECT_TRUE(platform.alerts.shown.empty());
   platform.time.advance(0.2);
@@ -92,30 +92,38 @@ TEST_F(UpdateCheck, SiteThatDoesNotAnswerIsGivenUpAfter15Seconds) {
 }
 
 TEST_F(UpdateCheck, FailureOfATimersCheckIsSilentAndKeepsTheOffer) {
-  checkByTimer();
-  publish("4.14");
-  checkByTimer();
-  versionAnswer = {httpError("Could not connect."), 0};
-  checkByTimer();
-  EXPECT_EQ(helper->availableUpdate, "413");
-  EXPECT_TRUE(platform.alerts.shown.empty());
+  for (const auto& result : {httpResult(200, "4.14"), httpError("Could not connect.")}) {
+    launch();
+    publish("413");
+    platform.alerts.answers = {kLater};
+    checkByHand();
+    platform.alerts.shown.clear();
+    versionAnswer = {result, 0};
+    checkByTimer();
+    EXPECT_EQ(menuEntry(), kInstall413);
+    EXPECT_TRUE(platform.alerts.shown.empty());
+  }
+  EXPECT_EQ(requestsOf("/version.txt").size(), 4U);
 }
 
 TEST_F(UpdateCheck, FailureOfACheckByHandKeepsTheOfferToo) {
+  const auto check = entry(kCheck);
   checkByTimer();
   versionAnswer = {httpError("Could not connect."), 0};
-  checkByHand();
+  check();
   EXPECT_EQ(lastAlert(), kUnreachable);
-  EXPECT_EQ(helper->availableUpdate, "413");
+  EXPECT_EQ(menuEntry(), kInstall413);
 }
 
 TEST_F(UpdateCheck, EqualBuildIsUpToDateAndClearsTheOffer) {
+  const auto check = entry(kCheck);
   checkByTimer();
+  EXPECT_EQ(menuEntry(), kInstall413);
   publish("412");
-  checkByHand();
+  check();
   EXPECT_EQ(lastAlert(), "You're up to date — build 412 is the latest.");
   EXPECT_EQ(platform.alerts.shown.back().message, "Torvane P2P Helper");
-  EXPECT_EQ(helper->availableUpdate, std::nullopt);
+  EXPECT_EQ(menuEntry(), kCheck);
 }
 
 TEST_F(UpdateCheck, OlderBuildIsUpToDateToo) {
@@ -125,51 +133,59 @@ TEST_F(UpdateCheck, OlderBuildIsUpToDateToo) {
 }
 
 TEST_F(UpdateCheck, TimersCheckClearsAStaleOfferInSilence) {
-  checkByTimer();
+  platform.alerts.answers = {kLater};
+  checkByHand();
+  EXPECT_EQ(menuEntry(), kInstall413);
   publish("412");
   checkByTimer();
-  EXPECT_EQ(helper->availableUpdate, std::nullopt);
-  EXPECT_TRUE(platform.alerts.shown.empty());
+  EXPECT_EQ(menuEntry(), kCheck);
+  EXPECT_EQ(platform.alerts.shown.size(), 1U);  // the question before
 }
 
 TEST_F(UpdateCheck, BuildsCompareByValue) {
   platform.bundle.info["CFBundleVersion"] = "99";
   publish("100");
   checkByTimer();
-  EXPECT_EQ(helper->availableUpdate, "100");
+  EXPECT_EQ(menuEntry(), "Update Helper to Build 100…");
 }
 
 TEST_F(UpdateCheck, CopyElsewhereDoesAndShowsNothing) {
   for (const char* path : {"/home/presenter/Downloads/Torvane P2P Helper.app", "/Applications",
                            "/ApplicationsX/A.app", "/opt/Applications/A.app"}) {
+    platform.bundle.bundlePath = kInstalled;
+    launch();
+    const auto check = entry(kCheck);
     platform.bundle.bundlePath = path;
-    checkByHand();
+    check();
     checkByTimer();
+    EXPECT_EQ(menuEntry(), "") << path;
   }
   EXPECT_TRUE(requestsOf("/version.txt").empty());
   EXPECT_TRUE(platform.alerts.shown.empty());
-  EXPECT_EQ(helper->availableUpdate, std::nullopt);
 }
 
 TEST_F(UpdateCheck, CopyInAFolderBelowApplicationsIsInstalled) {
   platform.bundle.bundlePath = "/Applications/Utilities/A.app";
   checkByTimer();
-  EXPECT_EQ(helper->availableUpdate, "413");
+  EXPECT_EQ(menuEntry(), kInstall413);
 }
 
 TEST_F(UpdateCheck, WithoutAVersionOfItsOwnAnyBuildIsNewer) {
   platform.bundle.info.erase("CFBundleVersion");
   publish("1");
+  const auto check = entry(kCheck);
   checkByTimer();
-  EXPECT_EQ(helper->availableUpdate, "1");
+  EXPECT_EQ(menuEntry(), "Update Helper to Build 1…");
   publish("0");
-  checkByHand();
+  check();
   EXPECT_EQ(lastAlert(), "You're up to date — build 0 is the latest.");
 }
 
 TEST_F(UpdateCheck, VersionThatIsNoTextCountsAsNone) {
   platform.bundle.info["CFBundleVersion"] = 412;
-  EXPECT_EQ(helper->myVersion(), "0");
+  publish("0");
+  checkByHand();
+  EXPECT_EQ(lastAlert(), "You're up to date — build 0 is the latest.");
 }
 
 TEST_F(UpdateCheck, ByHandANewerBuildIsOfferedAtOnce) {
@@ -177,13 +193,15 @@ TEST_F(UpdateCheck, ByHandANewerBuildIsOfferedAtOnce) {
   checkByHand();
   ASSERT_EQ(platform.alerts.shown.size(), 1U);
   EXPECT_EQ(platform.alerts.shown[0].message, "Update the Mac helper?");
-  EXPECT_EQ(helper->availableUpdate, "413");
+  EXPECT_EQ(menuEntry(), kInstall413);
 }
 
 TEST_F(UpdateCheck, AnswerForAHelperThatHasGoneIsDropped) {
-  helper->checkForUpdatesClicked();
+  versionAnswer.delay = 1;
+  checkByHand();
   helper.reset();
-  platform.time.runDue();
+  platform.time.advance(2);
+  EXPECT_EQ(requestsOf("/version.txt").size(), 1U);
   EXPECT_TRUE(platform.alerts.shown.empty());
 }
 

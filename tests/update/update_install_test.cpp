@@ -9,13 +9,6 @@ const std::string kFailed = "Helper update not installed.\n\n";
 
 class UpdateInstall : public UpdateTest {
  protected:
-  [[nodiscard]] std::string menuEntry() {
-    for (const auto& item : helper->menuNeedsUpdate()) {
-      if (item.title.find("Updat") == std::string::npos) continue;
-      return item.title + (item.action ? "" : " (disabled)");
-    }
-    return {};
-  }
   // Confirms once a download has begun and not ended.
   void beginDownload() {
     archiveAnswer.delay = 30;
@@ -40,34 +33,43 @@ TEST_F(UpdateInstall, AsksWithTheBuildAndTwoButtons) {
 TEST_F(UpdateInstall, LaterDownloadsNothing) {
   platform.alerts.answers = {kLater};
   checkByHand();
-  EXPECT_FALSE(helper->updateInProgress);
   EXPECT_TRUE(requestsOf("/Torvane-P2P-Mac.zip").empty());
-  EXPECT_EQ(menuEntry(), "Update Helper to Build 413…");
+  EXPECT_EQ(menuEntry(), kInstall413);
 }
 
 TEST_F(UpdateInstall, NeedsAKnownUpdate) {
-  helper->installUpdate();
-  EXPECT_TRUE(platform.alerts.shown.empty());
-  EXPECT_TRUE(platform.log.empty());
+  platform.alerts.answers = {kLater};
+  checkByHand();
+  const auto install = entry(kInstall413);
+  versionAnswer = {httpResult(200, "412"), 0};
+  checkByTimer();
+  EXPECT_EQ(menuEntry(), kCheck);
+  const auto log = platform.log;
+  install();
+  EXPECT_EQ(platform.log, log);
+  EXPECT_EQ(platform.alerts.shown.size(), 1U);
+  EXPECT_TRUE(requestsOf("/Torvane-P2P-Mac.zip").empty());
 }
 
 TEST_F(UpdateInstall, SecondOneWhileOneIsInProgressDoesNothing) {
-  beginDownload();
+  archiveAnswer.delay = 30;
+  checkByTimer();
+  const auto install = entry(kInstall413);
+  install();
   const auto log = platform.log;
-  helper->installUpdate();
-  platform.time.runDue();
+  install();
   EXPECT_EQ(platform.log, log);
   EXPECT_EQ(requestsOf("/Torvane-P2P-Mac.zip").size(), 1U);
 }
 
 TEST_F(UpdateInstall, ConfirmedTwiceAtOnceIsOneInstall) {
-  platform.alerts.whileUp = [this](const AlertContent&) {
-    platform.alerts.whileUp = nullptr;
-    helper->checkForUpdatesClicked();  // its answer comes while the alert is up
-  };
+  versionAnswer.delay = 1;
   archiveAnswer.delay = 30;
   checkByHand();
+  checkByHand();  // its answer comes while the question of the first is up
+  platform.time.advance(2);
   EXPECT_EQ(platform.alerts.shown.size(), 2U);
+  EXPECT_EQ(platform.alerts.mostUpAtOnce, 2);
   EXPECT_EQ(requestsOf("/Torvane-P2P-Mac.zip").size(), 1U);
 }
 
@@ -76,7 +78,7 @@ TEST_F(UpdateInstall, DownloadsTheArchiveToAFile) {
   const auto requests = requestsOf("/Torvane-P2P-Mac.zip");
   ASSERT_EQ(requests.size(), 1U);
   EXPECT_EQ(requests[0].url,
-            BridgeDelegate::updateBase + std::string("/Torvane-P2P-Mac.zip?t=1795161791"));
+            Updater::updateBase + std::string("/Torvane-P2P-Mac.zip?t=1795161791"));
   EXPECT_EQ(requests[0].idleTimeout, 60.0);
   EXPECT_EQ(requests[0].maxResponseBytes, 1073741824U);
   EXPECT_EQ(requests[0].saveTo, std::string(kWork) + ".zip");
@@ -84,7 +86,6 @@ TEST_F(UpdateInstall, DownloadsTheArchiveToAFile) {
 
 TEST_F(UpdateInstall, MenuSaysUpdatingWhileItRuns) {
   beginDownload();
-  EXPECT_TRUE(helper->updateInProgress);
   EXPECT_EQ(menuEntry(), "Updating… (disabled)");
 }
 
@@ -135,12 +136,14 @@ TEST_F(UpdateInstall, LeavingsOfProcessesThatHaveEndedAreRemoved) {
 TEST_F(UpdateInstall, LeavingsOfWhatMayStillRunStay) {
   const std::string other = "/temporary/torvane-helper-update-4000/helper.zip";
   platform.files.put(other, "PK");
+  tools["spctl"].status = 3;
+  checkByTimer();
   for (const bool isMissing : {false, true}) {
     tools["kill"].isMissing = isMissing;
-    tools["spctl"].status = 3;
-    checkByHand();
+    choose(kInstall413);
     EXPECT_TRUE(platform.files.exists(other));
   }
+  EXPECT_EQ(requestsOf("/Torvane-P2P-Mac.zip").size(), 2U);
 }
 
 TEST_F(UpdateInstall, OtherNamesAreNoLeavings) {
@@ -168,7 +171,7 @@ TEST_F(UpdateInstall, OldCopyOfAKilledProcessStaysUntilANewOneIsInPlace) {
   EXPECT_EQ(platform.files.names(work), std::vector<std::string>{"old.app"});
   EXPECT_TRUE(platform.files.exists(aside));
   tools.erase("second ditto");
-  checkByHand();
+  choose(kInstall413);
   EXPECT_TRUE(hasQuit());
   EXPECT_FALSE(platform.files.exists(work));
   EXPECT_FALSE(platform.files.exists(aside));
@@ -183,8 +186,7 @@ TEST_F(UpdateInstall, OldCopyThatCannotGoBackIsLeft) {
   for (int attempt = 1; attempt <= 2; ++attempt) {
     EXPECT_EQ(platform.files.tree(old), before) << attempt;
     EXPECT_EQ(platform.files.names(kWork), std::vector<std::string>{"old.app"}) << attempt;
-    helper->installUpdate();
-    platform.time.runDue();
+    choose(kInstall413);
   }
   EXPECT_FALSE(hasQuit());
 }
@@ -231,7 +233,7 @@ TEST_F(UpdateInstall, MenuSaysNothingOfAnUpdateThatIsWithdrawnWhileItRuns) {
   beginDownload();
   versionAnswer = {httpResult(200, "412\n"), 0};
   checkByTimer();
-  EXPECT_EQ(menuEntry(), "Check for Updates");
+  EXPECT_EQ(menuEntry(), kCheck);
 }
 
 // A program that ends while a tool hangs.
@@ -239,6 +241,7 @@ class UpdateQuit : public UpdateInstall, public testing::WithParamInterface<cons
  protected:
   void quit() {
     helper->applicationWillTerminate();
+    for (const auto& tool : platform.processes.launched) EXPECT_FALSE(tool.process->isRunning());
     helper.reset();
   }
   [[nodiscard]] bool isOpenedAgain() const {
@@ -362,8 +365,7 @@ TEST_F(UpdateInstall, MayBeTriedAgainAfterAFailure) {
   checkByHand();
   EXPECT_FALSE(hasQuit());
   tools.clear();
-  helper->installUpdate();
-  platform.time.runDue();
+  choose(kInstall413);
   EXPECT_TRUE(hasQuit());
 }
 
@@ -531,8 +533,7 @@ TEST_P(UpdateFailure, IsToldAndLeavesTheInstalledCopyAsItWas) {
   EXPECT_EQ(platform.files.tree(kInstalled), before);
   EXPECT_TRUE(platform.files.tree("/temporary").empty());
   EXPECT_FALSE(hasQuit());
-  EXPECT_FALSE(helper->updateInProgress);
-  EXPECT_EQ(menuEntry(), "Update Helper to Build 413…");
+  EXPECT_EQ(menuEntry(), kInstall413);
 }
 
 INSTANTIATE_TEST_SUITE_P(EachStep, UpdateFailure, testing::ValuesIn(kBadSteps),

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "ink/geometry.h"
+#include "ports/geometry.h"
 #include "protocol/json.h"
 
 namespace torvane::ipad {

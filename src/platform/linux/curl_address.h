@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "bridge/http_session.h"
+#include "ports/http_session.h"
 
 namespace torvane {
 

@@ -8,9 +8,9 @@
 #include <thread>
 #include <vector>
 
-#include "bridge/http_session.h"
 #include "peer/round_robin.h"
 #include "platform/linux/curl_transfer.h"
+#include "ports/http_session.h"
 
 namespace torvane {
 

@@ -9,9 +9,9 @@
 #include <optional>
 #include <string>
 
-#include "bridge/http_session.h"
 #include "platform/linux/curl_address.h"
 #include "platform/posix/body_file.h"
+#include "ports/http_session.h"
 
 namespace torvane {
 

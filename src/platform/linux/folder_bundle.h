@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "app/bundle.h"
+#include "ports/bundle.h"
 
 namespace torvane {
 

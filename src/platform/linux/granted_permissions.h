@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/permissions.h"
+#include "ports/permissions.h"
 
 namespace torvane {
 

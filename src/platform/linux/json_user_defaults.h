@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "app/user_defaults.h"
+#include "ports/user_defaults.h"
 
 namespace torvane {
 

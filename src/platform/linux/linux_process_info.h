@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "app/process_info.h"
+#include "ports/process_info.h"
 
 namespace torvane {
 

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "app/bridge_delegate.h"
+#include "engine/python_diagnosis.h"
 #include "platform/linux/curl_http_session.h"
 #include "platform/linux/display_guard.h"
 #include "platform/linux/folder_bundle.h"

@@ -4,7 +4,7 @@
 #include <QPalette>
 #include <vector>
 
-#include "app/status_item.h"
+#include "ports/status_item.h"
 
 namespace torvane {
 

@@ -4,11 +4,11 @@
 #include <QWidget>
 #include <memory>
 
-#include "app/clock.h"
 #include "ink/overlay_view.h"
 #include "platform/linux/ink_shape.h"
 #include "platform/linux/qt_canvas.h"
 #include "platform/linux/window_shape.h"
+#include "ports/clock.h"
 
 namespace torvane {
 

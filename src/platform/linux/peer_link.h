@@ -4,9 +4,9 @@
 #include <memory>
 #include <string>
 
-#include "peer/peer_session.h"
 #include "platform/linux/peer_link_limits.h"
 #include "platform/linux/peer_link_runtime_file.h"
+#include "ports/peer_session.h"
 
 namespace torvane {
 

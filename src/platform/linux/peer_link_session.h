@@ -6,7 +6,7 @@
 #include <mutex>
 #include <vector>
 
-#include "peer/peer_session.h"
+#include "ports/peer_session.h"
 
 namespace boost::asio {
 class io_context;

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/alert.h"
 #include "platform/linux/qt_application.h"
+#include "ports/alert.h"
 
 namespace torvane {
 

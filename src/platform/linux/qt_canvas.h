@@ -7,8 +7,8 @@
 #include <mutex>
 #include <optional>
 
-#include "ink/canvas.h"
 #include "platform/linux/line_coverage.h"
+#include "ports/canvas.h"
 
 namespace torvane {
 

@@ -6,8 +6,8 @@
 #include <mutex>
 #include <thread>
 
-#include "app/main_queue.h"
 #include "platform/posix/unique_fd.h"
+#include "ports/main_queue.h"
 
 namespace torvane {
 

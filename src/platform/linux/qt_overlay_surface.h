@@ -3,11 +3,12 @@
 #include <QTimer>
 #include <memory>
 
-#include "app/clock.h"
-#include "ink/overlay_surface.h"
+#include "ink/overlay_view.h"
 #include "platform/linux/focused_window.h"
 #include "platform/linux/overlay_widget.h"
 #include "platform/linux/x11_watch.h"
+#include "ports/clock.h"
+#include "ports/overlay_surface.h"
 
 namespace torvane {
 

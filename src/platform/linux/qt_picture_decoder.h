@@ -7,8 +7,8 @@
 #include <mutex>
 #include <thread>
 
-#include "ink/picture_decoder.h"
 #include "platform/linux/qt_canvas.h"
+#include "ports/picture_decoder.h"
 
 namespace torvane {
 

@@ -4,8 +4,8 @@
 #include <optional>
 #include <vector>
 
-#include "ink/window_server.h"
 #include "platform/linux/x11_session.h"
+#include "ports/window_server.h"
 
 namespace torvane {
 

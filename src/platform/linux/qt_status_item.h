@@ -8,10 +8,10 @@
 #include <memory>
 #include <optional>
 
-#include "app/status_item.h"
 #include "platform/linux/stand_in_window.h"
 #include "platform/linux/tray_menu.h"
 #include "platform/linux/tray_presence.h"
+#include "ports/status_item.h"
 
 namespace torvane {
 

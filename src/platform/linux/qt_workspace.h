@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/workspace.h"
+#include "ports/workspace.h"
 
 namespace torvane {
 

@@ -4,8 +4,8 @@
 #include <QPushButton>
 #include <QWidget>
 
-#include "app/status_item.h"
 #include "platform/linux/tray_menu.h"
+#include "ports/status_item.h"
 
 namespace torvane {
 

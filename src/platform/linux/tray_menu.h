@@ -4,7 +4,7 @@
 #include <functional>
 #include <vector>
 
-#include "app/status_item.h"
+#include "ports/status_item.h"
 
 namespace torvane {
 

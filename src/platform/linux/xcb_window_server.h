@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ink/window_server.h"
 #include "platform/linux/x11_session.h"
+#include "ports/window_server.h"
 
 namespace torvane {
 

@@ -4,8 +4,8 @@
 
 #include <memory>
 
-#include "bridge/http_session.h"
 #include "platform/posix/body_file.h"
+#include "ports/http_session.h"
 
 // The delegate of one URL session: collects each task's answer, and hands it over when the task
 // ends. The session calls it on a background queue of its own.

@@ -5,8 +5,8 @@
 #include <memory>
 #include <string>
 
-#include "peer/peer_session.h"
 #include "platform/mac/peer_tokens.h"
+#include "ports/peer_session.h"
 
 // Passes on what the advertiser reports, on the framework's own queue.
 @interface TorvaneAdvertiserEvents : NSObject <MCNearbyServiceAdvertiserDelegate>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/alert.h"
+#include "ports/alert.h"
 
 namespace torvane {
 

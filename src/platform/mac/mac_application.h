@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/application.h"
-#include "app/main_queue.h"
+#include "ports/application.h"
+#include "ports/main_queue.h"
 
 namespace torvane {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/bundle.h"
+#include "ports/bundle.h"
 
 namespace torvane {
 

@@ -2,8 +2,8 @@
 
 #import <CoreGraphics/CoreGraphics.h>
 
-#include "ink/canvas.h"
 #include "platform/mac/cf_ref.h"
+#include "ports/canvas.h"
 
 namespace torvane {
 

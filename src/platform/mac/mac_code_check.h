@@ -1,6 +1,6 @@
 #pragma once
 
-#include "update/code_check.h"
+#include "ports/code_check.h"
 
 namespace torvane {
 

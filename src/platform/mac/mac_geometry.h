@@ -2,7 +2,7 @@
 
 #import <CoreGraphics/CoreGraphics.h>
 
-#include "ink/geometry.h"
+#include "ports/geometry.h"
 
 namespace torvane {
 

@@ -6,7 +6,7 @@
 #include <memory>
 #include <tuple>
 
-#include "bridge/http_session.h"
+#include "ports/http_session.h"
 
 @class TorvaneTransfers;
 

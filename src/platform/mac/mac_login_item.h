@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/login_item.h"
+#include "ports/login_item.h"
 
 namespace torvane {
 

@@ -4,7 +4,7 @@
 #include <functional>
 #include <mutex>
 
-#include "app/main_queue.h"
+#include "ports/main_queue.h"
 
 namespace torvane {
 

@@ -2,8 +2,9 @@
 
 #import <AppKit/AppKit.h>
 
-#include "app/clock.h"
-#include "ink/overlay_surface.h"
+#include "ink/overlay_view.h"
+#include "ports/clock.h"
+#include "ports/overlay_surface.h"
 
 // Shows the ink; its origin is its top left corner.
 @interface TorvaneOverlayContent : NSView

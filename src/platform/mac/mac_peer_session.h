@@ -5,9 +5,9 @@
 #include <cstdint>
 #include <memory>
 
-#include "peer/peer_session.h"
 #include "peer/receive_budget.h"
 #include "platform/mac/peer_tokens.h"
+#include "ports/peer_session.h"
 
 namespace torvane {
 class MacPeerSession;

@@ -4,7 +4,7 @@
 
 #include <memory>
 
-#include "ink/picture_decoder.h"
+#include "ports/picture_decoder.h"
 
 namespace torvane {
 

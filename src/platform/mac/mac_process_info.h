@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/process_info.h"
+#include "ports/process_info.h"
 
 namespace torvane {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/running_applications.h"
+#include "ports/running_applications.h"
 
 namespace torvane {
 

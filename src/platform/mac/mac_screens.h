@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ink/window_server.h"
+#include "ports/window_server.h"
 
 namespace torvane {
 

@@ -2,7 +2,7 @@
 
 #import <AppKit/AppKit.h>
 
-#include "app/status_item.h"
+#include "ports/status_item.h"
 
 // Fills the menu each time it is about to open, and carries out what is chosen.
 @interface TorvaneStatusMenu : NSObject <NSMenuDelegate>

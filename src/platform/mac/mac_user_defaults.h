@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/user_defaults.h"
+#include "ports/user_defaults.h"
 
 namespace torvane {
 

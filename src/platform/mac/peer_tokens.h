@@ -6,7 +6,7 @@
 #include <mutex>
 #include <optional>
 
-#include "peer/peer_session.h"
+#include "ports/peer_session.h"
 
 namespace torvane {
 

@@ -2,7 +2,7 @@
 
 #include <sys/types.h>
 
-#include "engine/child_process.h"
+#include "ports/child_process.h"
 
 namespace torvane {
 

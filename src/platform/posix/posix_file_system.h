@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/file_system.h"
+#include "ports/file_system.h"
 
 namespace torvane {
 

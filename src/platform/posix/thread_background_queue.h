@@ -7,7 +7,7 @@
 #include <mutex>
 #include <thread>
 
-#include "engine/background_queue.h"
+#include "ports/background_queue.h"
 
 namespace torvane {
 
