@@ -15,7 +15,7 @@ ROOT = Path(__file__).resolve().parent.parent.parent
 sys.path.insert(0, str(ROOT / "scripts/mac"))
 from ninja_file import WARNINGS, NinjaFile  # pylint: disable=wrong-import-position
 
-CORE = ("protocol", "bridge", "engine", "ink", "peer", "update", "app", "platform/posix")
+CORE = ("protocol", "ports", "bridge", "engine", "ink", "peer", "update", "app", "platform/posix")
 SANITIZERS = "-fsanitize=address,undefined -fno-sanitize=vptr,function -fno-sanitize-recover=all"
 LINUX = f"-std=c++20 -g1 {SANITIZERS} -fno-omit-frame-pointer -I src -I tests"
 LINUX_OBJC = ("-x objective-c++ -fobjc-runtime=gnustep-2.0 -fobjc-arc -fblocks "
@@ -62,7 +62,7 @@ class ChecksFile(NinjaFile):
         self.mac = sorted((ROOT / "src/platform/mac").glob("*.mm"))
 
     def linux(self, source, flags, headers=None):
-        site = f"'-DTORVANE_UPDATE_BASE=\"{self.base}\"' " if source.name == "update_check.cpp" else ""
+        site = f"'-DTORVANE_UPDATE_BASE=\"{self.base}\"' " if source.name == "updater.cpp" else ""
         return self.compile("linux", source, site + flags, headers=headers)
 
     def precompiled(self, folder, flags):

@@ -3,6 +3,7 @@
 #import <AppKit/AppKit.h>
 
 #include "app/bridge_delegate.h"
+#include "engine/python_diagnosis.h"
 #include "platform/mac/application_delegate.h"
 #include "platform/mac/mac_alerts.h"
 #include "platform/mac/mac_application.h"
