@@ -44,7 +44,9 @@ class EngineTest : public PartTest, private Engine::Host {
 
   // Asks the engine, which answers with this status.
   void learn(int status) {
-    platform.http.server = [status](const HttpRequest&) { return FakeAnswer{httpResult(status), 0}; };
+    platform.http.server = [status](const HttpRequest&) {
+      return FakeAnswer{httpResult(status), 0};
+    };
     engine.checkStatus();
     platform.time.runDue();
   }
