@@ -14,9 +14,12 @@ constexpr double kSessionIdleTimeout = 120;
 void EngineProxy::forward(PeerRequest request, const std::shared_ptr<PeerSession>& session,
                           const Asker& from) {
   // The answer leaves from the HTTP session's thread and touches no field.
-  auto answer = [id = request.id, into = session, from](const HttpResult& result) {
+  const bool isSafe = request.method == "GET" || request.method == "HEAD";
+  auto answer = [id = request.id, into = session, from,
+                 didTake = isSafe ? nullptr : didTakeSomething_](const HttpResult& result) {
     auto reply = engineReplyWithin(into->longestMessage(), id, result);
     if (reply) into->sendReliably(std::move(*reply), from);
+    if (didTake && result.response) didTake();
   };
   if (auto problem = wireProblem(request)) {
     answer({.response = std::nullopt, .body = {}, .error = std::move(problem)});

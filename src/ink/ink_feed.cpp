@@ -7,27 +7,58 @@ namespace {
 
 constexpr double kEventsTimeout = 2.0;
 constexpr double kPictureTimeout = 3.0;
+constexpr double kChangeInterval = 0.008;  // between two questions because of changes
 
 }  // namespace
 
 void InkFeed::inkTick() {
+  ask(Cause::timer);
+}
+
+void InkFeed::engineDidTakeSomething() {
+  if (!isPresenting) return;
+  if (inkBusy) {
+    *asksAgain = true;
+    return;
+  }
+  const double wait = changeAskedAt + kChangeInterval - ports_.clock.mediaTime();
+  if (wait <= 0) {
+    ask(Cause::change);
+  } else if (!isChangeScheduled) {
+    isChangeScheduled = true;
+    main_.after(wait, [this] {
+      isChangeScheduled = false;
+      engineDidTakeSomething();
+    });
+  }
+}
+
+void InkFeed::ask(Cause cause) {
   if (!host_.isServerRunning() || inkBusy) return;
   inkBusy = true;
+  *asksAgain = false;
+  if (cause == Cause::change) changeAskedAt = ports_.clock.mediaTime();
   ports_.http.shared().dataTask(
       engineRequest("/api/ink/events?since=" + std::to_string(inkSeq), kEventsTimeout),
-      [this, main = main_, quiet = quietAnswer()](const HttpResult& result) {
+      [this, main = main_, quiet = quietAnswer(), again = asksAgain,
+       cause](const HttpResult& result) {
         // Read here, off the main thread, which a large answer would hold.
         auto read = parseInkAnswer(result.body);
-        if (!read) return main.async([this] { inkBusy = false; });
-        const bool isQuiet = read == quiet;
+        if (!read) return main.async([this] { answerEnded(); });
+        const bool canWait = read == quiet && !*again;
         const auto answer = std::make_shared<const InkAnswer>(std::move(*read));
-        const auto take = [this, answer] { inkDidArrive(answer); };
-        if (isQuiet) {
+        const auto take = [this, answer, cause] { inkDidArrive(answer, cause); };
+        if (canWait) {
           main.asyncWhenAwake(take);
         } else {
           main.async(take);
         }
       });
+}
+
+void InkFeed::answerEnded() {
+  inkBusy = false;
+  if (*asksAgain) engineDidTakeSomething();
 }
 
 // What changes nothing if it is the answer to the question that is about to be asked: it can wait
@@ -38,33 +69,35 @@ std::optional<InkAnswer> InkFeed::quietAnswer() const {
   return InkAnswer{inkSeq, {}, overlay_.isVisible(), overlayView.aspect, lastOverlayV};
 }
 
-void InkFeed::inkDidArrive(const std::shared_ptr<const InkAnswer>& answer) {
+void InkFeed::inkDidArrive(const std::shared_ptr<const InkAnswer>& answer, Cause cause) {
   // The engine was started anew. What this answer holds is not the whole of its ink: skip it and
   // ask from the start.
   if (answer->seq < inkSeq) {
     inkSeq = 0;
     clearOverlay();
-    inkBusy = false;
+    answerEnded();
     return;
   }
   inkSeq = answer->seq;
   overlayView.setAspect(answer->aspect);
-  takeInk(answer, 0);
+  takeInk(answer, 0, cause);
 }
 
 // Usually all events at once. A huge answer takes several turns of the main queue, so that it
 // does not hold up everything else; it stays the only one on its way until it is done.
-void InkFeed::takeInk(const std::shared_ptr<const InkAnswer>& answer, std::size_t from) {
+void InkFeed::takeInk(const std::shared_ptr<const InkAnswer>& answer, std::size_t from,
+                      Cause cause) {
   const auto events = std::span(answer->events).subspan(from);
   const auto count = countForOneTurn(events, overlayView.order.size());
   applyInkEvents(events.first(count));
   if (count < events.size()) {
-    main_.async([this, answer, next = from + count] { takeInk(answer, next); });
+    main_.async([this, answer, next = from + count, cause] { takeInk(answer, next, cause); });
     return;
   }
   if (answer->overlayV != lastOverlayV) fetchOverlayImage(answer->overlayV);
-  overlay_.updateOverlayWindow(answer->presenting);
-  inkBusy = false;
+  isPresenting = answer->presenting;
+  overlay_.updateOverlayWindow(isPresenting, cause == Cause::timer);
+  answerEnded();
 }
 
 void InkFeed::applyInkEvents(std::span<const InkEvent> events) {

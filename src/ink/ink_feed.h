@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -16,8 +17,9 @@
 
 namespace torvane {
 
-// Live ink and the overlay picture, fetched from the engine while it runs, one question at a time.
-// Main thread only.
+// Live ink and the overlay picture, fetched from the engine while it runs, one question at a time:
+// with each tick of a timer, and at once when something was sent to the engine during a show. Main
+// thread only.
 class InkFeed {
  public:
   struct Ports {
@@ -39,10 +41,18 @@ class InkFeed {
 
   void inkTick();
 
+  // Asks at once while a show is presented; behind the question that is under way, and once in 8 ms
+  // at most.
+  void engineDidTakeSomething();
+
  private:
+  enum class Cause { timer, change };
+
+  void ask(Cause cause);
   [[nodiscard]] std::optional<InkAnswer> quietAnswer() const;
-  void inkDidArrive(const std::shared_ptr<const InkAnswer>& answer);
-  void takeInk(const std::shared_ptr<const InkAnswer>& answer, std::size_t from);
+  void inkDidArrive(const std::shared_ptr<const InkAnswer>& answer, Cause cause);
+  void takeInk(const std::shared_ptr<const InkAnswer>& answer, std::size_t from, Cause cause);
+  void answerEnded();
   void applyInkEvents(std::span<const InkEvent> events);
   void fetchOverlayImage(std::int64_t version);
   void decodePicture(std::optional<Bytes> file);
@@ -59,6 +69,13 @@ class InkFeed {
   bool inkBusy = false;            // an answer is on its way
   std::int64_t lastOverlayV = -1;  // version of the picture shown or on its way
   NewestPicture newestPicture;
+
+  bool isPresenting = false;       // as the last answer said
+  double changeAskedAt = -1;       // media time
+  bool isChangeScheduled = false;  // for when it may be asked again
+  // Something has changed since the question that is under way. Read by the thread that brings its
+  // answer, which may outlive this.
+  const std::shared_ptr<std::atomic<bool>> asksAgain = std::make_shared<std::atomic<bool>>(false);
 };
 
 }  // namespace torvane

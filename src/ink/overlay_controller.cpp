@@ -10,13 +10,13 @@ constexpr std::int64_t kSearchInterval = 25;
 
 }  // namespace
 
-void OverlayController::updateOverlayWindow(bool presenting) {
+void OverlayController::updateOverlayWindow(bool presenting, bool counts) {
   if (!presenting) {
     if (overlay) overlay->orderOut();
     return;
   }
-  ++frameTick;
-  if (isVisible() && frameTick % kSearchInterval != 0) return;
+  if (counts) ++frameTick;
+  if (isVisible() && (!counts || frameTick % kSearchInterval != 0)) return;
   auto frame = slideShowScreenFrame();
   if (!frame) frame = ports_.screens.mainFrame();
   if (frame) showOverlay(*frame);

@@ -24,8 +24,9 @@ class OverlayController {
   // What the window shows, whether it is there or not.
   [[nodiscard]] OverlayView& view() { return overlayView; }
 
-  // With every accepted answer about ink.
-  void updateOverlayWindow(bool presenting);
+  // With every accepted answer about ink. The show's screen is looked for with the first answer of
+  // a show, and with one in 25 of those that count.
+  void updateOverlayWindow(bool presenting, bool counts = true);
 
   [[nodiscard]] bool isVisible() const { return overlay && overlay->isVisible(); }
   [[nodiscard]] bool hasHardEdges() const { return overlay && !overlay->hasSoftEdges(); }
