@@ -31,7 +31,7 @@ class Api:
             "/api/document": {"POST": self._choose},
             "/api/next": {"POST": lambda *_: json_answer(engine.act("next"))},
             "/api/previous": {"POST": lambda *_: json_answer(engine.act("previous"))},
-            "/api/show/start": {"POST": lambda *_: json_answer(engine.act("start"))},
+            "/api/show/start": {"POST": lambda *_: json_answer(engine.start_show())},
             "/api/show/end": {"POST": lambda *_: json_answer(engine.act("end"))},
             "/api/blank": {"POST": self._blank},
             "/api/ink": {"POST": self._add_ink},

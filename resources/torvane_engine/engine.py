@@ -70,6 +70,12 @@ class Engine:
         self._chooser.active().submit(action, *arguments).wait(ACTION_SECONDS)
         return self.state()
 
+    def start_show(self) -> Dict[str, Any]:
+        """Raises Refused."""
+        thread, action, arguments = self._chooser.starter()
+        thread.submit(action, *arguments).wait(ACTION_SECONDS)
+        return self.state()
+
     def add_ink(self, events: List[Event]) -> Dict[str, Any]:
         with self._lock:
             self._follow()

@@ -55,6 +55,11 @@ class FakePresenter(Presenter):
         self._do("start")
         self.set(presenting=True)
 
+    def start_sample(self, slide):
+        self.calls.append(("start_sample", slide))
+        self.error = None
+        self.set(slide=slide, presenting=True)
+
     def end(self):
         self._do("end")
         self.set(presenting=False)

@@ -9,7 +9,7 @@ from fake_presenter import Clock, FakePresenter
 from torvane_engine.engine import Engine
 from torvane_engine.presenters import presenter_thread
 from torvane_engine.presenters.chooser import Chooser
-from torvane_engine.presenters.presenter import Absent, Document, Refused, Unavailable
+from torvane_engine.presenters.presenter import Absent, Document, Empty, Refused, Unavailable
 from torvane_engine.presenters.presenter_thread import PresenterThread
 
 
@@ -49,6 +49,38 @@ class ChooserTest(unittest.TestCase):
         self.assertEqual(self.shown(), ("deck", "Open one."))
         self.office.error = None
         self.assertEqual(self.shown(), ("office", None))
+
+    def test_program_with_nothing_open_shows_the_sample_deck(self):
+        self.office.error = Empty("Open one.")
+        self.assertEqual(self.shown(), ("deck", "Open one."))
+        self.deck.set(slide=2)
+        self.look()
+        with self.assertRaisesRegex(Refused, "Open one."):
+            self.threads[0].submit("next")
+        state = self.act(self.engine.start_show)
+        self.assertIn(("start_sample", 2), self.office.calls)
+        self.assertEqual((state["document"], state["slide"], state["presenting"]), ("office", 2, True))
+        self.assertNotIn(("start",), self.deck.calls)
+
+    def test_sample_deck_is_shown_without_a_program(self):
+        self.office.error = Absent("Start it.")
+        self.look()
+        self.assertEqual(self.act(self.engine.start_show)["document"], "deck")
+        self.assertIn(("start",), self.deck.calls)
+
+    def test_presentation_of_the_users_is_no_sample_deck(self):
+        self.office.error = Empty("Open one.")
+        self.deck.set(is_sample=False)
+        self.look()
+        self.act(self.engine.start_show)
+        self.assertIn(("start",), self.deck.calls)
+
+    def test_running_show_of_the_sample_deck_stays_where_it_is(self):
+        self.office.error = Empty("Open one.")
+        self.deck.set(presenting=True)
+        self.look()
+        self.act(self.engine.start_show)
+        self.assertNotIn("start_sample", [call[0] for call in self.office.calls])
 
     def test_running_show_comes_first(self):
         self.deck.set(presenting=True)

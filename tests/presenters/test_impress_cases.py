@@ -117,6 +117,18 @@ class AtTheComputerTest(DrivenTest):
         self.go("/api/next", slide=3)
         self.goes_on()
 
+    def shows_the_sample_deck(self):
+        """In the office, which has nothing open, and not in the viewer."""
+        self.go("/api/goto", {"slide": 3})
+        self.engine.post("/api/show/start")
+        self.wait_for(presenting=True, count=5, slide=3, problem=None)
+        self.assertIn("sample.odp", self.state()["deck"])
+        self.go("/api/next", slide=4)
+        self.engine.post("/api/show/end")
+        self.wait_for(presenting=False)
+        self.press("ctrl+w", "^sample.odp")
+        self.wait_for(problem="No presentation is open in LibreOffice: open one in Impress.")
+
     def test_last_document_is_closed_and_opened_again(self):
         self.press("ctrl+w")
         start = time.monotonic()
@@ -125,6 +137,7 @@ class AtTheComputerTest(DrivenTest):
         self.assertLess(time.monotonic() - start, WITHIN)
         documents = self.engine.get("/api/documents")["documents"]
         self.assertNotIn("deck.odp", [one["title"] for one in documents])
+        self.shows_the_sample_deck()
         self.office.open(self.office.path(self.deck))
         wait_until(lambda: self.office.windows("^deck.odp - "), "the editor")
         start = time.monotonic()

@@ -3,7 +3,7 @@ from __future__ import annotations
 
 import threading
 import time
-from typing import Dict, List, Optional, Sequence, Tuple
+from typing import Any, Dict, List, Optional, Sequence, Tuple
 
 from .presenter import Document, Refused
 from .presenter_thread import PresenterThread, Snapshot
@@ -55,6 +55,17 @@ class Chooser:
                 return thread
         usable = [thread for thread, snapshot in there if snapshot.problem is None]
         return usable[0] if usable else self._threads[0]
+
+    def starter(self) -> Tuple[PresenterThread, str, Tuple[Any, ...]]:
+        """Who starts a show, by which action: the active one, or a program with nothing open that can
+        show the sample deck better."""
+        active = self.active()
+        look = active.snapshot.look
+        if look.is_sample and not look.presenting:
+            for thread in self._threads[:self._threads.index(active)]:
+                if thread.snapshot.empty:
+                    return thread, "start_sample", (look.slide,)
+        return active, "start", ()
 
     def problem(self) -> Optional[str]:
         """The active one's; else, while there is but a sample at rest, why a better one is not active."""

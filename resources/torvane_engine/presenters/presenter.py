@@ -64,6 +64,10 @@ class Absent(Exception):
     """Nothing is there to be driven. Its text says what to open, in a whole sentence."""
 
 
+class Empty(Absent):
+    """The program is there with nothing open, and can show the sample deck."""
+
+
 class Unavailable(Exception):
     """The program is there, but cannot be driven now. Its text says what to do, in a sentence."""
 
@@ -125,6 +129,10 @@ class Presenter(abc.ABC):
     @abc.abstractmethod
     def start(self) -> None:
         """Starts the show at the current slide. Does nothing while one runs."""
+
+    def start_sample(self, slide: int) -> None:
+        """After Empty: opens the sample deck and starts its show at this slide."""
+        raise Refused("There is no sample deck.")
 
     @abc.abstractmethod
     def end(self) -> None:

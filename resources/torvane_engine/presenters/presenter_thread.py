@@ -9,7 +9,7 @@ from typing import Any, Callable, Deque, NamedTuple, Optional, Tuple
 
 from ..log import log_error
 from .picture_cache import Picture, PictureCache
-from .presenter import Absent, Look, Page, Presenter, Progress, Refused, Unavailable
+from .presenter import Absent, Empty, Look, Page, Presenter, Progress, Refused, Unavailable
 from .slide_reader import SlideReader
 from .wake import Wake
 
@@ -26,6 +26,7 @@ class Snapshot(NamedTuple):
     progress: Optional[Progress] = None
     problem: Optional[str] = None
     absent: bool = True  # there is nothing to drive; with a problem and not absent: out of reach
+    empty: bool = False  # absent, but the program is there and can show the sample deck
 
     @property
     def page(self) -> Page:
@@ -85,7 +86,7 @@ class PresenterThread:
         """Queues an action, named by Presenter's method, which is given up if it cannot begin within
         `patience`. Raises Refused, with the problem there is."""
         snapshot = self.snapshot
-        if snapshot.problem is not None:
+        if snapshot.problem is not None and not (snapshot.empty and action == "start_sample"):
             raise Refused(snapshot.problem)
         if len(self._commands) >= MAX_COMMANDS:
             raise Refused("Too many actions are waiting: try again.")
@@ -132,7 +133,7 @@ class PresenterThread:
             else:
                 return self._next_look
         except (Absent, Unavailable) as error:
-            self._fail(str(error), isinstance(error, Absent))
+            self._fail(str(error), isinstance(error, Absent), isinstance(error, Empty))
         except Exception as error:  # a fault of a presenter must not end the others
             if not self._stopped:
                 log_error(f"{self.presenter.name}: {error!r}")
@@ -174,7 +175,7 @@ class PresenterThread:
         """Of the action that is being done; the look after it tells what it led to."""
         self.snapshot = self.snapshot._replace(progress=progress)
 
-    def _fail(self, problem: str, absent: bool) -> None:
+    def _fail(self, problem: str, absent: bool, empty: bool = False) -> None:
         if self._stopped:
             return  # it was closed in the middle of a call
         self._next_look = self._clock() + self.presenter.retry_seconds
@@ -182,6 +183,6 @@ class PresenterThread:
             log_error(f"{self.presenter.name}: {problem}")
         # What is out of reach for a moment is still there; what has gone shows nothing any more.
         kept = Snapshot() if absent else self.snapshot
-        self.snapshot = kept._replace(problem=problem, absent=absent, progress=None)
+        self.snapshot = kept._replace(problem=problem, absent=absent, empty=empty, progress=None)
         self._reader.forget_wishes()
         self.first_look.set()

@@ -26,7 +26,7 @@ def desktop() -> Any:
 
 def answer(question: Dict[str, Any], report: Report) -> Any:
     kind, arguments = question["do"], question.get("with", [])
-    if kind in ("look", "choose"):
+    if kind in ("look", "choose", "start_sample"):
         return getattr(desktop(), kind)(*arguments)
     if kind == "read_page":
         return list(desktop().deck(arguments[0]).read(arguments[1]))

@@ -4,10 +4,12 @@ from __future__ import annotations
 import time
 from typing import Any, Dict, List, Optional
 
+import uno
+
 from ..line_child import tell_news
 from ..lines import Report
-from ..presenter import Absent, Refused
-from .connection import connect
+from ..presenter import Empty, Refused
+from .connection import connect, values
 from .document import Deck
 from .export import export_pdf
 from .show import Show
@@ -72,7 +74,7 @@ class Desktop:
             self._driven = self._running[0]
         if self._driven not in self._decks:
             if not self._decks:
-                raise Absent("No presentation is open in LibreOffice: open one in Impress.")
+                raise Empty("No presentation is open in LibreOffice: open one in Impress.")
             self._driven = next(iter(self._decks))
         return self._driven
 
@@ -119,3 +121,14 @@ class Desktop:
         if self._running and uid not in self._running:
             raise Refused("Another presentation is being shown: end its slide show first.")
         self._driven = uid
+
+    def start_sample(self, path: str, slide: int) -> None:
+        model = self._desktop.loadComponentFromURL(
+            uno.systemPathToFileUrl(path), "_default", 0, values(ReadOnly=True))
+        if model is None:
+            raise Refused("LibreOffice could not open the sample deck: install the program again.")
+        self._list()
+        self._driven = self._front = model.RuntimeUID
+        show = self._shows[self._driven]
+        show.go_to(slide)
+        show.start()

@@ -5,10 +5,11 @@ import os
 import shutil
 import tempfile
 import time
+from pathlib import Path
 from typing import Any, Optional
 
 from ..lines import Gone, Report, Silent, python_child
-from ..presenter import Absent, Document, Look, Page, Presenter, Refused, Unavailable
+from ..presenter import Absent, Document, Empty, Look, Page, Presenter, Refused, Unavailable
 from ..wake import Wake
 from . import running_office
 
@@ -21,9 +22,10 @@ ACTION_SECONDS = 2.5  # an action: a show takes long to begin on a busy machine
 START_SECONDS = 5.0  # for the child, UNO and the way to the office
 LONG_SECONDS = 10.0
 EXPORT_SECONDS, ALL_EXPORT_SECONDS = 10.0, 300.0  # without progress; altogether
+SAMPLE = str(Path(__file__).resolve().parents[3] / "sample.odp")
 SILENT = "LibreOffice does not answer: look whether it asks something on the computer."
 LOST = "The connection to LibreOffice was lost; it is being looked for."
-PROBLEMS = {"Absent": Absent, "Refused": Refused, "Unavailable": Unavailable}
+PROBLEMS = {"Absent": Absent, "Empty": Empty, "Refused": Refused, "Unavailable": Unavailable}
 
 
 class Impress(Presenter):
@@ -87,6 +89,9 @@ class Impress(Presenter):
 
     def start(self) -> None:
         self._ask(ACTION_SECONDS, "start")
+
+    def start_sample(self, slide: int) -> None:
+        self._ask(LONG_SECONDS, "start_sample", SAMPLE, slide)
 
     def end(self) -> None:
         self._ask(ACTION_SECONDS, "end")
