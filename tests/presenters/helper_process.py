@@ -2,23 +2,21 @@
 from __future__ import annotations
 
 import asyncio
-import base64
-import json
 import os
 import subprocess
 import sys
 import threading
 from pathlib import Path
-from typing import Any, Coroutine, Dict, List, Tuple
+from typing import Any, Coroutine, Dict, List, Optional, Tuple
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "desktop" / "support"))
 
 import nacl.signing  # noqa: E402
 
-from helper_program import ANSWERED_BEFORE, PROGRAM, engine_answers  # noqa: E402
+from helper_program import PROGRAM, engine_answers, listening_port, write_defaults  # noqa: E402
 from link_device import Device  # noqa: E402
 from private_display import PrivateDisplay, wait_until  # noqa: E402
-from show_clients import Client, Differs  # noqa: E402
+from show_clients import Client  # noqa: E402
 
 
 class LinkedClient(Client):
@@ -29,10 +27,7 @@ class LinkedClient(Client):
         self._thread = threading.Thread(target=self._loop.run_forever, daemon=True)
         self._thread.start()
         self._device = Device(port, "iPad", key)
-        answer = self._run(self._device.final_answer())
-        if answer != "accepted":
-            raise Differs(f"the helper lets nobody in: {answer}")
-        self._run(self._device.authenticate())
+        self._run(self._device.enter())
 
     def _run(self, work: Coroutine) -> Any:
         return asyncio.run_coroutine_threadsafe(work, self._loop).result()
@@ -53,7 +48,7 @@ class HelperProcess:
     def __init__(self, display: PrivateDisplay, build: str, clients: int) -> None:
         self._display = display
         self._keys = [nacl.signing.SigningKey.generate() for _ in range(clients)]
-        self._write_defaults()
+        write_defaults(display.path(".config"), self._keys)
         environment = {**display.environment, "DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent",
                        "DBUS_SYSTEM_BUS_ADDRESS": "unix:path=/nonexistent"}
         for name in ("XDG_CONFIG_HOME", "XDG_STATE_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"):
@@ -65,20 +60,9 @@ class HelperProcess:
         self._clients: List[LinkedClient] = []
         self._client = self.connect()
 
-    def _write_defaults(self) -> None:
-        folder = self._display.path(".config/torvane")
-        os.makedirs(folder, mode=0o700)
-        paired = {base64.b64encode(bytes(key.verify_key)).decode(): "iPad" for key in self._keys}
-        with open(os.path.join(folder, "defaults.json"), "w", encoding="utf-8") as file:
-            json.dump({**ANSWERED_BEFORE, "pairedDeviceKeys": paired}, file)
-
     def connect(self) -> LinkedClient:
-        def port() -> Any:
-            try:
-                with open(self._display.path("run/torvane/peer-link.json"), encoding="utf-8") as file:
-                    return json.load(file)["port"]
-            except FileNotFoundError:
-                return None
+        def port() -> Optional[int]:
+            return listening_port(self._display.path("run"))
 
         client = LinkedClient(wait_until(port, "the peer link"), self._keys.pop())
         self._clients.append(client)

@@ -1,5 +1,6 @@
 """The program on a private desktop, as a user has it who was welcomed before."""
 
+import base64
 import json
 import os
 import socket
@@ -48,19 +49,31 @@ def start_helper(desktop, build, around=()):
 
 def start_bundle(desktop, bundle, around=()):
     """The same, wherever its bundle is."""
-    defaults = os.path.join(desktop.environment["XDG_CONFIG_HOME"], "torvane", "defaults.json")
-    os.makedirs(os.path.dirname(defaults), mode=0o700, exist_ok=True)
-    if not os.path.exists(defaults):
-        with open(defaults, "w", encoding="utf-8") as file:
-            json.dump(ANSWERED_BEFORE, file)
+    write_defaults(desktop.environment["XDG_CONFIG_HOME"])
     return desktop.spawn("helper", [*around, os.path.join(bundle, IN_BUNDLE)])
+
+
+def write_defaults(folder, paired=()):
+    """Those of a user who was welcomed before, unless there are some in this configuration folder.
+    `paired`: signing keys of devices."""
+    path = os.path.join(folder, "torvane", "defaults.json")
+    os.makedirs(os.path.dirname(path), mode=0o700, exist_ok=True)
+    if os.path.exists(path):
+        return
+    keys = {base64.b64encode(bytes(key.verify_key)).decode(): "iPad" for key in paired}
+    with open(path, "w", encoding="utf-8") as file:
+        json.dump({**ANSWERED_BEFORE, **({"pairedDeviceKeys": keys} if keys else {})}, file)
 
 
 def link_port(desktop):
     """Where the desktop's helper listens; none while it does not."""
+    return listening_port(desktop.environment["XDG_RUNTIME_DIR"])
+
+
+def listening_port(runtime):
+    """The same, by the folder of the user's sockets."""
     try:
-        with open(os.path.join(desktop.environment["XDG_RUNTIME_DIR"], "torvane",
-                               "peer-link.json"), encoding="utf-8") as file:
+        with open(os.path.join(runtime, "torvane", "peer-link.json"), encoding="utf-8") as file:
             return json.load(file)["port"]
     except FileNotFoundError:
         return None

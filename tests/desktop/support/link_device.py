@@ -73,8 +73,11 @@ class Device:
         first = await self.invite()
         return await self.answer() if first == "waiting" else first
 
-    async def authenticate(self):
-        """Of a paired device, before its first request."""
+    async def enter(self):
+        """As a paired device: after that it may send requests."""
+        answer = await self.final_answer()
+        if answer != "accepted":
+            raise ConnectionRefusedError(f"the helper does not let {self.name} in: {answer}")
         header, body = await self._exchange(frame({"id": 0, "path": "/p2p/auth"}))
         self.challenge = json.loads(body)["challenge"]
 
