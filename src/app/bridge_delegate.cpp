@@ -90,8 +90,7 @@ void BridgeDelegate::sessionDidReceive(std::shared_ptr<PeerSession> reporting, B
 }
 
 void BridgeDelegate::advertiserDidNotStart(std::string error) {
-  main_.async(
-      [this, error = std::move(error)] { sessions_.advertisingDidChange(std::move(error)); });
+  main_.async([this, error = std::move(error)] { sessions_.advertisingDidChange(error); });
 }
 
 void BridgeDelegate::advertiserDidRecover() {

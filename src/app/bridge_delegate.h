@@ -40,7 +40,7 @@ class BridgeDelegate final : public MenuDelegate,
   // app/bridge_delegate.cpp
   // `platform` outlives the delegate.
   explicit BridgeDelegate(Platform& platform);
-  ~BridgeDelegate() = default;
+  ~BridgeDelegate() override = default;
   BridgeDelegate(const BridgeDelegate&) = delete;
   BridgeDelegate& operator=(const BridgeDelegate&) = delete;
 
