@@ -163,6 +163,7 @@ TEST_F(EngineProcess, CrashJustBeforeFiveSecondsIsStillEarly) {
 
 TEST_F(EngineProcess, ExitOfAProcessThatIsNoLongerTheChildIsIgnored) {
   engine.startServer();
+  engines()[0].process->obeysTerminate = false;
   engine.stopServer();
   platform.time.advance(2.1);
   engine.startServer();

@@ -4,6 +4,7 @@
 #include <openssl/ssl.h>
 #include <openssl/x509.h>
 #include <openssl/x509v3.h>
+#include <signal.h>
 
 #include <array>
 #include <atomic>
@@ -103,6 +104,11 @@ class CurlHttpTrustedTls : public CurlHttpSessionTest {
   // Answers the one request of a connection.
   [[nodiscard]] Server::Script answering(const std::string& answer) const {
     return [this, answer](Connection& connection) {
+      // The client may close as soon as it has read enough, before the goodbye is written.
+      sigset_t brokenPipe;
+      sigemptyset(&brokenPipe);
+      sigaddset(&brokenPipe, SIGPIPE);
+      pthread_sigmask(SIG_BLOCK, &brokenPipe, nullptr);  // of this server's thread
       const TlsStream stream(SSL_new(context.get()));
       SSL_set_fd(stream.get(), connection.descriptor());
       std::array<char, 4096> request;
