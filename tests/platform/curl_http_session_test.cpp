@@ -25,7 +25,7 @@ TEST_F(CurlHttpSessionTest, CompletesOnAThreadOfItsOwnNeverInsideTheCall) {
   std::mutex calling;
   std::unique_lock lock(calling);
   session->dataTask({}, [&](const HttpResult&) {
-    const std::lock_guard waited(calling);  // an inline call would never return
+    { const std::lock_guard waited(calling); }  // an inline call would never return
     completed.set_value(std::this_thread::get_id());
   });
   lock.unlock();
